@@ -1,0 +1,17 @@
+// Runs user scripts (Lua 5.4) with an action's parameters as globals.
+#pragma once
+
+#include <string>
+
+#include "WrenScripts.h"
+
+namespace wren {
+
+/// Runs the script. Each parameter becomes a global: plain values as Lua values, objects as tables
+/// whose methods are called with ':' and whose fields read as values. Objects registered with the
+/// scripting services are globals too. After the run, plain parameters are read back from the
+/// globals. The script's return value becomes result. On an error returns false with error set
+/// to "<script name>:<line>: <message>".
+bool RunScript(TWrenActionScript& script, WrenVariant& result, std::string& error);
+
+}  // namespace wren

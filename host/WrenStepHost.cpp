@@ -1,0 +1,131 @@
+#include "WrenStepHost.h"
+
+#include <cstdlib>
+
+#include "WrenExecuteAction.h"
+#include "WrenExpression.h"
+#include "WrenFiles.h"
+#include "WrenScriptEngine.h"
+#include "WrenUtils.h"
+
+namespace wren {
+
+std::atomic<bool>& WrenStopFlag() {
+  static std::atomic<bool> flag{false};
+  return flag;
+}
+
+TWrenStepHost::TWrenStepHost() : stop_(&WrenStopFlag()) {}
+
+void TWrenStepHost::SetVariables(std::map<std::string, std::string> variables) {
+  variables_.clear();
+  for (auto& [name, value] : variables) variables_[UpperCase(name)] = value;
+}
+
+void TWrenStepHost::SetVariable(const std::string& name, const std::string& value) {
+  variables_[UpperCase(name)] = value;
+}
+
+void TWrenStepHost::SendMessage(const std::string& text) {
+  if (sink_) sink_(currentStream_, text);
+}
+
+bool TWrenStepHost::TryExpandExpression(const std::string& caption, const std::string& value,
+                                        bool blankFails, std::string& result) {
+  const TVariableLookup lookup = [this](const std::string& name, std::string& out) {
+    auto it = variables_.find(UpperCase(name));
+    if (it != variables_.end()) {
+      out = it->second;
+      return true;
+    }
+    if (const char* env = std::getenv(name.c_str())) {
+      out = env;
+      return true;
+    }
+    return false;
+  };
+  std::string error;
+  std::string expanded;
+  const std::string label = caption.empty() ? std::string("value") : "\"" + caption + "\"";
+  if (!ExpandVariables(value, lookup, expanded, error)) {
+    SendMessage("Could not expand " + label + ": " + error);
+    return false;
+  }
+  if (blankFails && Trim(expanded).empty()) {
+    SendMessage("Could not expand " + label + ": the result is blank");
+    return false;
+  }
+  result = std::move(expanded);
+  return true;
+}
+
+bool TWrenStepHost::StopSignalled() { return stop_ && stop_->load(); }
+
+bool TWrenStepHost::ExecuteScript(TCustomWrenAction& action, TWrenActionScript& script,
+                                  WrenVariant& result) {
+  (void)action;
+  std::string error;
+  if (RunScript(script, result, error)) return true;
+  SendMessage("Script error in " + error);
+  return false;
+}
+
+namespace {
+
+/// The @file an argument names, without enclosing quotes; "" when it names none.
+std::string ResponseFileOf(const std::string& arg) {
+  if (arg.size() < 2 || arg[0] != '@') return "";
+  return StripQuotes(arg.substr(1));
+}
+
+}  // namespace
+
+TWrenProcessResult TWrenStepHost::RunProcess(TWrenExecuteAbstractAction& action,
+                                             const TWrenProcessRequest& request) {
+  (void)action;
+  processStarted_ = false;
+  if (dryRun_) {
+    TWrenDryRunRecord record;
+    record.executable = request.executable;
+    record.commandLine = request.commandLine;
+    record.argv = SplitCommandLine(request.commandLine);
+    record.workingDir = request.workingDir;
+    for (const std::string& arg : record.argv) {
+      const std::string path = ResponseFileOf(arg);
+      if (path.empty()) continue;
+      std::string error;
+      record.responseFilePath = path;
+      if (!ReadFileBytes(path, record.responseFileText, error)) record.responseFileText.clear();
+      break;
+    }
+    dryRuns_.push_back(std::move(record));
+    lastResult_ = {TWrenProcessResult::TStatus::DryRun, 0, ""};
+    return lastResult_;
+  }
+
+  std::shared_ptr<IWrenProcess> process = CreateWrenProcess();
+  process->SetExecutable(request.executable);
+  process->SetCommandLine(request.commandLine);
+  process->SetWorkingDir(request.workingDir);
+  auto deliver = [this](TWrenLogStream stream, const IWrenProcess::TLineHandler& handler) {
+    return [this, stream, handler](const std::string& line) {
+      // Lines an action logs while handling output belong to that output stream.
+      const TWrenLogStream previous = currentStream_;
+      currentStream_ = stream;
+      if (handler)
+        handler(line);
+      else
+        SendMessage(line);
+      currentStream_ = previous;
+    };
+  };
+  process->SetOnStdOut(deliver(TWrenLogStream::StdOut, request.onStdOut));
+  process->SetOnStdErr(deliver(TWrenLogStream::StdErr, request.onStdErr));
+  process->SetStopCheck([this] { return StopSignalled(); });
+  processStarted_ = true;
+  lastResult_ = process->Run();
+  if (lastResult_.status == TWrenProcessResult::TStatus::NotFound) processStarted_ = false;
+  return lastResult_;
+}
+
+}  // namespace wren

@@ -1,0 +1,13 @@
+#!/usr/bin/env bash
+# Configures and builds the project. Usage: scripts/build.sh [--sanitize]   (prints the build dir)
+set -euo pipefail
+root=$(cd "$(dirname "$0")/.." && pwd)
+dir="$root/build"
+flags=(-DMARROWBY_WERROR=ON)
+if [ "${1:-}" = "--sanitize" ]; then
+  dir="$root/build-asan"
+  flags+=(-DMARROWBY_SANITIZE=ON -DMARROWBY_BENCH=OFF)
+fi
+cmake -S "$root" -B "$dir" -G Ninja "${flags[@]}" >&2
+ninja -C "$dir" >&2
+echo "$dir"

@@ -1,0 +1,38 @@
+// Helpers shared by the tests: temporary directories, file access and the argv recorder.
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+namespace wren::test {
+
+/// A fresh directory under the system temp folder, removed with everything in it at the end.
+class TempDir {
+ public:
+  TempDir();
+  ~TempDir();
+  TempDir(const TempDir&) = delete;
+  TempDir& operator=(const TempDir&) = delete;
+  /// The directory, with a trailing '/'.
+  const std::string& path() const { return path_; }
+  std::string operator/(const std::string& name) const { return path_ + name; }
+
+ private:
+  std::string path_;
+};
+
+void WriteFile(const std::string& path, const std::string& bytes);
+std::string ReadFile(const std::string& path);
+bool Exists(const std::string& path);
+
+/// Copies the argv-recorder program to path (a tool's name in a test folder), executable.
+void InstallRecorder(const std::string& path);
+/// The JSON the recorder wrote beside the program at path; null when it did not run.
+nlohmann::json RecordedCall(const std::string& programPath);
+
+/// Runs a program to its end, no shell; returns its exit code and collects stdout.
+int RunProgram(const std::vector<std::string>& argv, std::string* output = nullptr,
+               const std::string& workingDir = "");
+
+}  // namespace wren::test
