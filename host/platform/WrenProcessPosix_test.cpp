@@ -1,0 +1,351 @@
+#include "WrenProcess.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <sstream>
+#include <thread>
+
+namespace wren {
+namespace {
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+using TStatus = TWrenProcessResult::TStatus;
+using TLines = std::vector<std::string>;
+
+/// A fresh directory, removed with everything in it.
+class TTempDir {
+ public:
+  TTempDir() {
+    std::string pattern = (fs::temp_directory_path() / "wren-proc-XXXXXX").string();
+    if (!::mkdtemp(pattern.data())) throw std::runtime_error("mkdtemp failed");
+    path_ = fs::canonical(pattern);
+  }
+  ~TTempDir() {
+    std::error_code ignored;
+    fs::remove_all(path_, ignored);
+  }
+  const fs::path& Path() const { return path_; }
+
+ private:
+  fs::path path_;
+};
+
+/// Sets an environment variable for the lifetime of the object.
+class TScopedEnv {
+ public:
+  TScopedEnv(std::string name, const std::string& value) : name_(std::move(name)) {
+    if (const char* old = std::getenv(name_.c_str())) old_ = old;
+    ::setenv(name_.c_str(), value.c_str(), 1);
+  }
+  ~TScopedEnv() {
+    if (old_) {
+      ::setenv(name_.c_str(), old_->c_str(), 1);
+    } else {
+      ::unsetenv(name_.c_str());
+    }
+  }
+
+ private:
+  std::string name_;
+  std::optional<std::string> old_;
+};
+
+/// Makes this process the reaper of orphaned descendants, so a test can see how they ended.
+class TSubreaper {
+ public:
+  TSubreaper() { ::prctl(PR_SET_CHILD_SUBREAPER, 1); }
+  ~TSubreaper() { ::prctl(PR_SET_CHILD_SUBREAPER, 0); }
+};
+
+/// Reaps an orphan handed to this process; its wait status, or nullopt when it did not end
+/// within a few seconds (it would have outlived the run).
+std::optional<int> ReapOrphan(pid_t pid) {
+  for (int i = 0; i < 500; ++i) {
+    int status = 0;
+    const pid_t rc = ::waitpid(pid, &status, WNOHANG);
+    if (rc == pid) return status;
+    if (rc < 0 && errno != EINTR) return std::nullopt;
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  return std::nullopt;
+}
+
+bool ProcessGone(pid_t pid) { return ::kill(pid, 0) == -1 && errno == ESRCH; }
+
+struct TRun {
+  TWrenProcessResult result;
+  TLines out;
+  TLines err;
+};
+
+TRun RunProgram(const std::string& exe, const std::string& commandLine,
+                const std::string& workingDir = "", std::function<bool()> stop = {}) {
+  TRun run;
+  std::shared_ptr<IWrenProcess> process = CreateWrenProcess();
+  process->SetExecutable(exe);
+  process->SetCommandLine(commandLine);
+  process->SetWorkingDir(workingDir);
+  process->SetOnStdOut([&](const std::string& line) { run.out.push_back(line); });
+  process->SetOnStdErr([&](const std::string& line) { run.err.push_back(line); });
+  if (stop) process->SetStopCheck(std::move(stop));
+  run.result = process->Run();
+  return run;
+}
+
+/// The recorder under another name in dir, configured through <name>.recorder.json.
+std::string InstallRecorder(const fs::path& dir, const std::string& name, const json& config) {
+  const fs::path link = dir / name;
+  fs::remove(link);
+  fs::create_symlink(ARGV_RECORDER, link);
+  std::ofstream(link.string() + ".recorder.json") << config.dump();
+  return link.string();
+}
+
+json ReadJson(const std::string& path) {
+  std::ifstream in(path);
+  if (!in) throw std::runtime_error("no record at " + path);
+  return json::parse(in);
+}
+
+std::string ReadText(const std::string& path) {
+  std::ifstream in(path);
+  std::ostringstream text;
+  text << in.rdbuf();
+  return text.str();
+}
+
+TEST(WrenProcessPosix, CommandLineReachesTheProgramAsSplit) {
+  TTempDir dir;
+  const std::string tool = InstallRecorder(dir.Path(), "tool", json::object());
+  std::ofstream(dir.Path() / "rsp file.rsp") << "/r:x.dll\n";
+  const std::string commandLine =
+      R"(/out:"C:\my dir\\" "a b"   plain "say \"hi\"" tail\ @"rsp file.rsp" @missing.rsp "")";
+  const TLines expected = {R"(/out:C:\my dir\)", "a b", "plain", R"(say "hi")", R"(tail\)",
+                           "@rsp file.rsp", "@missing.rsp", ""};
+  ASSERT_EQ(SplitCommandLine(commandLine), expected);
+
+  const TRun run = RunProgram(tool, commandLine, dir.Path().string());
+  ASSERT_EQ(run.result.status, TStatus::Exited) << run.result.error;
+  EXPECT_EQ(run.result.exitCode, 0);
+
+  const json record = ReadJson(tool + ".argv.json");
+  TLines argv = record["argv"].get<TLines>();
+  ASSERT_FALSE(argv.empty());
+  EXPECT_EQ(argv[0], tool);
+  EXPECT_EQ(TLines(argv.begin() + 1, argv.end()), expected);
+  EXPECT_EQ(record["responseFiles"]["rsp file.rsp"], "/r:x.dll\n");
+  EXPECT_TRUE(record["responseFiles"]["missing.rsp"].is_null());
+}
+
+TEST(WrenProcessPosix, WorkingDirectoryIsHonoured) {
+  TTempDir dir;
+  fs::create_directory(dir.Path() / "sub dir");
+  const std::string tool = InstallRecorder(dir.Path(), "tool", json::object());
+
+  ASSERT_EQ(RunProgram(tool, "", (dir.Path() / "sub dir").string()).result.status, TStatus::Exited);
+  EXPECT_EQ(ReadJson(tool + ".argv.json")["cwd"], (dir.Path() / "sub dir").string());
+
+  ASSERT_EQ(RunProgram(tool, "").result.status, TStatus::Exited);
+  EXPECT_EQ(ReadJson(tool + ".argv.json")["cwd"], fs::current_path().string());
+
+  const TRun missing = RunProgram(tool, "", (dir.Path() / "gone").string());
+  EXPECT_EQ(missing.result.status, TStatus::Failed);
+  EXPECT_NE(missing.result.error.find("gone"), std::string::npos) << missing.result.error;
+}
+
+TEST(WrenProcessPosix, BareNameIsSearchedOnPath) {
+  TTempDir dir;
+  InstallRecorder(dir.Path(), "wren-path-tool", json::object());
+  TScopedEnv path("PATH", dir.Path().string() + ":" + std::getenv("PATH"));
+  TScopedEnv out("ARGV_RECORDER_OUT", (dir.Path() / "record.json").string());
+
+  const TRun run = RunProgram("wren-path-tool", "x");
+  ASSERT_EQ(run.result.status, TStatus::Exited) << run.result.error;
+  EXPECT_EQ(ReadJson((dir.Path() / "record.json").string())["argv"], json({"wren-path-tool", "x"}));
+}
+
+TEST(WrenProcessPosix, OutputIsSplitIntoLines) {
+  TTempDir dir;
+  const std::string tool =
+      InstallRecorder(dir.Path(), "tool",
+                      {{"stdout", "alpha\r\nbeta\n\nmid\rcr\r\nlast without break"},
+                       {"stderr", "warning 1\r\nwarning 2\r\n"}});
+  const TRun run = RunProgram(tool, "");
+  ASSERT_EQ(run.result.status, TStatus::Exited) << run.result.error;
+  EXPECT_EQ(run.out, (TLines{"alpha", "beta", "", "mid\rcr", "last without break"}));
+  EXPECT_EQ(run.err, (TLines{"warning 1", "warning 2"}));
+}
+
+TEST(WrenProcessPosix, LargeOutputOnBothStreamsAtOnce) {
+  // Both streams well past a pipe's buffer, written at the same time: a runner that drained one
+  // stream before the other would deadlock here.
+  const int lines = 40000;
+  const std::string script = "-c \"(yes out | head -n " + std::to_string(lines) +
+                             ") & (yes err | head -n " + std::to_string(lines) + " 1>&2); wait\"";
+  const TRun run = RunProgram("/bin/sh", script);
+  ASSERT_EQ(run.result.status, TStatus::Exited) << run.result.error;
+  EXPECT_EQ(run.result.exitCode, 0);
+  EXPECT_EQ(run.out, TLines(lines, "out"));
+  EXPECT_EQ(run.err, TLines(lines, "err"));
+}
+
+TEST(WrenProcessPosix, ExitCodesArePassedThrough) {
+  TTempDir dir;
+  for (int code : {0, 1, 3, 255}) {
+    const std::string tool = InstallRecorder(dir.Path(), "tool", {{"exit", code}});
+    const TRun run = RunProgram(tool, "");
+    EXPECT_EQ(run.result.status, TStatus::Exited) << code;
+    EXPECT_EQ(run.result.exitCode, code);
+  }
+  const TRun killed = RunProgram("/bin/sh", "-c \"kill -KILL $$\"");
+  EXPECT_EQ(killed.result.status, TStatus::Exited);
+  EXPECT_EQ(killed.result.exitCode, 128 + SIGKILL);
+}
+
+TEST(WrenProcessPosix, MissingOrNonExecutableProgramIsNotFound) {
+  TTempDir dir;
+  const fs::path text = dir.Path() / "notes.txt";
+  std::ofstream(text) << "#!/bin/sh\necho hi\n";
+  fs::permissions(text, fs::perms::owner_read | fs::perms::owner_write);
+  for (const std::string& exe : {(dir.Path() / "no-such-tool").string(),
+                                 std::string("wren-no-such-program-on-path"), text.string(),
+                                 dir.Path().string(), std::string()}) {
+    const TRun run = RunProgram(exe, "a b");
+    EXPECT_EQ(run.result.status, TStatus::NotFound) << exe;
+    EXPECT_FALSE(run.result.error.empty()) << exe;
+  }
+}
+
+TEST(WrenProcessPosix, WindowsProgramRunsThroughTheManagedRuntime) {
+  TTempDir dir;
+  const std::string record = (dir.Path() / "mono.json").string();
+  const std::string mono = InstallRecorder(dir.Path(), "fake-mono", {{"out", record}});
+  // No execute bit: Windows programs do not carry one, mono reads them.
+  const std::string exe = (dir.Path() / "Tool.exe").string();
+  std::ofstream(exe, std::ios::binary) << std::string("MZ\x90\0\x03\0", 6);
+  fs::permissions(exe, fs::perms::owner_read | fs::perms::owner_write);
+
+  {
+    TScopedEnv env("MARROWBY_MONO", mono);
+    const TRun run = RunProgram(exe, R"(/nologo "a b" c\)");
+    ASSERT_EQ(run.result.status, TStatus::Exited) << run.result.error;
+    EXPECT_EQ(ReadJson(record)["argv"], json({mono, exe, "/nologo", "a b", "c\\"}));
+  }
+  {
+    TScopedEnv env("MARROWBY_MONO", (dir.Path() / "no-mono").string());
+    const TRun run = RunProgram(exe, "");
+    EXPECT_EQ(run.result.status, TStatus::NotFound);
+    EXPECT_NE(run.result.error.find("no-mono"), std::string::npos) << run.result.error;
+  }
+}
+
+TEST(WrenProcessPosix, RealMonoRunsAWindowsProgram) {
+  // mcs.exe lives beside the mono install: <prefix>/bin/mono, <prefix>/lib/mono/4.5/mcs.exe.
+  const char* pathVar = std::getenv("PATH");
+  fs::path mono;
+  std::stringstream dirs(pathVar ? pathVar : "");
+  for (std::string entry; mono.empty() && std::getline(dirs, entry, ':');) {
+    if (!entry.empty() && ::access((fs::path(entry) / "mono").c_str(), X_OK) == 0) {
+      mono = fs::path(entry) / "mono";
+    }
+  }
+  ASSERT_FALSE(mono.empty()) << "mono is not installed";
+  const fs::path mcs = fs::canonical(mono).parent_path().parent_path() / "lib/mono/4.5/mcs.exe";
+  ASSERT_TRUE(fs::exists(mcs)) << mcs;
+
+  const TRun run = RunProgram(mcs.string(), "--version");
+  ASSERT_EQ(run.result.status, TStatus::Exited) << run.result.error;
+  EXPECT_EQ(run.result.exitCode, 0);
+  ASSERT_FALSE(run.out.empty());
+  EXPECT_NE(run.out[0].find("Mono C# compiler"), std::string::npos) << run.out[0];
+}
+
+TEST(WrenProcessPosix, RunsLeaveNoDescriptorsOpen) {
+  auto openFds = [] {
+    return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
+  };
+  TTempDir dir;
+  const std::string tool = InstallRecorder(dir.Path(), "tool", {{"stdout", "x\n"}, {"exit", 2}});
+  const auto before = openFds();
+  RunProgram(tool, "a");
+  RunProgram(tool, "", (dir.Path() / "gone").string());
+  RunProgram((dir.Path() / "missing").string(), "");
+  RunProgram("sleep", "30", "", [] { return true; });
+  EXPECT_EQ(openFds(), before);
+}
+
+TEST(WrenProcessPosix, StopTerminatesThenKillsTheWholeGroup) {
+  TSubreaper subreaper;
+  TScopedEnv grace("MARROWBY_KILL_GRACE_MS", "300");
+  TTempDir dir;
+  const std::string tool = InstallRecorder(
+      dir.Path(), "stubborn",
+      {{"ignoreTerm", true}, {"spawnChild", true}, {"sleepMs", 30000}, {"stdout", "started\n"}});
+  const std::string childPidFile = tool + ".child.pid";
+
+  const auto start = std::chrono::steady_clock::now();
+  const TRun run = RunProgram(tool, "", "", [&] {
+    return std::chrono::steady_clock::now() - start > std::chrono::milliseconds(300) &&
+           fs::exists(childPidFile);
+  });
+  ASSERT_EQ(run.result.status, TStatus::Stopped) << run.result.error;
+  // SIGTERM was ignored, so only the kill ended it.
+  EXPECT_EQ(run.result.exitCode, 128 + SIGKILL);
+  EXPECT_EQ(run.out, TLines{"started"});
+
+  const pid_t recorderPid = ReadJson(tool + ".argv.json")["pid"].get<pid_t>();
+  const pid_t childPid = std::stoi(ReadText(childPidFile));
+  EXPECT_TRUE(ProcessGone(recorderPid));
+  const std::optional<int> childStatus = ReapOrphan(childPid);
+  ASSERT_TRUE(childStatus.has_value()) << "the recorder's child outlived the run";
+  EXPECT_TRUE(WIFSIGNALED(*childStatus) && WTERMSIG(*childStatus) == SIGKILL);
+  EXPECT_TRUE(ProcessGone(childPid));
+}
+
+TEST(WrenProcessPosix, ThrowingHandlerStillEndsTheProgram) {
+  std::shared_ptr<IWrenProcess> process = CreateWrenProcess();
+  process->SetExecutable("/bin/sh");
+  process->SetCommandLine("-c \"echo $$; exec sleep 30\"");
+  pid_t pid = 0;
+  process->SetOnStdOut([&](const std::string& line) {
+    pid = std::stoi(line);
+    throw std::runtime_error("handler failed");
+  });
+  EXPECT_THROW(process->Run(), std::runtime_error);
+  ASSERT_GT(pid, 0);
+  EXPECT_TRUE(ProcessGone(pid));
+}
+
+TEST(WrenProcessPosix, StopSendsSigtermFirst) {
+  const TRun run = RunProgram("sleep", "30", "", [] { return true; });
+  EXPECT_EQ(run.result.status, TStatus::Stopped);
+  EXPECT_EQ(run.result.exitCode, 128 + SIGTERM);
+}
+
+TEST(WrenProcessPosix, BackgroundGrandchildDoesNotOutliveTheRun) {
+  TSubreaper subreaper;
+  // The shell exits at once; the sleep it leaves behind holds the output pipe.
+  const TRun run = RunProgram("/bin/sh", "-c \"sleep 30 & echo $!\"");
+  ASSERT_EQ(run.result.status, TStatus::Exited) << run.result.error;
+  EXPECT_EQ(run.result.exitCode, 0);
+  ASSERT_EQ(run.out.size(), 1u);
+  const pid_t sleeper = std::stoi(run.out[0]);
+  const std::optional<int> status = ReapOrphan(sleeper);
+  ASSERT_TRUE(status.has_value()) << "the background sleep outlived the run";
+  EXPECT_TRUE(WIFSIGNALED(*status) && WTERMSIG(*status) == SIGKILL);
+}
+
+}  // namespace
+}  // namespace wren
