@@ -1,0 +1,214 @@
+#include "WrenFiles.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+
+#include <gtest/gtest.h>
+
+namespace wren {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// A fresh directory under /tmp, removed with everything in it at the end of the test.
+class WrenFilesPosix : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    char templ[] = "/tmp/wren-files-XXXXXX";
+    ASSERT_NE(::mkdtemp(templ), nullptr);
+    dir_ = templ;
+  }
+  void TearDown() override {
+    SetAtomicWriteFailAfter(SIZE_MAX);
+    std::error_code ec;
+    fs::remove_all(dir_, ec);
+  }
+  std::string Path(const std::string& name) const { return dir_ + "/" + name; }
+  void Write(const std::string& name, const std::string& bytes, mode_t mode = 0644) const {
+    std::ofstream(Path(name), std::ios::binary) << bytes;
+    ASSERT_EQ(::chmod(Path(name).c_str(), mode), 0);
+  }
+  std::string Read(const std::string& name) const {
+    std::string bytes, error;
+    EXPECT_TRUE(ReadFileBytes(Path(name), bytes, error)) << error;
+    return bytes;
+  }
+  mode_t Mode(const std::string& name) const {
+    struct stat st {};
+    EXPECT_EQ(::stat(Path(name).c_str(), &st), 0);
+    return st.st_mode & 07777;
+  }
+  std::vector<std::string> Entries() const {
+    std::vector<std::string> names;
+    for (const auto& e : fs::directory_iterator(dir_)) names.push_back(e.path().filename());
+    std::sort(names.begin(), names.end());
+    return names;
+  }
+
+  std::string dir_;
+};
+
+std::vector<std::string> Names(const std::vector<TWrenFindData>& found) {
+  std::vector<std::string> names;
+  for (const auto& f : found) names.push_back(f.name);
+  return names;
+}
+
+TEST(WrenFilesMask, WindowsSemantics) {
+  struct Case {
+    const char* name;
+    const char* mask;
+    bool matches;
+  } cases[] = {
+      {"Project.CS", "*.cs", true},   {"project.cs", "*.CS", true},   {"a.cs.bak", "*.cs", false},
+      {"x.cs", "?.cs", true},         {"xy.cs", "?.cs", false},       {".cs", "?.cs", false},
+      {"abc", "a?c", true},           {"ac", "a?c", false},           {"a", "a?", false},
+      {"Makefile", "*.*", true},      {"a.b.c", "*.*", true},         {".", "*.*", true},
+      {"..", "*.*", true},            {"v4", "v*.*", true},           {"v4.0.30319", "v*.*", true},
+      {"x4", "v*.*", false},          {"readme", "readme.*", true},   {"readme.txt", "readme.*", true},
+      {"readmee", "readme.*", false}, {"anything", "*", true},        {"", "*", true},
+      {"abc", "a*b*c", true},         {"aXbYc", "A*B*C", true},       {"abd", "a*b*c", false},
+      {"mississippi", "*sip*", true}, {"mississippi", "m*i*s*z", false},
+      {"caf\xC3\xA9", "caf?", true},  // '?' is one character, even a two-byte one
+      {"caf\xC3\xA9", "caf??", false}, {"noext", "*.txt", false},    {"a", "", false},
+  };
+  for (const Case& c : cases)
+    EXPECT_EQ(MatchesMask(c.name, c.mask), c.matches) << c.name << " ~ " << c.mask;
+}
+
+TEST_F(WrenFilesPosix, FindFilesSortsAndListsDots) {
+  for (const char* name : {"b", "A", "a2", "a", "B.txt", "v4.0", "_x"}) Write(name, "1234");
+  fs::create_directory(Path("Sub"));
+  fs::create_directory(Path("v2.0"));
+  ASSERT_EQ(::chmod(Path("a2").c_str(), 0444), 0);
+
+  // Upper-cased order as NTFS gives it ("_x" after the letters); "A" and "a" differ only in
+  // case and keep byte order.
+  EXPECT_EQ(Names(FindFiles(Path("*"), false)),
+            (std::vector<std::string>{"A", "a", "a2", "b", "B.txt", "v4.0", "_x"}));
+  EXPECT_EQ(Names(FindFiles(Path("*.*"), true)),
+            (std::vector<std::string>{".", "..", "A", "a", "a2", "b", "B.txt", "Sub", "v2.0", "v4.0",
+                                      "_x"}));
+  EXPECT_EQ(Names(FindFiles(Path("*"), true, true)),
+            (std::vector<std::string>{".", "..", "Sub", "v2.0"}));
+  EXPECT_EQ(Names(FindFiles(Path("v*.*"), true, true)), (std::vector<std::string>{"v2.0"}));
+  EXPECT_EQ(Names(FindFiles(Path("B*"), true)), (std::vector<std::string>{"b", "B.txt"}));
+  EXPECT_EQ(Names(FindFiles(Path("?"), false)), (std::vector<std::string>{"A", "a", "b"}));
+
+  // A backslash separates too; a missing directory and an empty mask find nothing.
+  std::string backslashed = dir_ + "\\a*";
+  EXPECT_EQ(Names(FindFiles(backslashed, false)), (std::vector<std::string>{"A", "a", "a2"}));
+  EXPECT_TRUE(FindFiles(Path("missing/*"), true).empty());
+  EXPECT_TRUE(FindFiles(dir_ + "/", true).empty());
+
+  auto found = FindFiles(Path("a*"), true);
+  ASSERT_EQ(found.size(), 3u);
+  EXPECT_FALSE(found[0].readOnly);
+  EXPECT_EQ(found[0].size, 4u);
+  EXPECT_TRUE(found[2].readOnly);
+  auto dirs = FindFiles(Path("Sub"), true);
+  ASSERT_EQ(dirs.size(), 1u);
+  EXPECT_TRUE(dirs[0].isDirectory);
+
+  // No directory part: the current directory.
+  const fs::path cwd = fs::current_path();
+  fs::current_path(dir_);
+  EXPECT_EQ(Names(FindFiles("a?", false)), (std::vector<std::string>{"a2"}));
+  fs::current_path(cwd);
+}
+
+TEST_F(WrenFilesPosix, ExistenceAndReadOnly) {
+  Write("rw", "x", 0644);
+  Write("ro", "x", 0444);
+  Write("group-writable-only", "x", 0464);
+  Write("owner-write-only", "x", 0200);
+  fs::create_directory(Path("dir"));
+  struct Case {
+    const char* name;
+    bool file, directory, readOnly;
+  } cases[] = {
+      {"rw", true, false, false},
+      {"ro", true, false, true},
+      {"group-writable-only", true, false, true},  // only the owner bit counts
+      {"owner-write-only", true, false, false},
+      {"dir", false, true, false},
+      {"missing", false, false, false},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    EXPECT_EQ(FileExists(Path(c.name)), c.file);
+    EXPECT_EQ(DirectoryExists(Path(c.name)), c.directory);
+    EXPECT_EQ(IsReadOnly(Path(c.name)), c.readOnly);
+  }
+  EXPECT_FALSE(FileExists(""));
+  EXPECT_FALSE(DirectoryExists(""));
+}
+
+TEST_F(WrenFilesPosix, ReadFileBytes) {
+  const std::string binary("a\0b\r\n\xFF", 6);
+  Write("bin", binary);
+  EXPECT_EQ(Read("bin"), binary);
+  std::string bytes, error;
+  EXPECT_FALSE(ReadFileBytes(Path("missing"), bytes, error));
+  EXPECT_NE(error.find(Path("missing")), std::string::npos) << error;
+  EXPECT_NE(error.find("No such file or directory"), std::string::npos) << error;
+}
+
+TEST_F(WrenFilesPosix, AtomicWriteReplacesAndKeepsMode) {
+  Write("target.cs", "old content", 0640);
+  std::string error;
+  ASSERT_TRUE(WriteFileAtomic(Path("target.cs"), "new content\n", error)) << error;
+  EXPECT_EQ(Read("target.cs"), "new content\n");
+  EXPECT_EQ(Mode("target.cs"), 0640u);
+
+  ASSERT_TRUE(WriteFileAtomic(Path("fresh.txt"), "", error)) << error;
+  EXPECT_EQ(Read("fresh.txt"), "");
+
+  // Through a symbolic link the file it names is rewritten and the link stays.
+  ASSERT_EQ(::symlink("target.cs", Path("link.cs").c_str()), 0);
+  ASSERT_TRUE(WriteFileAtomic(Path("link.cs"), "via link", error)) << error;
+  EXPECT_TRUE(fs::is_symlink(Path("link.cs")));
+  EXPECT_EQ(Read("target.cs"), "via link");
+  EXPECT_EQ(Entries(), (std::vector<std::string>{"fresh.txt", "link.cs", "target.cs"}));
+}
+
+TEST_F(WrenFilesPosix, AtomicWriteFailuresLeaveTargetUntouched) {
+  const std::string original("original\0bytes", 14);
+  Write("target.cs", original, 0600);
+  std::string error;
+
+  for (size_t failAfter : {size_t{0}, size_t{3}, size_t{99}}) {
+    SCOPED_TRACE(failAfter);
+    SetAtomicWriteFailAfter(failAfter);
+    error.clear();
+    EXPECT_FALSE(WriteFileAtomic(Path("target.cs"), std::string(100, 'x'), error));
+    EXPECT_NE(error.find(Path("target.cs")), std::string::npos) << error;
+    EXPECT_NE(error.find("No space left on device"), std::string::npos) << error;
+    EXPECT_EQ(Read("target.cs"), original);
+    EXPECT_EQ(Entries(), (std::vector<std::string>{"target.cs"}));  // no temporary file left
+  }
+  SetAtomicWriteFailAfter(100);  // exactly enough room
+  EXPECT_TRUE(WriteFileAtomic(Path("target.cs"), std::string(100, 'x'), error)) << error;
+  SetAtomicWriteFailAfter(SIZE_MAX);
+  Write("target.cs", original, 0600);
+
+  // A file the user marked read-only is never replaced, whoever runs the test.
+  ASSERT_EQ(::chmod(Path("target.cs").c_str(), 0444), 0);
+  EXPECT_FALSE(WriteFileAtomic(Path("target.cs"), "new", error));
+  EXPECT_EQ(error, Path("target.cs") + " is read only");
+  EXPECT_EQ(Read("target.cs"), original);
+  EXPECT_EQ(Mode("target.cs"), 0444u);
+
+  EXPECT_FALSE(WriteFileAtomic(Path("no-dir/file.txt"), "x", error));
+  EXPECT_NE(error.find(Path("no-dir/file.txt")), std::string::npos) << error;
+  EXPECT_NE(error.find("No such file or directory"), std::string::npos) << error;
+  EXPECT_EQ(Entries(), (std::vector<std::string>{"target.cs"}));
+}
+
+}  // namespace
+}  // namespace wren

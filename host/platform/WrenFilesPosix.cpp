@@ -1,0 +1,253 @@
+// POSIX backend of the file-system helpers and the atomic writer.
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <climits>
+#include <cstdint>
+#include <cstdlib>
+#include <random>
+#include <system_error>
+
+#include "WrenFiles.h"
+
+namespace wren {
+
+namespace {
+
+std::atomic<size_t> gAtomicWriteFailAfter{SIZE_MAX};
+
+std::string Reason(int err) { return std::generic_category().message(err); }
+
+std::string OsError(const std::string& what, const std::string& path, int err) {
+  return what + " " + path + ": " + Reason(err);
+}
+
+bool ReadOnlyMode(mode_t mode) { return (mode & S_IWUSR) == 0; }
+
+char Upper(char c) { return (c >= 'a' && c <= 'z') ? static_cast<char>(c - 'a' + 'A') : c; }
+
+// NTFS order: names compared upper-cased (so "_x" follows "Z"); names equal but for case keep
+// byte order so that the result does not depend on the order readdir gave them in.
+bool NameLess(const TWrenFindData& a, const TWrenFindData& b) {
+  const size_t n = std::min(a.name.size(), b.name.size());
+  for (size_t i = 0; i < n; ++i) {
+    const auto ca = static_cast<unsigned char>(Upper(a.name[i]));
+    const auto cb = static_cast<unsigned char>(Upper(b.name[i]));
+    if (ca != cb) return ca < cb;
+  }
+  if (a.name.size() != b.name.size()) return a.name.size() < b.name.size();
+  return a.name < b.name;
+}
+
+bool WriteAll(int fd, const std::string& bytes, int& err) {
+  const size_t limit = gAtomicWriteFailAfter.load();
+  size_t written = 0;
+  while (written < bytes.size()) {
+    size_t chunk = bytes.size() - written;
+    if (limit != SIZE_MAX) {
+      if (written >= limit) {
+        err = ENOSPC;  // the test hook stands for a full disk
+        return false;
+      }
+      chunk = std::min(chunk, limit - written);
+    }
+    const ssize_t r = ::write(fd, bytes.data() + written, chunk);
+    if (r < 0) {
+      if (errno == EINTR) continue;
+      err = errno;
+      return false;
+    }
+    written += static_cast<size_t>(r);
+  }
+  return true;
+}
+
+// Creates a new file beside target with a name no one else holds (O_EXCL).
+int CreateTempBeside(const std::string& target, std::string& tempName, int& err) {
+  const size_t slash = target.rfind('/');
+  const std::string dir = slash == std::string::npos ? "" : target.substr(0, slash + 1);
+  // Keep the name well under NAME_MAX however long the target's name is.
+  const std::string base = target.substr(slash == std::string::npos ? 0 : slash + 1).substr(0, 200);
+  static std::atomic<unsigned> counter{0};
+  std::random_device seed;
+  for (int attempt = 0; attempt < 100; ++attempt) {
+    tempName = dir + "." + base + ".tmp" + std::to_string(::getpid()) + "-" +
+               std::to_string(counter++) + "-" + std::to_string(seed() % 1000000);
+    const int fd = ::open(tempName.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (fd >= 0) return fd;
+    if (errno != EEXIST) {
+      err = errno;
+      return -1;
+    }
+  }
+  err = EEXIST;
+  return -1;
+}
+
+void SyncDirectoryOf(const std::string& path) {
+  const size_t slash = path.rfind('/');
+  const std::string dir = slash == std::string::npos ? "." : (slash == 0 ? "/" : path.substr(0, slash));
+  const int fd = ::open(dir.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (fd < 0) return;
+  ::fsync(fd);  // best effort: the rename is done, this only hastens its durability
+  ::close(fd);
+}
+
+}  // namespace
+
+bool FileExists(const std::string& path) {
+  struct stat st;
+  return !path.empty() && ::stat(path.c_str(), &st) == 0 && !S_ISDIR(st.st_mode);
+}
+
+bool DirectoryExists(const std::string& path) {
+  struct stat st;
+  return !path.empty() && ::stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
+}
+
+bool IsReadOnly(const std::string& path) {
+  struct stat st;
+  return !path.empty() && ::stat(path.c_str(), &st) == 0 && ReadOnlyMode(st.st_mode);
+}
+
+std::vector<TWrenFindData> FindFiles(const std::string& pattern, bool withDirectories,
+                                     bool onlyDirectories) {
+  std::vector<TWrenFindData> found;
+  const size_t split = pattern.find_last_of("/\\");
+  std::string dir = split == std::string::npos ? "." : pattern.substr(0, split + 1);
+  const std::string mask = split == std::string::npos ? pattern : pattern.substr(split + 1);
+  std::replace(dir.begin(), dir.end(), '\\', '/');
+  if (mask.empty()) return found;
+
+  DIR* d = ::opendir(dir.c_str());
+  if (!d) return found;
+  const int dfd = ::dirfd(d);
+
+  auto entryOf = [&](const char* name, TWrenFindData& data) {
+    struct stat st;
+    if (::fstatat(dfd, name, &st, 0) != 0 && ::fstatat(dfd, name, &st, AT_SYMLINK_NOFOLLOW) != 0)
+      return false;  // gone since readdir listed it
+    data.name = name;
+    data.isDirectory = S_ISDIR(st.st_mode);
+    data.readOnly = ReadOnlyMode(st.st_mode);
+    data.size = data.isDirectory ? 0 : static_cast<uint64_t>(st.st_size);
+    return true;
+  };
+  auto wanted = [&](const TWrenFindData& data) {
+    return data.isDirectory ? withDirectories : !onlyDirectories;
+  };
+
+  // Windows lists "." and ".." first when directories are asked for; readdir's order is arbitrary.
+  std::vector<TWrenFindData> dots;
+  for (const char* dot : {".", ".."}) {
+    TWrenFindData data;
+    if (withDirectories && MatchesMask(dot, mask) && entryOf(dot, data)) dots.push_back(data);
+  }
+
+  while (const dirent* e = ::readdir(d)) {
+    const std::string name = e->d_name;
+    if (name == "." || name == ".." || !MatchesMask(name, mask)) continue;
+    TWrenFindData data;
+    if (entryOf(e->d_name, data) && wanted(data)) found.push_back(std::move(data));
+  }
+  ::closedir(d);
+
+  std::sort(found.begin(), found.end(), NameLess);
+  found.insert(found.begin(), dots.begin(), dots.end());
+  return found;
+}
+
+bool ReadFileBytes(const std::string& path, std::string& bytes, std::string& error) {
+  bytes.clear();
+  const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) {
+    error = OsError("Cannot open", path, errno);
+    return false;
+  }
+  char buffer[65536];
+  for (;;) {
+    const ssize_t r = ::read(fd, buffer, sizeof buffer);
+    if (r == 0) break;
+    if (r < 0) {
+      if (errno == EINTR) continue;
+      error = OsError("Cannot read", path, errno);
+      ::close(fd);
+      bytes.clear();
+      return false;
+    }
+    bytes.append(buffer, static_cast<size_t>(r));
+  }
+  ::close(fd);
+  return true;
+}
+
+bool WriteFileAtomic(const std::string& path, const std::string& bytes, std::string& error) {
+  // Write through a symbolic link to the file it names, so the link itself stays.
+  std::string target = path;
+  struct stat st;
+  if (::lstat(path.c_str(), &st) == 0 && S_ISLNK(st.st_mode)) {
+    if (char* real = ::realpath(path.c_str(), nullptr)) {
+      target = real;
+      std::free(real);
+    }
+  }
+
+  const bool exists = ::stat(target.c_str(), &st) == 0;
+  if (exists) {
+    if (S_ISDIR(st.st_mode)) {
+      error = OsError("Cannot write", path, EISDIR);
+      return false;
+    }
+    // The user marked it read-only: a rename would silently override that, so refuse.
+    if (ReadOnlyMode(st.st_mode)) {
+      error = path + " is read only";
+      return false;
+    }
+  }
+
+  int err = 0;
+  std::string temp;
+  const int fd = CreateTempBeside(target, temp, err);
+  if (fd < 0) {
+    error = OsError("Cannot create a temporary file to write", path, err);
+    return false;
+  }
+
+  auto fail = [&](const char* what, int e) {
+    ::close(fd);
+    ::unlink(temp.c_str());
+    error = OsError(what, path, e);
+    return false;
+  };
+
+  if (!WriteAll(fd, bytes, err)) return fail("Cannot write", err);
+  if (exists) {
+    if (::fchmod(fd, st.st_mode & 07777) != 0) return fail("Cannot set the permissions of", errno);
+    // Keep the owner where we may (root rewriting a user's file); others cannot and need not.
+    if (st.st_uid != ::geteuid() || st.st_gid != ::getegid()) (void)!::fchown(fd, st.st_uid, st.st_gid);
+  }
+  if (::fsync(fd) != 0) return fail("Cannot flush", errno);
+  if (::close(fd) != 0) {
+    err = errno;
+    ::unlink(temp.c_str());
+    error = OsError("Cannot write", path, err);
+    return false;
+  }
+  if (::rename(temp.c_str(), target.c_str()) != 0) {
+    err = errno;
+    ::unlink(temp.c_str());
+    error = OsError("Cannot replace", path, err);
+    return false;
+  }
+  SyncDirectoryOf(target);
+  return true;
+}
+
+void SetAtomicWriteFailAfter(size_t bytes) { gAtomicWriteFailAfter.store(bytes); }
+
+}  // namespace wren
