@@ -1,5 +1,7 @@
 // The host's options services: one instance per registered options class, loaded from and saved
 // to the process-wide options store.
+#include <algorithm>
+
 #include "WrenOptionsStore.h"
 #include "WrenUtils.h"
 
@@ -28,9 +30,13 @@ class TOptionsServices : public IWrenOptionsServices {
     if (record->instance || !optionsClass.create) return;  // one instance per class
     std::shared_ptr<TWrenOptionsObject> instance = optionsClass.create();
     if (!instance) return;
-    std::unique_ptr<IWrenOptionsReader> reader =
-        WrenOptionsStore().Reader(instance->GetOptionKey());
-    instance->LoadOptions(*reader);
+    // Options never saved keep the values their object starts with (a default detected on this
+    // machine, say); only a stored section is loaded over them.
+    const std::vector<std::string> keys = WrenOptionsStore().Keys();
+    const bool stored = std::any_of(keys.begin(), keys.end(), [&](const std::string& key) {
+      return SameText(key, instance->GetOptionKey());
+    });
+    if (stored) instance->LoadOptions(*WrenOptionsStore().Reader(instance->GetOptionKey()));
     instance->SetModified(false);  // loading is not a change
     record->instance = std::move(instance);
   }

@@ -63,15 +63,29 @@ nlohmann::json RecordedCall(const std::string& programPath) {
   return nlohmann::json::parse(ReadFile(file));
 }
 
+namespace {
+
+std::string ReadAll(int fd) {
+  std::string text;
+  char buf[4096];
+  ssize_t n;
+  while ((n = read(fd, buf, sizeof buf)) > 0) text.append(buf, n);
+  close(fd);
+  return text;
+}
+
+}  // namespace
+
 int RunProgram(const std::vector<std::string>& argv, std::string* output,
-               const std::string& workingDir) {
-  int fds[2];
-  if (pipe(fds) != 0) throw std::runtime_error("pipe failed");
+               const std::string& workingDir, std::string* errors) {
+  int fds[2], errFds[2];
+  if (pipe(fds) != 0 || pipe(errFds) != 0) throw std::runtime_error("pipe failed");
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_adddup2(&actions, fds[1], 1);
-  posix_spawn_file_actions_addclose(&actions, fds[0]);
-  posix_spawn_file_actions_addclose(&actions, fds[1]);
+  posix_spawn_file_actions_adddup2(&actions, errors ? errFds[1] : fds[1], 2);
+  for (int fd : {fds[0], fds[1], errFds[0], errFds[1]})
+    posix_spawn_file_actions_addclose(&actions, fd);
   if (!workingDir.empty()) posix_spawn_file_actions_addchdir_np(&actions, workingDir.c_str());
   std::vector<char*> args;
   for (const std::string& a : argv) args.push_back(const_cast<char*>(a.c_str()));
@@ -80,15 +94,15 @@ int RunProgram(const std::vector<std::string>& argv, std::string* output,
   const int rc = posix_spawnp(&pid, args[0], &actions, nullptr, args.data(), environ);
   posix_spawn_file_actions_destroy(&actions);
   close(fds[1]);
-  std::string text;
-  char buf[4096];
-  ssize_t n;
-  while ((n = read(fds[0], buf, sizeof buf)) > 0) text.append(buf, n);
-  close(fds[0]);
+  close(errFds[1]);
+  // stderr is read after stdout: enough for the small outputs tests produce.
+  const std::string text = ReadAll(fds[0]);
+  const std::string errText = ReadAll(errFds[0]);
   if (rc != 0) throw std::runtime_error("cannot start " + argv[0]);
   int status = 0;
   waitpid(pid, &status, 0);
   if (output) *output = text;
+  if (errors) *errors = errText;
   return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 

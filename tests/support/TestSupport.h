@@ -31,8 +31,9 @@ void InstallRecorder(const std::string& path);
 /// The JSON the recorder wrote beside the program at path; null when it did not run.
 nlohmann::json RecordedCall(const std::string& programPath);
 
-/// Runs a program to its end, no shell; returns its exit code and collects stdout.
+/// Runs a program to its end, no shell; returns its exit code and collects stdout (and stderr
+/// when errors is given; otherwise stderr goes with stdout).
 int RunProgram(const std::vector<std::string>& argv, std::string* output = nullptr,
-               const std::string& workingDir = "");
+               const std::string& workingDir = "", std::string* errors = nullptr);
 
 }  // namespace wren::test
