@@ -1,0 +1,134 @@
+// Rewrites the assembly-level attributes of one source file in place and adds the missing ones.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "WrenTypes.h"
+
+namespace wren {
+
+/// The source language of a file, chosen from its extension.
+enum class TWrenAssemblyInfoLanguage { alPascal, alCSharp, alVB, alCPP, alOther };
+
+/// A string-list index outside the list; raised when new lines are inserted into a Pascal file
+/// whose stop line was never found.
+class EStringListError : public std::out_of_range {
+ public:
+  using std::out_of_range::out_of_range;
+};
+
+/// A source file (or its backup) that could not be read or written.
+class EWrenFileError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+class IWrenAssemblyInfoCallBack;
+class IWrenStringTokeniser;
+class TWrenAssemblyInfo;
+
+/// What the updater action holds: the entries to apply and the per-file operation.
+class IWrenAssemblyInfoUpdater {
+ public:
+  virtual ~IWrenAssemblyInfoUpdater() = default;
+  /// Sets Name to Value (replacing an entry of that name) with its quoted flag; an empty value is
+  /// appended as a new "Name=" item without looking for an existing one.
+  virtual void AddEntry(const std::string& name, const std::string& value, bool quoted) = 0;
+  /// Deletes the entry of that name, if there is one.
+  virtual void RemoveEntry(const std::string& name) = 0;
+  /// Rewrites one file with the current entries; the entries are emptied however it ends.
+  /// Load and save errors (EWrenFileError) and list index errors (EStringListError) are thrown.
+  virtual bool ProcessFile(const std::string& fileName, bool createBackup) = 0;
+  /// Writes the current lines to the file, each ended by CR LF, through the atomic writer.
+  virtual void SaveToFile(const std::string& fileName) = 0;
+  /// The receiver of messages and questions; not owned, may be null.
+  virtual void SetCallBack(IWrenAssemblyInfoCallBack* callBack) = 0;
+  virtual TWrenAssemblyInfo* GetImplementation() = 0;
+};
+
+/// Receives an updater's per-file notice, its log lines and a say over every attribute value.
+class IWrenAssemblyInfoCallBack {
+ public:
+  virtual ~IWrenAssemblyInfoCallBack() = default;
+  /// Once per file, after loading and before scanning; may add or remove entries for this file.
+  virtual void OnProcessFile(const std::string& fileName,
+                             const std::shared_ptr<IWrenAssemblyInfoUpdater>& updater) = 0;
+  virtual void AssemblyInfoProcessMessage(const std::string& message) = 0;
+  /// For every assembly attribute found; the receiver may change the value.
+  virtual void AssemblyInfoProcessEntry(const std::string& fileName, const std::string& entryName,
+                                        std::string& entryValue) = 0;
+};
+
+/// The line-oriented attribute rewriter behind IWrenAssemblyInfoUpdater. Opening, Keyword and
+/// Closing of the last attribute line read carry over to later lines and later files: new lines
+/// copy the bracket style of the last attribute seen.
+class TWrenAssemblyInfo final : public IWrenAssemblyInfoUpdater,
+                                public std::enable_shared_from_this<TWrenAssemblyInfo> {
+ public:
+  /// One entry: its "Name=Value" text and whether the value is written between quotes.
+  struct TEntry {
+    std::string text;
+    bool quoted = false;
+  };
+
+  explicit TWrenAssemblyInfo(bool updateOnly) : updateOnly_(updateOnly) {}
+
+  void AddEntry(const std::string& name, const std::string& value, bool quoted) override;
+  void RemoveEntry(const std::string& name) override;
+  bool ProcessFile(const std::string& fileName, bool createBackup) override;
+  void SaveToFile(const std::string& fileName) override;
+  void SetCallBack(IWrenAssemblyInfoCallBack* callBack) override { callBack_ = callBack; }
+  TWrenAssemblyInfo* GetImplementation() override { return this; }
+
+  const TStrings& Lines() const { return lines_; }
+  const std::vector<TEntry>& Entries() const { return entries_; }
+  const std::string& Keyword() const { return keyword_; }
+  const std::string& Opening() const { return opening_; }
+  const std::string& Closing() const { return closing_; }
+  bool Quoted() const { return quoted_; }
+  TWrenAssemblyInfoLanguage Language() const { return language_; }
+  bool UpdateOnly() const { return updateOnly_; }
+
+ private:
+  void MakeBackup();
+  void Scan();
+  bool IsStopLine(const std::string& line) const;
+  void ProcessAttribute(size_t lineIndex, IWrenStringTokeniser& tok);
+  bool ProcessEntry(const std::string& name, std::string& value);
+  void AddNewEntries();
+  void AddNewEntry(const std::string& name, const std::string& value, bool quoted);
+  void InsertLine(int32_t index, const std::string& line);
+  int IndexOfEntry(const std::string& name) const;
+  std::string Quote(const std::string& value) const;
+  void Message(const std::string& text);
+
+  TStrings lines_;
+  std::string fileName_;
+  std::string extension_;
+  IWrenAssemblyInfoCallBack* callBack_ = nullptr;
+  std::string keyword_;
+  std::string opening_;
+  std::string closing_;
+  bool quoted_ = false;
+  std::vector<TEntry> entries_;
+  int32_t insertPosition_ = -1;
+  char quoteChar_ = '"';
+  TWrenAssemblyInfoLanguage language_ = TWrenAssemblyInfoLanguage::alOther;
+  const bool updateOnly_;
+  bool modified_ = false;
+};
+
+/// A new updater; it lives as long as references to it do.
+std::shared_ptr<IWrenAssemblyInfoUpdater> NewAssemblyInfoUpdater(bool updateOnly);
+
+/// The lines of 8-bit text: CR LF, LF and a lone CR each end a line; a final line break adds no
+/// empty line.
+TStrings SplitTextLines(const std::string& bytes);
+/// The lines joined, every one (the last included) ended by CR LF.
+std::string JoinTextLines(const TStrings& lines);
+
+}  // namespace wren

@@ -1,0 +1,213 @@
+#include "WrenAssemblyInfoUpdaterAction.h"
+
+#include <exception>
+
+#include "WrenFiles.h"
+#include "WrenUtils.h"
+
+namespace wren {
+
+namespace {
+
+const char kOnProcessFile[] = "OnProcessFile";
+const char kOnProcessEntry[] = "OnProcessEntry";
+
+std::string ArgText(const std::vector<WrenVariant>& args, size_t i) {
+  return i < args.size() ? VariantToString(args[i]) : std::string();
+}
+
+// Lua's truthiness: anything but nothing and false.
+bool ArgFlag(const std::vector<WrenVariant>& args, size_t i) {
+  if (i >= args.size() || std::holds_alternative<std::monostate>(args[i])) return false;
+  if (const bool* b = std::get_if<bool>(&args[i])) return *b;
+  return true;
+}
+
+/// The updater as scripts see it. It only holds a weak reference: a script object kept in the
+/// parameters after the run must not keep the updater alive or reach a dead one.
+std::shared_ptr<TWrenScriptObject> UpdaterObject(const std::shared_ptr<IWrenAssemblyInfoUpdater>& updater) {
+  auto object = std::make_shared<TWrenScriptObject>();
+  object->typeName = "IWrenAssemblyInfoUpdater";
+  std::weak_ptr<IWrenAssemblyInfoUpdater> weak = updater;
+  object->methods.push_back({"AddEntry", [weak](const std::vector<WrenVariant>& args) {
+                               if (auto u = weak.lock())
+                                 u->AddEntry(ArgText(args, 0), ArgText(args, 1), ArgFlag(args, 2));
+                               return WrenVariant{};
+                             }});
+  object->methods.push_back({"RemoveEntry", [weak](const std::vector<WrenVariant>& args) {
+                               if (auto u = weak.lock()) u->RemoveEntry(ArgText(args, 0));
+                               return WrenVariant{};
+                             }});
+  return object;
+}
+
+/// Drops the objects handed to a script once it has run, so none outlives the run.
+struct TDropObjects {
+  IWrenActionScriptParams& params;
+  ~TDropObjects() {
+    for (IWrenActionScriptParameter& p : params.items) p.object.reset();
+  }
+};
+
+}  // namespace
+
+TWrenAssemblyInfoUpdaterAction::TWrenAssemblyInfoUpdaterAction() {
+  AddScript(kOnProcessFile);
+  AddScript(kOnProcessEntry);
+}
+
+std::string TWrenAssemblyInfoUpdaterAction::GetCopyRight() const {
+  return "Marrowby .NET Framework Support - AssemblyInfo Updater";
+}
+
+const TPropertyTable& TWrenAssemblyInfoUpdaterAction::ClassProperties() {
+  using A = TWrenAssemblyInfoUpdaterAction;
+  static const TPropertyTable table =
+      ChainProperties(TCustomWrenAction::ClassProperties(),
+                      {StringListProperty("Selection", &A::Selection),
+                       BoolProperty("BackupFiles", &A::BackupFiles),
+                       BoolProperty("Recurse", &A::Recurse),
+                       StringListProperty("Attributes", &A::Attributes),
+                       BoolProperty("UpdateOnly", &A::UpdateOnly)});
+  return table;
+}
+
+bool TWrenAssemblyInfoUpdaterAction::Validate(IWrenActionValidationError& errors) {
+  if (Selection.empty()) {
+    errors.AddError("Files", "No files have been added for updating");
+    return false;
+  }
+  return true;
+}
+
+void TWrenAssemblyInfoUpdaterAction::InitialiseScriptParams(TWrenActionScript& script) {
+  script.params.Add("Action", StaticClassName());
+  script.params.Add("FileName", "string");
+  if (SameText(script.name, kOnProcessFile)) {
+    script.params.Add("AssemblyInfo", "IWrenAssemblyInfoUpdater");
+  } else if (SameText(script.name, kOnProcessEntry)) {
+    script.params.Add("EntryName", "string");
+    script.params.Add("EntryValue", "string");
+  }
+}
+
+bool TWrenAssemblyInfoUpdaterAction::Stopped() { return terminated_ || StopSignalled(); }
+
+bool TWrenAssemblyInfoUpdaterAction::Execute() {
+  terminated_ = false;
+  bool result = true;
+  if (!BuildFileList() || Stopped() || fileList_.empty()) {
+    // A selection that cannot be expanded ends the step without an error result.
+    terminated_ = false;
+    return true;
+  }
+
+  const std::shared_ptr<IWrenAssemblyInfoUpdater> updater = NewAssemblyInfoUpdater(UpdateOnly);
+  updater->SetCallBack(this);
+  try {
+    for (const std::string& file : fileList_) {
+      SendMessage("Processing File : " + file);
+      if (!AddEntriesToUpdater(*updater)) {
+        result = false;
+        break;
+      }
+      result = updater->ProcessFile(file, BackupFiles);
+      if (!result || Stopped()) break;
+    }
+  } catch (const std::exception& e) {
+    // The host gets a result, never an exception: the step fails with the reason logged.
+    SendMessage(e.what());
+    result = false;
+  }
+  updater->SetCallBack(nullptr);
+  terminated_ = false;
+  return result;
+}
+
+bool TWrenAssemblyInfoUpdaterAction::BuildFileList() {
+  fileList_.clear();
+  for (const std::string& line : Selection) {
+    if (Stopped()) break;
+    std::string expanded;
+    if (!TryExpandExpression("Selection", line, false, expanded)) return false;
+    if (expanded.find_first_of("*?") == std::string::npos)
+      fileList_.push_back(expanded);
+    else
+      processWildCard(expanded, ExtractFileName(expanded), Recurse);
+  }
+  return true;
+}
+
+void TWrenAssemblyInfoUpdaterAction::processWildCard(const std::string& path,
+                                                     const std::string& mask, bool recurse) {
+  const std::string dir = ExtractFilePath(path);
+  for (const TWrenFindData& found : FindFiles(dir + "*.*", recurse)) {
+    if (Stopped()) return;
+    if (!found.isDirectory) {
+      if (MatchesMask(found.name, mask)) fileList_.push_back(dir + found.name);
+    } else if (recurse && found.name != "." && found.name != "..") {
+      processWildCard(dir + found.name + PathDelim + "*.*", mask, recurse);
+    }
+  }
+}
+
+bool TWrenAssemblyInfoUpdaterAction::AddEntriesToUpdater(IWrenAssemblyInfoUpdater& updater) {
+  for (const std::string& line : Attributes) {
+    if (line.empty()) continue;
+    std::string name, value;
+    if (!TryExpandExpression("Attributes", NameOfLine(line), false, name)) return false;
+    if (!TryExpandExpression("AttributeValue", ValueOfLine(line), false, value)) return false;
+    const bool quoted = !value.empty() && (value[0] == '"' || value[0] == '\'');
+    updater.AddEntry(name, StripQuotes(value), quoted);
+  }
+  return true;
+}
+
+std::shared_ptr<TWrenScriptObject> TWrenAssemblyInfoUpdaterAction::ActionObject() {
+  auto object = std::make_shared<TWrenScriptObject>();
+  object->typeName = StaticClassName();
+  object->fields.push_back({"ClassName", [] { return WrenVariant{StaticClassName()}; }});
+  return object;
+}
+
+void TWrenAssemblyInfoUpdaterAction::RunScript(TWrenActionScript& script) {
+  WrenVariant result;
+  if (!ExecuteScript(script.name, result))
+    throw EWrenScriptFailed("Script " + script.name + " failed; the file was not updated");
+}
+
+void TWrenAssemblyInfoUpdaterAction::OnProcessFile(
+    const std::string& fileName, const std::shared_ptr<IWrenAssemblyInfoUpdater>& updater) {
+  TWrenActionScript* script = GetScriptByName(kOnProcessFile);
+  if (!script || Trim(script->text).empty()) return;
+  InitialiseScriptParams(*script);
+  IWrenActionScriptParams& params = script->params;
+  params.Find("Action")->object = ActionObject();
+  params.Find("FileName")->value = fileName;
+  IWrenActionScriptParameter* info = params.Find("AssemblyInfo");
+  info->object = UpdaterObject(updater);
+  const TDropObjects drop{params};
+  RunScript(*script);
+}
+
+void TWrenAssemblyInfoUpdaterAction::AssemblyInfoProcessMessage(const std::string& message) {
+  SendMessage(message);
+}
+
+void TWrenAssemblyInfoUpdaterAction::AssemblyInfoProcessEntry(const std::string& fileName,
+                                                              const std::string& entryName,
+                                                              std::string& entryValue) {
+  TWrenActionScript* script = GetScriptByName(kOnProcessEntry);
+  if (!script || Trim(script->text).empty()) return;
+  InitialiseScriptParams(*script);
+  IWrenActionScriptParams& params = script->params;
+  params.Find("Action")->object = ActionObject();
+  params.Find("FileName")->value = fileName;
+  params.Find("EntryName")->value = entryName;
+  params.Find("EntryValue")->value = entryValue;
+  const TDropObjects drop{params};
+  RunScript(*script);
+  entryValue = VariantToString(params.Find("EntryValue")->value);
+}
+
+}  // namespace wren

@@ -1,0 +1,76 @@
+// The build step that stamps attribute values into AssemblyInfo sources before they are compiled.
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+#include "WrenActionAPI.h"
+#include "WrenAssemblyInfoUpdater.h"
+
+namespace wren {
+
+/// Expands a selection of files and wildcards and runs the attribute rewriter over each file with
+/// the user's attribute list, letting the "OnProcessFile" and "OnProcessEntry" scripts see and
+/// change every file and every attribute. Runs in process.
+class TWrenAssemblyInfoUpdaterAction : public TCustomWrenAction, public IWrenAssemblyInfoCallBack {
+ public:
+  TWrenAssemblyInfoUpdaterAction();
+
+  static std::string StaticClassName() { return "TWrenAssemblyInfoUpdaterAction"; }
+  static std::string GetActionName() { return "AssemblyInfo Updater"; }
+  std::string ClassName() const override { return StaticClassName(); }
+  std::string DisplayName() const override { return GetActionName(); }
+  std::string GetQuickHelpFilename() const override { return "Plugins\\AssemblyInfoUpdater.html"; }
+  std::string GetCopyRight() const override;
+
+  bool Validate(IWrenActionValidationError& errors) override;
+  bool Execute() override;
+  bool CanTerminate() override { return true; }
+  void TerminateAction() override { terminated_ = true; }
+  void InitialiseScriptParams(TWrenActionScript& script) override;
+
+  static const TPropertyTable& ClassProperties();
+  const TPropertyTable& GetPublishedProperties() const override { return ClassProperties(); }
+
+  /// Fills the file list from Selection; false when an expansion failed.
+  bool BuildFileList();
+  /// Adds the files of path's directory that match mask, and, with recurse, those below it.
+  void processWildCard(const std::string& path, const std::string& mask, bool recurse);
+  /// Gives the expanded Attributes to the updater; false when an expansion failed.
+  bool AddEntriesToUpdater(IWrenAssemblyInfoUpdater& updater);
+  /// The files of the current (or last) run, in processing order.
+  const TStrings& FileList() const { return fileList_; }
+
+  // IWrenAssemblyInfoCallBack.
+  void OnProcessFile(const std::string& fileName,
+                     const std::shared_ptr<IWrenAssemblyInfoUpdater>& updater) override;
+  void AssemblyInfoProcessMessage(const std::string& message) override;
+  void AssemblyInfoProcessEntry(const std::string& fileName, const std::string& entryName,
+                                std::string& entryValue) override;
+
+  // Published properties.
+  TStrings Selection;
+  bool BackupFiles = true;
+  bool Recurse = false;
+  TStrings Attributes;
+  bool UpdateOnly = false;
+
+ private:
+  bool Stopped();
+  std::shared_ptr<TWrenScriptObject> ActionObject();
+  /// Runs a script that has text; a failed script aborts the file being processed.
+  void RunScript(TWrenActionScript& script);
+
+  TStrings fileList_;
+  std::atomic<bool> terminated_{false};
+};
+
+/// A user script that failed while a file was processed (the host has logged why).
+class EWrenScriptFailed : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+}  // namespace wren
