@@ -1,0 +1,90 @@
+// Property pages of the gacutil actions: install, uninstall and the download cache.
+#pragma once
+
+#include <string>
+
+#include "pages/WrenDotNetBaseFrame.h"
+
+namespace wren {
+
+/// The install page: one assembly or a list file, forced reinstall, and a traced reference whose
+/// fields are usable only while "Add reference count" is checked.
+class TGACInstallFrame : public TDotNetToolBaseFrame {
+ public:
+  static constexpr const char* kAssemblyFilter =
+      "Assemblies (*.dll, *.exe)|*.dll;*.exe|All Files (*.*)|*.*";
+  static constexpr const char* kListFileFilter = "Text Files (*.txt)|*.txt|All Files (*.*)|*.*";
+
+  TGACInstallFrame();
+  static std::string StaticClassName() { return "TGACInstallFrame"; }
+  std::string PageName() const override { return "GAC Install"; }
+
+  void ReadActionData(TWrenAction& action) override;
+  void WriteActionData(TWrenAction& action) override;
+  /// Stops at the first gap: the chosen assembly or list file, then the reference triple.
+  bool CheckPage(std::string& message) override;
+
+  /// The reference check box was clicked: the reference fields follow it.
+  void SetReferenceCount(bool checked);
+  bool BrowseAssemblyPath() { return GetFile(edAssemblyPath, kAssemblyFilter); }
+  bool BrowseListFile() { return GetFile(edAssemblyListFile, kListFileFilter); }
+
+  TRadioButtonModel rbAssemblyPath;
+  TEditModel edAssemblyPath;
+  TRadioButtonModel rbAssemblyListFile;
+  TEditModel edAssemblyListFile;
+  TCheckBoxModel cbForce;
+  TCheckBoxModel cbReferenceCount;
+  TEditModel edScheme;
+  TEditModel edID;
+  TEditModel edDescription;
+};
+
+/// The uninstall page: by display name, by file or by list file, forced removal, and the
+/// reference to remove.
+class TGACUninstallFrame : public TDotNetToolBaseFrame {
+ public:
+  static constexpr const char* kAssemblyFilter =
+      "Assembly Files (*.dll)|*.dll|All Files (*.*)|*.*";
+  static constexpr const char* kListFileFilter = "Text Files (*.txt)|*.txt|All Files (*.*)|*.*";
+
+  TGACUninstallFrame();
+  static std::string StaticClassName() { return "TGACUninstallFrame"; }
+  std::string PageName() const override { return "GAC Uninstall"; }
+
+  void ReadActionData(TWrenAction& action) override;
+  void WriteActionData(TWrenAction& action) override;
+  bool CheckPage(std::string& message) override;
+
+  void SetReferenceCount(bool checked);
+  bool BrowseAssemblyPath() { return GetFile(edAssemblyPath, kAssemblyFilter); }
+  bool BrowseListFile() { return GetFile(edAssemblyListFile, kListFileFilter); }
+
+  TRadioButtonModel rbAssemblyName;
+  TEditModel edAssemblyName;
+  TRadioButtonModel rbAssemblyPath;
+  TEditModel edAssemblyPath;
+  TRadioButtonModel rbAssemblyListFile;
+  TEditModel edAssemblyListFile;
+  TCheckBoxModel cbForce;
+  TCheckBoxModel cbReferenceCount;
+  TEditModel edScheme;
+  TEditModel edID;
+  TEditModel edDescription;
+};
+
+/// The download cache page: list it or delete it.
+class TGACListFrame : public TDotNetToolBaseFrame {
+ public:
+  TGACListFrame();
+  static std::string StaticClassName() { return "TGACListFrame"; }
+  std::string PageName() const override { return "GAC Download Cache"; }
+
+  void ReadActionData(TWrenAction& action) override;
+  void WriteActionData(TWrenAction& action) override;
+
+  TRadioButtonModel rbListCache;
+  TRadioButtonModel rbDeleteCache;
+};
+
+}  // namespace wren

@@ -1,0 +1,191 @@
+#include "pages/WrenDotNetGACFrames.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "sdktools/WrenDotNetGACAction.h"
+
+namespace wren {
+namespace {
+
+/// Records what a page asked the dialogs and answers with a chosen name (or a cancel).
+class TRecordingDialogs : public IWrenDesignApplicationServices {
+ public:
+  TRecordingDialogs() { SetWrenDesignApplicationServices(this); }
+  ~TRecordingDialogs() override { SetWrenDesignApplicationServices(nullptr); }
+  std::string ExpandText(const std::string& text) override { return "expanded:" + text; }
+  bool BrowseForFile(const std::string& title_, const std::string& filter_,
+                     std::string& fileName) override {
+    title = title_;
+    filter = filter_;
+    proposed = fileName;
+    if (answer.empty()) return false;
+    fileName = answer;
+    return true;
+  }
+  bool BrowseForDirectory(const std::string&, std::string&) override { return false; }
+
+  std::string answer, title, filter, proposed;
+};
+
+template <class F>
+struct TCheckCase {
+  const char* name;
+  std::function<void(F&)> fill;
+  std::string message;  // "" when the page is complete
+};
+
+template <class F>
+void CheckPages(const std::vector<TCheckCase<F>>& cases) {
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    F page;
+    c.fill(page);
+    std::string message;
+    EXPECT_EQ(page.CheckPage(message), c.message.empty());
+    EXPECT_EQ(message, c.message);
+  }
+}
+
+const char kReferenceRequired[] =
+    "Scheme, ID, and Description are all required for reference counting.";
+
+void FillReference(TEditModel& scheme, TEditModel& id, TEditModel& description) {
+  scheme.text = "UNINSTALL_KEY";
+  id.text = "MyApp";
+  description.text = "My App";
+}
+
+TEST(GACFrames, InstallPageCheckStopsAtTheFirstGap) {
+  using F = TGACInstallFrame;
+  CheckPages<F>({
+      {"new page", [](F&) {}, "Assembly Path is required."},
+      {"path given", [](F& p) { p.edAssemblyPath.text = "a.dll"; }, ""},
+      {"list file chosen, none given",
+       [](F& p) {
+         p.edAssemblyPath.text = "a.dll";
+         p.rbAssemblyPath.checked = false;
+         p.rbAssemblyListFile.checked = true;
+       },
+       "Assembly Listfile is required."},
+      {"reference without description",
+       [](F& p) {
+         p.edAssemblyPath.text = "a.dll";
+         p.SetReferenceCount(true);
+         FillReference(p.edScheme, p.edID, p.edDescription);
+         p.edDescription.text = "";
+       },
+       kReferenceRequired},
+      {"path and reference missing: the path is named first",
+       [](F& p) { p.SetReferenceCount(true); }, "Assembly Path is required."},
+      {"complete reference",
+       [](F& p) {
+         p.edAssemblyPath.text = "a.dll";
+         p.SetReferenceCount(true);
+         FillReference(p.edScheme, p.edID, p.edDescription);
+       },
+       ""},
+      {"empty reference fields while unchecked", [](F& p) { p.edAssemblyPath.text = "a.dll"; },
+       ""},
+  });
+}
+
+TEST(GACFrames, UninstallPageCheckStopsAtTheFirstGap) {
+  using F = TGACUninstallFrame;
+  CheckPages<F>({
+      {"new page", [](F&) {}, "Assembly Name is required."},
+      {"by file, none given",
+       [](F& p) {
+         p.rbAssemblyName.checked = false;
+         p.rbAssemblyPath.checked = true;
+         p.edAssemblyName.text = "ignored";
+       },
+       "Assembly Path is required."},
+      {"by list file, none given",
+       [](F& p) {
+         p.rbAssemblyName.checked = false;
+         p.rbAssemblyListFile.checked = true;
+       },
+       "Assembly Listfile is required."},
+      {"reference with an empty id",
+       [](F& p) {
+         p.edAssemblyName.text = "Core";
+         p.SetReferenceCount(true);
+         FillReference(p.edScheme, p.edID, p.edDescription);
+         p.edID.text = "";
+       },
+       kReferenceRequired},
+      {"name given", [](F& p) { p.edAssemblyName.text = "Core"; }, ""},
+  });
+}
+
+TEST(GACFrames, ReferenceFieldsFollowTheCheckBox) {
+  TGACInstallAction action;
+  action.AssemblyPath = "a.dll";
+  action.RefScheme = "S";
+  TGACInstallFrame page;
+  page.ReadActionData(action);
+  EXPECT_FALSE(page.edScheme.enabled || page.edID.enabled || page.edDescription.enabled);
+  EXPECT_EQ(page.edScheme.text, "S");
+  page.SetReferenceCount(true);
+  EXPECT_TRUE(page.edScheme.enabled && page.edID.enabled && page.edDescription.enabled);
+
+  action.ReferenceCount = true;
+  TGACInstallFrame checkedPage;
+  checkedPage.ReadActionData(action);
+  EXPECT_TRUE(checkedPage.cbReferenceCount.checked);
+  EXPECT_TRUE(checkedPage.edScheme.enabled);
+}
+
+// The list file wins over the file, on the page as on the command line; writing keeps that.
+TEST(GACFrames, UninstallPageRoundTrip) {
+  TGACUninstallAction stored;
+  stored.UseListFile = true;
+  stored.UseAssemblyPath = true;
+  stored.AssemblyListFile = "list.txt";
+  stored.AssemblyPath = "a.dll";
+  stored.Force = true;
+  TGACUninstallFrame page;
+  page.ReadActionData(stored);
+  EXPECT_TRUE(page.rbAssemblyListFile.checked);
+  EXPECT_FALSE(page.rbAssemblyPath.checked);
+  EXPECT_FALSE(page.rbAssemblyName.checked);
+
+  TGACUninstallAction written;
+  page.WriteActionData(written);
+  EXPECT_TRUE(written.UseListFile);
+  EXPECT_FALSE(written.UseAssemblyPath);
+  EXPECT_EQ(written.AssemblyListFile, "list.txt");
+  EXPECT_EQ(written.AssemblyPath, "a.dll");
+  EXPECT_TRUE(written.Force);
+
+  TGACListAction cache;
+  cache.DeleteDownloadCache = true;
+  TGACListFrame cachePage;
+  cachePage.ReadActionData(cache);
+  EXPECT_TRUE(cachePage.rbDeleteCache.checked);
+  EXPECT_FALSE(cachePage.rbListCache.checked);
+}
+
+TEST(GACFrames, BrowsingUsesTheExpandedNameAndThePageFilter) {
+  TRecordingDialogs dialogs;
+  TGACInstallFrame install;
+  install.edAssemblyPath.text = "%BIN%/a.dll";
+  dialogs.answer = "/bin/Core.dll";
+  EXPECT_TRUE(install.BrowseAssemblyPath());
+  EXPECT_EQ(install.edAssemblyPath.text, "/bin/Core.dll");
+  EXPECT_EQ(dialogs.proposed, "expanded:%BIN%/a.dll");
+  EXPECT_EQ(dialogs.title, "Select File");
+  EXPECT_EQ(dialogs.filter, "Assemblies (*.dll, *.exe)|*.dll;*.exe|All Files (*.*)|*.*");
+
+  TGACUninstallFrame uninstall;
+  uninstall.edAssemblyListFile.text = "old.txt";
+  dialogs.answer = "";  // cancel
+  EXPECT_FALSE(uninstall.BrowseListFile());
+  EXPECT_EQ(uninstall.edAssemblyListFile.text, "old.txt");
+  EXPECT_EQ(dialogs.filter, "Text Files (*.txt)|*.txt|All Files (*.*)|*.*");
+}
+
+}  // namespace
+}  // namespace wren

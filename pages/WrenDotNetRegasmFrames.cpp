@@ -1,0 +1,61 @@
+#include "pages/WrenDotNetRegasmFrames.h"
+
+#include "sdktools/WrenDotNetRegasmAction.h"
+
+namespace wren {
+
+TWrenRegasmActionFrame::TWrenRegasmActionFrame() {
+  lblHeading.caption = "Assembly";
+  edAssemblyPath.caption = "Assembly";
+  rgMode.caption = "RegAsm Mode";
+  rgMode.items = {"Assembly Registration", "Unregister Assembly", "Generate Reg File",
+                  "Generate and Register TypeLibrary"};
+  rgMode.itemIndex = 0;
+  edRegFile.caption = "Reg File";
+  edTlbFile.caption = "Type Library File";
+  cbCodebase.caption = "Create a Codebase entry in the Registry";
+  cbNoLogo.caption = "Suppres the Microsoft startup banner";
+  cbSilent.caption = "Suppress success messages";
+  cbVerbose.caption = "Verbose output";
+  cbRegistered.caption = "Only refer to already registered type libraries";
+  UpdateMode();
+}
+
+void TWrenRegasmActionFrame::UpdateMode() {
+  edRegFile.enabled = rgMode.itemIndex == static_cast<int>(TRegAsmMode::asmGenerateRegFile);
+  edTlbFile.enabled = rgMode.itemIndex == static_cast<int>(TRegAsmMode::asmGenAndRegTLB);
+}
+
+void TWrenRegasmActionFrame::ReadActionData(TWrenAction& action) {
+  TDotNetToolBaseFrame::ReadActionData(action);
+  auto* regasm = dynamic_cast<TWrenRegasmAction*>(&action);
+  if (!regasm) return;
+  edAssemblyPath.text = regasm->AssemblyPath;
+  rgMode.itemIndex = static_cast<int>(regasm->RegAsmMode);
+  edRegFile.text = regasm->GenRegFile;
+  edTlbFile.text = regasm->ExportToTLB;
+  cbCodebase.checked = regasm->Codebase;
+  cbNoLogo.checked = regasm->NoLogo;
+  cbSilent.checked = regasm->Silent;
+  cbVerbose.checked = regasm->Verbose;
+  cbRegistered.checked = regasm->Registered;
+  UpdateMode();
+}
+
+void TWrenRegasmActionFrame::WriteActionData(TWrenAction& action) {
+  TDotNetToolBaseFrame::WriteActionData(action);
+  auto* regasm = dynamic_cast<TWrenRegasmAction*>(&action);
+  if (!regasm) return;
+  regasm->AssemblyPath = edAssemblyPath.text;
+  if (rgMode.itemIndex >= 0 && rgMode.itemIndex < static_cast<int>(rgMode.items.size()))
+    regasm->RegAsmMode = static_cast<TRegAsmMode>(rgMode.itemIndex);
+  regasm->GenRegFile = edRegFile.text;
+  regasm->ExportToTLB = edTlbFile.text;
+  regasm->Codebase = cbCodebase.checked;
+  regasm->NoLogo = cbNoLogo.checked;
+  regasm->Silent = cbSilent.checked;
+  regasm->Verbose = cbVerbose.checked;
+  regasm->Registered = cbRegistered.checked;
+}
+
+}  // namespace wren

@@ -1,0 +1,198 @@
+#include "pages/WrenDotNetSNFrames.h"
+
+#include "WrenUtils.h"
+#include "sdktools/WrenDotNetSNAction.h"
+
+namespace wren {
+
+// --- Generate key pair ---
+
+TSNGenerateKeyPairFrame::TSNGenerateKeyPairFrame() {
+  lblHeading.caption = "Output File";
+  edOutputFile.caption = "Output File";
+}
+
+void TSNGenerateKeyPairFrame::ReadActionData(TWrenAction& action) {
+  TDotNetToolBaseFrame::ReadActionData(action);
+  if (auto* sn = dynamic_cast<TSNGenerateKeyPair*>(&action)) edOutputFile.text = sn->OutputFile;
+}
+
+void TSNGenerateKeyPairFrame::WriteActionData(TWrenAction& action) {
+  TDotNetToolBaseFrame::WriteActionData(action);
+  if (auto* sn = dynamic_cast<TSNGenerateKeyPair*>(&action)) sn->OutputFile = edOutputFile.text;
+}
+
+bool TSNGenerateKeyPairFrame::CheckPage(std::string& message) {
+  if (Trim(edOutputFile.text).empty()) {
+    message = "Output file cannot be blank";
+    return false;
+  }
+  return true;
+}
+
+bool TSNGenerateKeyPairFrame::BrowseOutputFile() {
+  TEditModel proposal = edOutputFile;
+  if (proposal.text.empty()) proposal.text = kDefaultKeyFile;
+  if (!GetFile(proposal, kKeyFileFilter)) return false;
+  edOutputFile.text = proposal.text;
+  return true;
+}
+
+// --- Verify ---
+
+TSNVerifySNFrame::TSNVerifySNFrame() {
+  lblHeading.caption = "Assembly";
+  edAssembly.caption = "Assembly";
+  cbForce.caption = "Force";
+  cbFailIfValid.caption = "Fail if valid Strong Name";
+}
+
+void TSNVerifySNFrame::ReadActionData(TWrenAction& action) {
+  TDotNetToolBaseFrame::ReadActionData(action);
+  auto* sn = dynamic_cast<TSNVerifyAssembly*>(&action);
+  if (!sn) return;
+  edAssembly.text = sn->Assembly;
+  cbForce.checked = sn->Force;
+  cbFailIfValid.checked = sn->FailIfValid;
+}
+
+void TSNVerifySNFrame::WriteActionData(TWrenAction& action) {
+  TDotNetToolBaseFrame::WriteActionData(action);
+  auto* sn = dynamic_cast<TSNVerifyAssembly*>(&action);
+  if (!sn) return;
+  sn->Assembly = edAssembly.text;
+  sn->Force = cbForce.checked;
+  sn->FailIfValid = cbFailIfValid.checked;
+}
+
+// --- Install key pair ---
+
+TSNInstallKeyPairFrame::TSNInstallKeyPairFrame() {
+  lblHeading.caption = "Key Pair";
+  edKeyFile.caption = "Key File:";
+  edContainer.caption = "Container:";
+}
+
+void TSNInstallKeyPairFrame::ReadActionData(TWrenAction& action) {
+  TDotNetToolBaseFrame::ReadActionData(action);
+  auto* sn = dynamic_cast<TSNInstallKeyPair*>(&action);
+  if (!sn) return;
+  edKeyFile.text = sn->KeyFile;
+  edContainer.text = sn->ContainerFile;
+}
+
+void TSNInstallKeyPairFrame::WriteActionData(TWrenAction& action) {
+  TDotNetToolBaseFrame::WriteActionData(action);
+  auto* sn = dynamic_cast<TSNInstallKeyPair*>(&action);
+  if (!sn) return;
+  sn->KeyFile = edKeyFile.text;
+  sn->ContainerFile = edContainer.text;
+}
+
+// --- Extract public key ---
+
+TSNExtractKeyFrame::TSNExtractKeyFrame() {
+  lblHeading.caption = "Public Key";
+  lblInput.caption = "Input File";
+  rbFromAssembly.caption = "Extract the public key from an assembly";
+  rbFromKeyFile.caption = "Extract the public key from a key file";
+  rbFromKeyFile.checked = true;
+  rbFromContainer.caption = "Extract the public key from a container";
+  lblOutput.caption = "Output";
+  rbToKeyFile.caption = "Output to Key File";
+  rbToKeyFile.checked = true;
+  rbToCSV.caption = "Output to CSV";
+  rbToClipboard.caption = "Output to Clipboard as CSV";
+  UpdateChoices();
+}
+
+void TSNExtractKeyFrame::UpdateChoices() {
+  edFromAssembly.enabled = rbFromAssembly.checked;
+  edFromKeyFile.enabled = rbFromKeyFile.checked;
+  edFromContainer.enabled = rbFromContainer.checked;
+  edToKeyFile.enabled = rbToKeyFile.checked;
+  edToCSV.enabled = rbToCSV.checked;
+}
+
+void TSNExtractKeyFrame::ReadActionData(TWrenAction& action) {
+  TDotNetToolBaseFrame::ReadActionData(action);
+  auto* sn = dynamic_cast<TSNExtractPublicKey*>(&action);
+  if (!sn) return;
+  edFromAssembly.text = sn->FromAssembly;
+  edFromKeyFile.text = sn->FromKeyFile;
+  edFromContainer.text = sn->FromContainer;
+  edToKeyFile.text = sn->ToKeyFile;
+  edToCSV.text = sn->ToCSV;
+  rbFromAssembly.checked = sn->ExtractFromType == TSNExtractFromType::extractFromAssembly;
+  rbFromKeyFile.checked = sn->ExtractFromType == TSNExtractFromType::extractFromKeyFile;
+  rbFromContainer.checked = sn->ExtractFromType == TSNExtractFromType::extractFromContainer;
+  rbToKeyFile.checked = sn->ExtractToType == TSNExtractToType::extractToKeyFile;
+  rbToCSV.checked = sn->ExtractToType == TSNExtractToType::extractToCSV;
+  rbToClipboard.checked = sn->ExtractToType == TSNExtractToType::extractToClipboard;
+  UpdateChoices();
+}
+
+void TSNExtractKeyFrame::WriteActionData(TWrenAction& action) {
+  TDotNetToolBaseFrame::WriteActionData(action);
+  auto* sn = dynamic_cast<TSNExtractPublicKey*>(&action);
+  if (!sn) return;
+  sn->FromAssembly = edFromAssembly.text;
+  sn->FromKeyFile = edFromKeyFile.text;
+  sn->FromContainer = edFromContainer.text;
+  sn->ToKeyFile = edToKeyFile.text;
+  sn->ToCSV = edToCSV.text;
+  if (rbFromAssembly.checked) sn->ExtractFromType = TSNExtractFromType::extractFromAssembly;
+  if (rbFromKeyFile.checked) sn->ExtractFromType = TSNExtractFromType::extractFromKeyFile;
+  if (rbFromContainer.checked) sn->ExtractFromType = TSNExtractFromType::extractFromContainer;
+  if (rbToKeyFile.checked) sn->ExtractToType = TSNExtractToType::extractToKeyFile;
+  if (rbToCSV.checked) sn->ExtractToType = TSNExtractToType::extractToCSV;
+  if (rbToClipboard.checked) sn->ExtractToType = TSNExtractToType::extractToClipboard;
+}
+
+// --- Re-sign ---
+
+TSNResignFrame::TSNResignFrame() {
+  lblHeading.caption = "Assembly";
+  edAssembly.caption = "Assembly";
+  lblKey.caption = "Key";
+  rbKeyFile.caption = "Key File";
+  rbKeyFile.checked = true;
+  rbContainer.caption = "Container";
+  UpdateChoices();
+}
+
+void TSNResignFrame::UpdateChoices() {
+  edKeyFile.enabled = rbKeyFile.checked;
+  edContainer.enabled = rbContainer.checked;
+}
+
+void TSNResignFrame::ReadActionData(TWrenAction& action) {
+  TDotNetToolBaseFrame::ReadActionData(action);
+  auto* sn = dynamic_cast<TSNResignAssembly*>(&action);
+  if (!sn) return;
+  edAssembly.text = sn->Assembly;
+  edKeyFile.text = sn->KeyFile;
+  edContainer.text = sn->Container;
+  rbKeyFile.checked = sn->UseKeyFile;
+  rbContainer.checked = !sn->UseKeyFile;
+  UpdateChoices();
+}
+
+void TSNResignFrame::WriteActionData(TWrenAction& action) {
+  TDotNetToolBaseFrame::WriteActionData(action);
+  auto* sn = dynamic_cast<TSNResignAssembly*>(&action);
+  if (!sn) return;
+  sn->Assembly = edAssembly.text;
+  sn->KeyFile = edKeyFile.text;
+  sn->Container = edContainer.text;
+  sn->UseKeyFile = rbKeyFile.checked;
+}
+
+// --- Run SN.EXE ---
+
+TSNGenericFrame::TSNGenericFrame() {
+  edOptions.caption = "SN.EXE Command Line Options";
+  edWorkingFolder.caption = "Working Folder";
+}
+
+}  // namespace wren

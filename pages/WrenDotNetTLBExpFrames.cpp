@@ -1,0 +1,38 @@
+#include "pages/WrenDotNetTLBExpFrames.h"
+
+#include "sdktools/WrenDotNetTLBExpAction.h"
+
+namespace wren {
+
+TTLBExportFrame::TTLBExportFrame() {
+  lblHeading.caption = "TypeLibrary Output File";
+  edOutputFile.caption = "TypeLibrary Output File";
+  edNamesCaseFile.caption = "Capitalization File";
+  edAssembly.caption = "Assembly";
+  cbNoLogo.caption = "Don't display Logo";
+  cbSilent.caption = "Don't display success messages";
+}
+
+void TTLBExportFrame::ReadActionData(TWrenAction& action) {
+  TDotNetToolBaseFrame::ReadActionData(action);
+  auto* tlb = dynamic_cast<TTLBExportAction*>(&action);
+  if (!tlb) return;
+  edOutputFile.text = tlb->OutputFile;
+  edNamesCaseFile.text = tlb->NamesCaseFile;
+  edAssembly.text = tlb->AssemblyName;
+  cbNoLogo.checked = tlb->NoLogo;
+  cbSilent.checked = tlb->Silent;
+}
+
+void TTLBExportFrame::WriteActionData(TWrenAction& action) {
+  TDotNetToolBaseFrame::WriteActionData(action);
+  auto* tlb = dynamic_cast<TTLBExportAction*>(&action);
+  if (!tlb) return;
+  tlb->OutputFile = edOutputFile.text;
+  tlb->NamesCaseFile = edNamesCaseFile.text;
+  tlb->AssemblyName = edAssembly.text;
+  tlb->NoLogo = cbNoLogo.checked;
+  tlb->Silent = cbSilent.checked;
+}
+
+}  // namespace wren

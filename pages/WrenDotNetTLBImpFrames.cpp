@@ -1,0 +1,116 @@
+#include "pages/WrenDotNetTLBImpFrames.h"
+
+#include "sdktools/WrenDotNetTLBImpAction.h"
+
+namespace wren {
+
+TTLBImportFrame::TTLBImportFrame() {
+  lblHeading.caption = "Assembly Output File";
+  edAssemblyOutFile.caption = "Assembly Output File";
+  edTypeLibraryName.caption = "Type Library Name";
+  edResourceID.caption = "Resource ID";
+  edNamespace.caption = "Namespace";
+  edAsmVersion.caption = "Version Number of Assembly";
+  cbTransform.caption = "Transform [out, retval] parameters of dispinterfaces (/transform:DispRet)";
+  cbAllowUnsafe.caption = "Produce interfaces without runtime security checks (/unsafe)";
+  cbPrimary.caption = "Produce a primary interop assembly (/primary)";
+  cbSysArray.caption = "Import SAFEARRAY as System.Array (/sysarray)";
+}
+
+void TTLBImportFrame::ReadActionData(TWrenAction& action) {
+  TDotNetToolBaseFrame::ReadActionData(action);
+  auto* tlb = dynamic_cast<TTLBImportAction*>(&action);
+  if (!tlb) return;
+  edAssemblyOutFile.text = tlb->AssemblyOutFile;
+  edTypeLibraryName.text = tlb->TypeLibraryName;
+  edResourceID.text = tlb->ResourceID;
+  edNamespace.text = tlb->Namespace;
+  edAsmVersion.text = tlb->AsmVersion;
+  cbTransform.checked = tlb->Transform;
+  cbAllowUnsafe.checked = tlb->AllowUnsafe;
+  cbPrimary.checked = tlb->Primary;
+  cbSysArray.checked = tlb->SysArray;
+}
+
+void TTLBImportFrame::WriteActionData(TWrenAction& action) {
+  TDotNetToolBaseFrame::WriteActionData(action);
+  auto* tlb = dynamic_cast<TTLBImportAction*>(&action);
+  if (!tlb) return;
+  tlb->AssemblyOutFile = edAssemblyOutFile.text;
+  tlb->TypeLibraryName = edTypeLibraryName.text;
+  tlb->ResourceID = edResourceID.text;
+  tlb->Namespace = edNamespace.text;
+  tlb->AsmVersion = edAsmVersion.text;
+  tlb->Transform = cbTransform.checked;
+  tlb->AllowUnsafe = cbAllowUnsafe.checked;
+  tlb->Primary = cbPrimary.checked;
+  tlb->SysArray = cbSysArray.checked;
+}
+
+TTLBImportReferencesFrame::TTLBImportReferencesFrame() {
+  mmReferences.caption = "References";
+  cbStrictRef.caption = "Only use assemblies specified here";
+}
+
+void TTLBImportReferencesFrame::ReadActionData(TWrenAction& action) {
+  auto* tlb = dynamic_cast<TTLBImportAction*>(&action);
+  if (!tlb) return;
+  mmReferences.lines = tlb->References;
+  cbStrictRef.checked = tlb->StrictRef;
+}
+
+void TTLBImportReferencesFrame::WriteActionData(TWrenAction& action) {
+  auto* tlb = dynamic_cast<TTLBImportAction*>(&action);
+  if (!tlb) return;
+  tlb->References = mmReferences.lines;
+  tlb->StrictRef = cbStrictRef.checked;
+}
+
+TTLBImportSNFrame::TTLBImportSNFrame() {
+  edPublicKeyFile.caption = "Public Key File";
+  edKeyFile.caption = "Key File";
+  edKeyContainer.caption = "Key Container";
+  cbDelaySign.caption = "Delay Sign";
+}
+
+void TTLBImportSNFrame::ReadActionData(TWrenAction& action) {
+  auto* tlb = dynamic_cast<TTLBImportAction*>(&action);
+  if (!tlb) return;
+  edPublicKeyFile.text = tlb->PublicKeyFile;
+  edKeyFile.text = tlb->KeyFile;
+  edKeyContainer.text = tlb->KeyContainer;
+  cbDelaySign.checked = tlb->DelaySign;
+}
+
+void TTLBImportSNFrame::WriteActionData(TWrenAction& action) {
+  auto* tlb = dynamic_cast<TTLBImportAction*>(&action);
+  if (!tlb) return;
+  tlb->PublicKeyFile = edPublicKeyFile.text;
+  tlb->KeyFile = edKeyFile.text;
+  tlb->KeyContainer = edKeyContainer.text;
+  tlb->DelaySign = cbDelaySign.checked;
+}
+
+TTLBImpLoggingFrame::TTLBImpLoggingFrame() {
+  cbNoLogo.caption = "Supress logo (/nologo)";
+  cbSilent.caption = "Suppress all output except errors (/silent)";
+  cbVerbose.caption = "Display extra information (/verbose)";
+}
+
+void TTLBImpLoggingFrame::ReadActionData(TWrenAction& action) {
+  auto* tlb = dynamic_cast<TTLBImportAction*>(&action);
+  if (!tlb) return;
+  cbNoLogo.checked = tlb->NoLogo;
+  cbSilent.checked = tlb->Silent;
+  cbVerbose.checked = tlb->Verbose;
+}
+
+void TTLBImpLoggingFrame::WriteActionData(TWrenAction& action) {
+  auto* tlb = dynamic_cast<TTLBImportAction*>(&action);
+  if (!tlb) return;
+  tlb->NoLogo = cbNoLogo.checked;
+  tlb->Silent = cbSilent.checked;
+  tlb->Verbose = cbVerbose.checked;
+}
+
+}  // namespace wren

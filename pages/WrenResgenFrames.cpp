@@ -1,0 +1,29 @@
+#include "pages/WrenResgenFrames.h"
+
+#include "sdktools/WrenResgenAction.h"
+
+namespace wren {
+
+TResGenFrame::TResGenFrame() {
+  lblHeading.caption = "Resources";
+  edInputFiles.caption = "Input File(s)";
+  edOutputFile.caption = "Output File (optional)";
+}
+
+void TResGenFrame::ReadActionData(TWrenAction& action) {
+  TDotNetToolBaseFrame::ReadActionData(action);
+  auto* resgen = dynamic_cast<TWrenResGenAction*>(&action);
+  if (!resgen) return;
+  edInputFiles.text = resgen->InputFiles;
+  edOutputFile.text = resgen->OutputFile;
+}
+
+void TResGenFrame::WriteActionData(TWrenAction& action) {
+  TDotNetToolBaseFrame::WriteActionData(action);
+  auto* resgen = dynamic_cast<TWrenResGenAction*>(&action);
+  if (!resgen) return;
+  resgen->InputFiles = edInputFiles.text;
+  resgen->OutputFile = edOutputFile.text;
+}
+
+}  // namespace wren
