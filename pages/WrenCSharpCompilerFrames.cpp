@@ -1,0 +1,76 @@
+#include "pages/WrenCSharpCompilerFrames.h"
+
+#include "compilers/WrenCSharpCompilerAction.h"
+
+namespace wren {
+
+namespace {
+
+TWrenCustomCSharpCompilerAction& CSharp(TWrenAction& action) {
+  return dynamic_cast<TWrenCustomCSharpCompilerAction&>(action);
+}
+
+}  // namespace
+
+TCSharpCompilerMainFrame::TCSharpCompilerMainFrame()
+    : TManagedCompilerMainFrame(
+          "Microsoft C# Compiler",
+          "(eg. *.cs or MyFile.cs, separate multiple files with a semicolon)") {}
+
+void TCSharpCompilerMainFrame::ReadActionData(TWrenAction& action) {
+  TManagedCompilerMainFrame::ReadActionData(action);
+  DocFile.text = CSharp(action).DocFile;
+}
+
+void TCSharpCompilerMainFrame::WriteActionData(TWrenAction& action) {
+  TManagedCompilerMainFrame::WriteActionData(action);
+  CSharp(action).DocFile = DocFile.text;
+}
+
+TCSharpCompilerOptionsFrame::TCSharpCompilerOptionsFrame() {
+  FileAlign.caption = "File alignment:";
+}
+
+void TCSharpCompilerOptionsFrame::ReadActionData(TWrenAction& action) {
+  TManagedCompilerOptionsFrame::ReadActionData(action);
+  const TWrenCustomCSharpCompilerAction& a = CSharp(action);
+  Checked.checked = a.Checked;
+  CompileUnsafe.checked = a.CompileUnsafe;
+  Incremental.checked = a.Incremental;
+  NoConfig.checked = a.NoConfig;
+  NoSTDLib.checked = a.NoSTDLib;
+  FullPaths.checked = a.FullPaths;
+  SetChoice(FileAlign, {"Default", "512", "1024", "2048", "4096", "8192"},
+            static_cast<int>(a.FileAlign));
+}
+
+void TCSharpCompilerOptionsFrame::WriteActionData(TWrenAction& action) {
+  TManagedCompilerOptionsFrame::WriteActionData(action);
+  TWrenCustomCSharpCompilerAction& a = CSharp(action);
+  a.Checked = Checked.checked;
+  a.CompileUnsafe = CompileUnsafe.checked;
+  a.Incremental = Incremental.checked;
+  a.NoConfig = NoConfig.checked;
+  a.NoSTDLib = NoSTDLib.checked;
+  a.FullPaths = FullPaths.checked;
+  a.FileAlign =
+      static_cast<TCSharpFileAlign>(ChoiceOrdinal(FileAlign, static_cast<int>(a.FileAlign)));
+}
+
+TCSharpCompilerDebuggingFrame::TCSharpCompilerDebuggingFrame() {
+  WarningLevel.caption = "Warning level:";
+}
+
+void TCSharpCompilerDebuggingFrame::ReadActionData(TWrenAction& action) {
+  TManagedCompilerDebuggingFrame::ReadActionData(action);
+  FillWarningLevels(WarningLevel, CSharp(action).WarningLevel);
+}
+
+void TCSharpCompilerDebuggingFrame::WriteActionData(TWrenAction& action) {
+  TManagedCompilerDebuggingFrame::WriteActionData(action);
+  TWrenCustomCSharpCompilerAction& a = CSharp(action);
+  a.WarningLevel = static_cast<TDotNetWarningLevels>(
+      ChoiceOrdinal(WarningLevel, static_cast<int>(a.WarningLevel)));
+}
+
+}  // namespace wren

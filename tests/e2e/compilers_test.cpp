@@ -1,0 +1,177 @@
+// End-to-end runs of the compiler actions on Mono: mcs standing in as csc.exe and xbuild as
+// msbuild.exe in a framework folder built by SetupMono, started through the real process runner.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "TestSupport.h"
+#include "WrenRegistry.h"
+#include "compilers/CompilerTestHelpers.h"
+#include "compilers/WrenCSharpCompilerAction.h"
+#include "compilers/WrenMSBuildAction.h"
+#include "dotnet/WrenDotNetFrameWorkAPI.h"
+#include "host/WrenMonoSetup.h"
+#include "host/WrenRegistryHive.h"
+
+namespace wren {
+namespace {
+
+using test::TempDir;
+
+/// A Mono framework folder registered as the machine's .NET Framework v4.0 for one test.
+class CompilersOnMono : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    TMonoSetupResult result;
+    std::string error;
+    ASSERT_TRUE(SetupMono(mono_ / "setup", "", result, error))
+        << "Mono is required for these tests: " << error;
+    std::shared_ptr<IWrenRegistry> registry = LoadRegistryHive({result.hiveFile}, error);
+    ASSERT_TRUE(registry) << error;
+    SetWrenRegistry(registry);
+    ReleaseWrenDotNetInfo();
+    ASSERT_TRUE(WrenDotNetInfo()->GetFrameWorkBySDKVersion("v4.0"))
+        << "setup-mono registered no v4.0 framework";
+  }
+  void TearDown() override {
+    SetWrenRegistry(nullptr);
+    ReleaseWrenDotNetInfo();
+  }
+
+  /// A C# action of the test framework, logging into host.
+  void Prepare(TWrenDotNetAction& action, test::TLoggingHost& host) {
+    action.SetHost(&host.host);
+    action.OverrideSDKDefault = true;
+    action.SetDefaultSDKVersion("v4.0");
+  }
+
+  TempDir mono_;
+  TempDir work_;
+};
+
+TEST_F(CompilersOnMono, CSharpBuildsALibraryAndAnExeThatUsesIt) {
+  const std::string libDir = work_ / "lib src/";
+  const std::string appDir = work_ / "app/";
+  const std::string libs = work_ / "My Libs/";
+  std::filesystem::create_directories(libDir);
+  std::filesystem::create_directories(appDir);
+  std::filesystem::create_directories(libs);
+  test::WriteFile(libDir + "Greeter.cs",
+                  "namespace Demo { public static class Greeter {\n"
+                  "  public static string Greet(string who) {\n"
+                  "    return Words.Hello + \", \" + who;\n"
+                  "  }\n"
+                  "} }\n");
+  test::WriteFile(
+      libDir + "Words.cs",
+      "namespace Demo { static class Words { public const string Hello = \"Hello\"; } }\n");
+  test::WriteFile(appDir + "Program.cs",
+                  "class Program { static void Main() {\n"
+                  "  System.Console.WriteLine(Demo.Greeter.Greet(\"Marrowby\"));\n"
+                  "} }\n");
+
+  test::TLoggingHost libHost;
+  TWrenCSharpCompilerAction library;
+  Prepare(library, libHost);
+  library.ProjectDir = libDir;
+  library.Files = "Greeter.cs;Words.cs";
+  library.Target = TDotNetTarget::Lib;
+  library.OutputFile = libs + "Greeter.dll";
+  library.NoLogo = true;
+  ASSERT_TRUE(library.Execute()) << libHost.Text();
+  EXPECT_EQ(libHost.log.back(), "Project Compiled OK.");
+  ASSERT_TRUE(test::Exists(libs + "Greeter.dll"));
+
+  // The reference's path holds a blank; the response file quotes it and mcs reads it back.
+  test::TLoggingHost appHost;
+  TWrenCSharpCompilerAction app;
+  Prepare(app, appHost);
+  app.ProjectDir = appDir;
+  app.Files = "Program.cs";
+  app.Target = TDotNetTarget::Exe;
+  app.References = "System.dll," + libs + "Greeter.dll";
+  app.OutputFile = "Hello.exe";
+  ASSERT_TRUE(app.Execute()) << appHost.Text();
+  const std::string quotedReference = "/reference:\"" + libs + "Greeter.dll\"\r\n";
+  EXPECT_NE(test::ReadFile(appDir + "wrenresp.rsp").find(quotedReference), std::string::npos);
+  ASSERT_TRUE(test::Exists(appDir + "Hello.exe")) << appHost.Text();
+
+  std::filesystem::copy_file(libs + "Greeter.dll", appDir + "Greeter.dll");
+  std::string output;
+  EXPECT_EQ(test::RunProgram({"mono", appDir + "Hello.exe"}, &output), 0);
+  EXPECT_EQ(output, "Hello, Marrowby\n");
+
+  // The same reference found through the library directories: C#'s whole-switch quoted /lib line.
+  test::TLoggingHost libPathHost;
+  TWrenCSharpCompilerAction viaLib;
+  Prepare(viaLib, libPathHost);
+  viaLib.ProjectDir = appDir;
+  viaLib.Files = "Program.cs";
+  viaLib.Target = TDotNetTarget::Exe;
+  viaLib.LibLocations = libs;
+  viaLib.References = "Greeter.dll";
+  viaLib.OutputFile = "HelloLib.exe";
+  ASSERT_TRUE(viaLib.Execute()) << libPathHost.Text();
+  EXPECT_NE(test::ReadFile(appDir + "wrenresp.rsp").find("\"/lib:" + libs + "\"\r\n"),
+            std::string::npos);
+  output.clear();
+  EXPECT_EQ(test::RunProgram({"mono", appDir + "HelloLib.exe"}, &output), 0);
+  EXPECT_EQ(output, "Hello, Marrowby\n");
+}
+
+TEST_F(CompilersOnMono, CSharpCompileErrorFailsTheStepWithTheCompilersMessage) {
+  const std::string dir = work_.path();
+  test::WriteFile(dir + "Broken.cs", "class Broken { void F() { int x = } }\n");
+  test::TLoggingHost host;
+  TWrenCSharpCompilerAction action;
+  Prepare(action, host);
+  action.ProjectDir = dir;
+  action.Files = "Broken.cs";
+  EXPECT_FALSE(action.Execute());
+  EXPECT_NE(action.LastExitCode(), 0);
+  EXPECT_TRUE(host.Logged("Broken.cs(1,")) << host.Text();
+  EXPECT_TRUE(host.Logged("error CS")) << host.Text();
+  EXPECT_FALSE(host.Logged("Project Compiled OK."));
+}
+
+TEST_F(CompilersOnMono, MSBuildPassesBothPropertiesUnquotedToTheBuild) {
+  const std::string dir = work_ / "ms build/";
+  std::filesystem::create_directories(dir);
+  test::WriteFile(dir + "build.proj",
+                  R"xml(<Project xmlns="http://schemas.microsoft.com/developer/msbuild/2003">
+  <Target Name="Report">
+    <WriteLinesToFile File="$(MSBuildProjectDirectory)/report.txt"
+                      Lines="$(Configuration)|$(Platform)" Overwrite="true" />
+  </Target>
+  <Target Name="Other">
+    <WriteLinesToFile File="$(MSBuildProjectDirectory)/other.txt" Lines="other" Overwrite="true" />
+  </Target>
+</Project>
+)xml");
+  test::TLoggingHost host;
+  TMSBuildAction action;
+  Prepare(action, host);
+  action.BuildFile = "%BUILD_DIR%build.proj";
+  host.host.SetVariable("BUILD_DIR", dir);
+  action.Properties = {"Configuration=Release", "Platform=Any CPU"};
+  action.Targets = "Report";
+  action.NoLogo = true;
+  ASSERT_TRUE(action.Execute()) << host.Text();
+  EXPECT_EQ(test::ReadFile(dir + "report.txt"), "Release|Any CPU\n");
+  EXPECT_FALSE(test::Exists(dir + "other.txt"));
+}
+
+TEST_F(CompilersOnMono, MSBuildWithoutItsProjectFileStartsNothing) {
+  test::TLoggingHost host;
+  TMSBuildAction action;
+  Prepare(action, host);
+  action.BuildFile = work_ / "missing.proj";
+  EXPECT_FALSE(action.Execute());
+  EXPECT_TRUE(host.Logged("Project file does not exist : " + work_ / "missing.proj"))
+      << host.Text();
+  EXPECT_FALSE(host.host.ProcessStarted());
+  EXPECT_EQ(action.LastExitCode(), -1);
+}
+
+}  // namespace
+}  // namespace wren
