@@ -1,0 +1,163 @@
+// The package entry: registers the .NET options, then every action type in the order users see
+// them listed, with their pages only when the design environment loads the package.
+#include "WrenRegister.h"
+
+#include "WrenPluginAPI.h"
+#include "assemblyinfo/WrenAssemblyInfoUpdaterAction.h"
+#include "pages/WrenAssemblyInfoUpdaterFrame.h"
+#include "dotnet/WrenDotNetOptionsImpl.h"
+#include "compilers/WrenCSharpCompilerAction.h"
+#include "compilers/WrenJSharpDotNetCompilerAction.h"
+#include "compilers/WrenMSBuildAction.h"
+#include "compilers/WrenVBDotNetCompilerAction.h"
+#include "pages/WrenCSharpCompilerFrames.h"
+#include "pages/WrenJSharpCompilerFrames.h"
+#include "pages/WrenMSBuildFrame.h"
+#include "pages/WrenVBDotNetCompilerFrames.h"
+#include "pages/WrenDotNetALFrames.h"
+#include "pages/WrenDotNetASPdotNETIISRegFrames.h"
+#include "pages/WrenDotNetGACFrames.h"
+#include "pages/WrenDotNetRegasmFrames.h"
+#include "pages/WrenDotNetSNFrames.h"
+#include "pages/WrenDotNetTLBExpFrames.h"
+#include "pages/WrenDotNetTLBImpFrames.h"
+#include "pages/WrenResgenFrames.h"
+#include "sdktools/WrenDotNetALAction.h"
+#include "sdktools/WrenDotNetASPdotNETIISRegAction.h"
+#include "sdktools/WrenDotNetGACAction.h"
+#include "sdktools/WrenDotNetRegasmAction.h"
+#include "sdktools/WrenDotNetSNAction.h"
+#include "sdktools/WrenDotNetTLBExpAction.h"
+#include "sdktools/WrenDotNetTLBImpAction.h"
+#include "sdktools/WrenResgenAction.h"
+#include "sdktools/WrenDotNetComRefAction.h"
+#include "pages/WrenDotNetComRefFrame.h"
+#include "pages/WrenNAntFrames.h"
+#include "pages/WrenNUnitFrames.h"
+#include "tools/WrenNAnt.h"
+#include "tools/WrenNAntOptions.h"
+#include "tools/WrenNUnitAction.h"
+#include "tools/WrenNUnitOptions.h"
+
+using namespace wren;
+
+namespace {
+
+/// Registers one action type and, at design time, its pages in tab order.
+template <class A>
+void RegisterActionRow(bool designTime, const std::string& displayName, const std::string& category,
+                       const std::string& icon, const std::vector<TWrenFrameClass>& pages) {
+  const TWrenActionClass actionClass = ActionClassOf<A>();
+  WrenActionServices().RegisterAction(displayName, category, actionClass, icon);
+  if (designTime && !pages.empty()) WrenActionServices().RegisterPropertyPages(actionClass, pages);
+}
+
+}  // namespace
+
+extern "C" WREN_EXPORT void WrenRegister(bool designTime) {
+  (void)designTime;
+  // 1. .NET options.
+  RegisterOptions(designTime);
+  // 2. Actions, rows 1 to 32.
+  // Row 1: the updater's script methods come before its pages.
+  {
+    const TWrenActionClass updater = ActionClassOf<TWrenAssemblyInfoUpdaterAction>();
+    WrenActionServices().RegisterAction(TWrenAssemblyInfoUpdaterAction::GetActionName(),
+                                        "Compilers", updater, "ASSEMBLYUPATER");
+    WrenScriptingServices().RegisterMethod({"TWrenAssemblyInfo", "AddEntry",
+                                            {"string", "string", "boolean"}});
+    WrenScriptingServices().RegisterMethod({"TWrenAssemblyInfo", "RemoveEntry", {"string"}});
+    if (designTime)
+      WrenActionServices().RegisterPropertyPages(
+          updater, {FrameClassOf<TAssemblyInfoUpdaterFrame>(),
+                    FrameClassOf<TAssemblyInfoUpdaterEntriesFrame>()});
+  }
+  // Row 2.
+  RegisterActionRow<TWrenCSharpCompilerAction>(
+      designTime, TWrenCSharpCompilerAction::GetActionName(), "Compilers", "CSHARP", {});
+  if (designTime)
+    for (const TWrenFrameClass& page : {FrameClassOf<TCSharpCompilerMainFrame>(),
+                                        FrameClassOf<TCSharpCompilerOptionsFrame>(),
+                                        FrameClassOf<TCSharpCompilerDebuggingFrame>(),
+                                        FrameClassOf<TCSharpCompilerAssembliesFrame>(),
+                                        FrameClassOf<TCSharpCompilerResourcesFrame>()})
+      WrenActionServices().RegisterPropertyPages(ActionClassOf<TWrenCSharpCompilerAction>(),
+                                                 {page});
+  // Row 4.
+  RegisterActionRow<TWrenVBDotNetCompilerAction>(
+      designTime, TWrenVBDotNetCompilerAction::GetActionName(), "Compilers", "VBDOTNET", {});
+  if (designTime)
+    for (const TWrenFrameClass& page : {FrameClassOf<TVBDOTNETCompilerMainFrame>(),
+                                        FrameClassOf<TVBDotNetCompilerOptionsFrame>(),
+                                        FrameClassOf<TVBDotNetDebuggingFrame>(),
+                                        FrameClassOf<TVBDotNetCompilerAssembliesFrame>(),
+                                        FrameClassOf<TVBDotNetCompilerResourcesFrame>()})
+      WrenActionServices().RegisterPropertyPages(ActionClassOf<TWrenVBDotNetCompilerAction>(),
+                                                 {page});
+  // Row 6.
+  RegisterActionRow<TWrenJSharpCompilerAction>(
+      designTime, TWrenJSharpCompilerAction::GetActionName(), "Compilers", "JSHARP", {});
+  if (designTime)
+    for (const TWrenFrameClass& page : {FrameClassOf<TJSharpCompilerMainFrame>(),
+                                        FrameClassOf<TJSharpCompilerOptionsFrame>(),
+                                        FrameClassOf<TJSharpCompilerDebuggingFrame>(),
+                                        FrameClassOf<TJSharpCompilerAssembliesFrame>(),
+                                        FrameClassOf<TJSharpCompilerResourcesFrame>()})
+      WrenActionServices().RegisterPropertyPages(ActionClassOf<TWrenJSharpCompilerAction>(),
+                                                 {page});
+  // Rows 8 to 21: the SDK tools.
+  RegisterActionRow<TGACInstallAction>(designTime, "GAC Install [GACUTIL]", ".Net Tools",
+                                       "GACINSTALL", {FrameClassOf<TGACInstallFrame>()});
+  RegisterActionRow<TGACUninstallAction>(designTime, "GAC Uninstall [GACUTIL]", ".Net Tools",
+                                         "GACUNINSTALL", {FrameClassOf<TGACUninstallFrame>()});
+  RegisterActionRow<TGACListAction>(designTime, "GAC Download Cache [GACUTIL]", ".Net Tools",
+                                    "GACLIST", {FrameClassOf<TGACListFrame>()});
+  RegisterActionRow<TSNGenerateKeyPair>(designTime, "Generate Key Pair [SN]", ".Net Tools",
+                                        "GENKEYPAIR", {FrameClassOf<TSNGenerateKeyPairFrame>()});
+  RegisterActionRow<TSNVerifyAssembly>(designTime, "Verify Strong Name [SN]", ".Net Tools",
+                                       "VERIFYSN", {FrameClassOf<TSNVerifySNFrame>()});
+  RegisterActionRow<TSNInstallKeyPair>(designTime, "Install Key in Container [SN]", ".Net Tools",
+                                       "INSTALLKEY", {FrameClassOf<TSNInstallKeyPairFrame>()});
+  RegisterActionRow<TSNExtractPublicKey>(designTime, "Extract Public Key [SN]", ".Net Tools",
+                                         "EXTRACTKEY", {FrameClassOf<TSNExtractKeyFrame>()});
+  RegisterActionRow<TSNResignAssembly>(designTime, "Re-sign Assembly [SN]", ".Net Tools",
+                                       "RESIGNASS", {FrameClassOf<TSNResignFrame>()});
+  RegisterActionRow<TWrenRegasmAction>(designTime, TWrenRegasmAction::GetActionName() + " [REGASM]",
+                                       ".Net Tools", "RUNREGASM",
+                                       {FrameClassOf<TWrenRegasmActionFrame>()});
+  RegisterActionRow<TTLBImportAction>(
+      designTime, TTLBImportAction::GetActionName() + " [TLBIMP]", ".Net Tools", "RUNTLBIMPORT",
+      {FrameClassOf<TTLBImportFrame>(), FrameClassOf<TTLBImportReferencesFrame>(),
+       FrameClassOf<TTLBImportSNFrame>(), FrameClassOf<TTLBImpLoggingFrame>()});
+  RegisterActionRow<TTLBExportAction>(designTime, TTLBExportAction::GetActionName() + " [TLBEXP]",
+                                      ".Net Tools", "RUNTLBEXPORT",
+                                      {FrameClassOf<TTLBExportFrame>()});
+  RegisterActionRow<TSNGenericSN>(designTime, "Run SN.EXE", ".Net Tools", "RUNSN",
+                                  {FrameClassOf<TSNGenericFrame>()});
+  RegisterActionRow<TALGenericAL>(designTime, "Run AL.EXE", ".Net Tools", "RUNAL",
+                                  {FrameClassOf<TALGenericFrame>()});
+  RegisterActionRow<TASPIISRegGeneric>(designTime, "Run ASPNET_REGIIS.EXE", ".Net Tools",
+                                       "RUNASPNETREGIIS",
+                                       {FrameClassOf<TASPdotNetIISInstallFrame>()});
+  // Row 22.
+  RegisterActionRow<TMSBuildAction>(designTime, TMSBuildAction::GetActionName(), "Build Tools",
+                                    "MSBUILDICON", {FrameClassOf<TMSBuildFrame>()});
+  // Row 24, after the NUnit options it takes the runner's location from.
+  WrenOptionsServices().RegisterOptions(OptionsClassOf<TWrenNUnitOptions>(), "NUNIT");
+  RegisterActionRow<TWrenNUnitAction>(designTime, TWrenNUnitAction::GetActionName(), "Testing Tools",
+                                      "NUNIT", {FrameClassOf<TNUnitActionFrame>()});
+  // Row 25, after the NAnt options and their page.
+  WrenOptionsServices().RegisterOptions(OptionsClassOf<TWrenNAntOptions>(), "NANTICON");
+  if (designTime)
+    WrenOptionsServices().RegisterOptionsPages(OptionsClassOf<TWrenNAntOptions>(),
+                                               {FrameClassOf<TNAntOptionsFrame>()});
+  RegisterActionRow<TNAntAction>(designTime, TNAntAction::GetActionName(), "Build Tools",
+                                 "NANTICON", {FrameClassOf<TNAntFrame>()});
+  // Row 27.
+  RegisterActionRow<TWrenResGenAction>(designTime, TWrenResGenAction::GetActionName(), ".Net Tools",
+                                       "RESGEN", {FrameClassOf<TResGenFrame>()});
+  // Row 32: shares the updater's bitmap, spelled so.
+  RegisterActionRow<TWrenDotNetComReferenceFixAction>(
+      designTime, TWrenDotNetComReferenceFixAction::GetActionName(), ".Net Tools", "ASSEMBLYUPATER",
+      {FrameClassOf<TDotNetComRefFrame>()});
+}
