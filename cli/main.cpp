@@ -62,6 +62,12 @@ bool ConfigureRegistry(TCliContext& ctx, std::string& error) {
                  << "); .NET tools will not be found\n";
         return true;
       }
+      // A user who never chose an NUnit runner gets the one that came with Mono.
+      if (!setup.nunitConsole.empty() &&
+          WrenOptionsStore().Get("NUnit", "NUnitLocation", "").empty()) {
+        WrenOptionsStore().Set("NUnit", "NUnitLocation", setup.nunitConsole);
+        if (!WrenOptionsStore().Save(why)) *ctx.err << "marrowby: " << why << "\n";
+      }
     }
     *ctx.err << "marrowby: no registry configured; using Mono's tools from " << dir
              << " (marrowby setup-mono)\n";

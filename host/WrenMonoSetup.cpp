@@ -146,6 +146,37 @@ std::string FindNUnitConsole(const fs::path& prefix) {
   return "";
 }
 
+/// NUnit 2.6 on POSIX reads options only in their '-' form ('/' begins a path there), while the
+/// NUnit action writes the Windows form. Like csc.exe standing for mcs, the runner the options name
+/// is a launcher that hands the runner those switches as it expects them and passes the rest on.
+bool WriteNUnitLauncher(const fs::path& path, const std::string& runner, std::string& error) {
+  std::string quoted = "'";
+  for (char c : runner) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  quoted += "'";
+  const std::string script =
+      "#!/bin/sh\n"
+      "# Written by marrowby setup-mono: runs the NUnit console runner with the Windows-style\n"
+      "# switches of the NUnit action in the form NUnit reads on this platform.\n"
+      "for arg do\n"
+      "  shift\n"
+      "  case \"$arg\" in\n"
+      "    /fixture=*|/xml=*|/transform=*|/config=*|/nologo|/xmlConsole) arg=\"-${arg#/}\" ;;\n"
+      "  esac\n"
+      "  set -- \"$@\" \"$arg\"\n"
+      "done\n"
+      "exec \"${MARROWBY_MONO:-mono}\" " + quoted + " \"$@\"\n";
+  std::error_code ec;
+  fs::create_directories(path.parent_path(), ec);
+  if (!WriteFileAtomic(path.string(), script, error)) return false;
+  fs::permissions(path, fs::perms::owner_all | fs::perms::group_read | fs::perms::group_exec |
+                            fs::perms::others_read | fs::perms::others_exec, ec);
+  if (ec) {
+    error = "cannot make " + path.string() + " executable: " + ec.message();
+    return false;
+  }
+  return true;
+}
+
 /// A string value of a .reg file: quoted, with backslashes and quotes escaped.
 std::string RegString(const std::string& text) {
   std::string out = "\"";
@@ -304,9 +335,16 @@ bool SetupMono(const std::string& dir, const std::string& monoPrefix, TMonoSetup
                            "\"sdkInstallRootv4.0\"=" + RegString(result.sdkRoot) + "\r\n";
   if (!WriteFileAtomic(result.hiveFile, hive, error)) return false;
 
-  result.nunitConsole = FindNUnitConsole(prefix);
-  if (result.nunitConsole.empty())
+  const std::string runner = FindNUnitConsole(prefix);
+  if (runner.empty()) {
     result.notes.push_back("NUnit console runner: not installed (package nunit-console)");
+    return true;
+  }
+  const fs::path launcher = root / "nunit" / "nunit-console";
+  if (!WriteNUnitLauncher(launcher, runner, error)) return false;
+  result.nunitConsole = launcher.string();
+  result.notes.push_back("nunit-console: a launcher for " + runner +
+                         " that turns /switches into -switches");
   return true;
 }
 
