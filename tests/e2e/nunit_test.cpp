@@ -1,7 +1,6 @@
 // The NUnit action with the real NUnit console runner: test assemblies compiled with Mono's mcs
 // against the installed nunit.framework.dll, run through the host's process runner.
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <filesystem>
 #include <string>
@@ -54,20 +53,7 @@ namespace %NS% {
 }
 )";
 
-/// NUnit 2.6 reads its options with '-' only where '/' begins a path, so on POSIX this launcher
-/// hands the runner the Windows-style switches of the action in that form.
-const char* const kPosixLauncher = R"(#!/bin/sh
-for arg do
-  shift
-  case "$arg" in
-    /fixture=*|/xml=*|/transform=*|/config=*|/nologo|/xmlConsole) arg="-${arg#/}" ;;
-  esac
-  set -- "$@" "$arg"
-done
-exec "${MARROWBY_MONO:-mono}" "@RUNNER@" "$@"
-)";
-
-/// The runner as setup-mono finds it, and three test assemblies compiled once for the suite in a
+/// The runner setup-mono installs (its launcher), and three test assemblies compiled once for the suite in a
 /// folder with a blank in its name; each test registers the NUnit options afresh.
 class NUnitConsoleTest : public ::testing::Test {
  protected:
@@ -146,24 +132,10 @@ TEST_F(NUnitConsoleTest, ThreeAssembliesRunTogether) {
 }
 
 TEST_F(NUnitConsoleTest, FixtureSelectsOneFixture) {
-  // As it stands, the runner takes "/fixture=..." for a file name on POSIX and refuses the run.
   test::TToolRun run = Run({{"Assemblies", "%TESTS%/Calc.Tests.dll"},
-                            {"Fixture", "Calc.Tests.AdditionFixture"}});
-  EXPECT_FALSE(run.success);
-  EXPECT_TRUE(run.Logged("File type not known: /fixture=Calc.Tests.AdditionFixture"))
-      << testing::PrintToString(run.log);
-
-  std::string launcher = kPosixLauncher;
-  launcher.replace(launcher.find("@RUNNER@"), 8, runner_);
-  const std::string launcherPath = temp_ / "nunit launcher/nunit-console";
-  test::WriteFile(launcherPath, launcher);
-  ASSERT_EQ(chmod(launcherPath.c_str(), 0755), 0);
-  NUnitOptions()->SetNUnitLocation(launcherPath);
-
-  run = Run({{"Assemblies", "%TESTS%/Calc.Tests.dll"},
-             {"Fixture", "Calc.Tests.AdditionFixture"},
-             {"XMLOutputFile", "%TESTS%/addition result.xml"},
-             {"NoLogo", "true"}});
+                            {"Fixture", "Calc.Tests.AdditionFixture"},
+                            {"XMLOutputFile", "%TESTS%/addition result.xml"},
+                            {"NoLogo", "true"}});
   EXPECT_TRUE(run.success) << testing::PrintToString(run.log);
   EXPECT_TRUE(run.Logged("Tests run: 1, Errors: 0, Failures: 0"));
   EXPECT_FALSE(run.Logged("NUnit-Console version"));  // no banner
@@ -192,7 +164,10 @@ TEST_F(NUnitConsoleTest, SetupMonoFillsTheNUnitLocation) {
   TWrenOptionsStore store;
   std::string error;
   ASSERT_TRUE(store.Load(optionsFile, error)) << error;
-  EXPECT_EQ(store.Get("NUnit", "NUnitLocation", ""), runner_);
+  TMonoSetupResult setup;  // what setup-mono made in that folder
+  ASSERT_TRUE(SetupMono(temp_ / "mono", "", setup, error)) << error;
+  ASSERT_FALSE(setup.nunitConsole.empty());
+  EXPECT_EQ(store.Get("NUnit", "NUnitLocation", ""), setup.nunitConsole);
   EXPECT_EQ(store.Get("NAnt", "NAntLocation", ""), "/opt/nant/NAnt.exe");  // the rest is kept
 }
 
