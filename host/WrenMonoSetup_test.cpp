@@ -73,7 +73,6 @@ TEST_F(MonoSetupTest, HiveIsDetectedAsFramework4WithSDK4) {
   EXPECT_EQ(result_.hiveFile, tmp_->path() + "mono/registry.reg");
   EXPECT_EQ(result_.frameworkRoot, tmp_->path() + "mono/framework/");
   EXPECT_EQ(result_.sdkRoot, tmp_->path() + "mono/sdk/v4.0/");
-  EXPECT_EQ(result_.nunitConsole, "/usr/lib/nunit/nunit-console.exe");
 
   test::TDotNetEnvironment env;
   std::string error;
@@ -87,6 +86,13 @@ TEST_F(MonoSetupTest, HiveIsDetectedAsFramework4WithSDK4) {
   EXPECT_EQ(framework->GetFrameWorkVersion(), "v4.0.30319");
   EXPECT_EQ(framework->GetFrameWorkLocation(), tmp_->path() + "mono/framework/v4.0.30319");
   EXPECT_EQ(framework->GetSDKLocation(), SDKBin());
+}
+
+TEST_F(MonoSetupTest, NUnitConsoleIsFoundAndRuns) {
+  ASSERT_FALSE(result_.nunitConsole.empty()) << "the nunit-console package is required";
+  const TToolRun run = RunTool(result_.nunitConsole, "/nologo -help");
+  EXPECT_EQ(run.result.status, TWrenProcessResult::TStatus::Exited) << run.result.error;
+  EXPECT_NE(run.output.find("Runs a set of NUnit tests"), std::string::npos) << run.output;
 }
 
 TEST_F(MonoSetupTest, SDKToolsRunThroughTheProcessRunner) {
