@@ -1,8 +1,8 @@
-// The SDK tool actions as the host sees them: registration rows, class names and descriptions at
-// creation.
+// The SDK tool actions as the host registers them: their pages in tab order, and the descriptions
+// they start with.
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <map>
 
 #include "WrenRegister.h"
 #include "host/WrenActionRegistry.h"
@@ -10,73 +10,48 @@
 namespace wren {
 namespace {
 
-struct TRow {
-  std::string className;
-  std::string displayName;
-  std::string icon;
-  std::vector<std::string> pages;
-};
-
-const std::vector<TRow>& SdkRows() {
-  static const std::vector<TRow> rows = {
-      {"TGACInstallAction", "GAC Install [GACUTIL]", "GACINSTALL", {"TGACInstallFrame"}},
-      {"TGACUninstallAction", "GAC Uninstall [GACUTIL]", "GACUNINSTALL", {"TGACUninstallFrame"}},
-      {"TGACListAction", "GAC Download Cache [GACUTIL]", "GACLIST", {"TGACListFrame"}},
-      {"TSNGenerateKeyPair", "Generate Key Pair [SN]", "GENKEYPAIR", {"TSNGenerateKeyPairFrame"}},
-      {"TSNVerifyAssembly", "Verify Strong Name [SN]", "VERIFYSN", {"TSNVerifySNFrame"}},
-      {"TSNInstallKeyPair", "Install Key in Container [SN]", "INSTALLKEY",
-       {"TSNInstallKeyPairFrame"}},
-      {"TSNExtractPublicKey", "Extract Public Key [SN]", "EXTRACTKEY", {"TSNExtractKeyFrame"}},
-      {"TSNResignAssembly", "Re-sign Assembly [SN]", "RESIGNASS", {"TSNResignFrame"}},
-      {"TWrenRegasmAction", "Register Assembly in COM [REGASM]", "RUNREGASM",
-       {"TWrenRegasmActionFrame"}},
-      {"TTLBImportAction", "Type Library Import [TLBIMP]", "RUNTLBIMPORT",
+const std::map<std::string, std::vector<std::string>>& SdkPages() {
+  static const std::map<std::string, std::vector<std::string>> pages = {
+      {"TGACInstallAction", {"TGACInstallFrame"}},
+      {"TGACUninstallAction", {"TGACUninstallFrame"}},
+      {"TGACListAction", {"TGACListFrame"}},
+      {"TSNGenerateKeyPair", {"TSNGenerateKeyPairFrame"}},
+      {"TSNVerifyAssembly", {"TSNVerifySNFrame"}},
+      {"TSNInstallKeyPair", {"TSNInstallKeyPairFrame"}},
+      {"TSNExtractPublicKey", {"TSNExtractKeyFrame"}},
+      {"TSNResignAssembly", {"TSNResignFrame"}},
+      {"TWrenRegasmAction", {"TWrenRegasmActionFrame"}},
+      {"TTLBImportAction",
        {"TTLBImportFrame", "TTLBImportReferencesFrame", "TTLBImportSNFrame",
         "TTLBImpLoggingFrame"}},
-      {"TTLBExportAction", "Type Library Export [TLBEXP]", "RUNTLBEXPORT", {"TTLBExportFrame"}},
-      {"TSNGenericSN", "Run SN.EXE", "RUNSN", {"TSNGenericFrame"}},
-      {"TALGenericAL", "Run AL.EXE", "RUNAL", {"TALGenericFrame"}},
-      {"TASPIISRegGeneric", "Run ASPNET_REGIIS.EXE", "RUNASPNETREGIIS",
-       {"TASPdotNetIISInstallFrame"}},
-      {"TWrenResGenAction", "Resource Compiler [ResGen]", "RESGEN", {"TResGenFrame"}},
+      {"TTLBExportAction", {"TTLBExportFrame"}},
+      {"TSNGenericSN", {"TSNGenericFrame"}},
+      {"TALGenericAL", {"TALGenericFrame"}},
+      {"TASPIISRegGeneric", {"TASPdotNetIISInstallFrame"}},
+      {"TWrenResGenAction", {"TResGenFrame"}},
   };
-  return rows;
+  return pages;
 }
 
-TEST(SdkToolsRegistration, RowsInTableOrderWithTheirPages) {
+TEST(SdkToolsRegistration, PagesInTabOrderAtDesignTime) {
   ClearRegistrations();
   WrenRegister(true);
-  std::vector<TRow> found;
-  for (const TWrenRegisteredAction& action : WrenRegistrations().actions) {
-    const auto known = std::find_if(SdkRows().begin(), SdkRows().end(), [&](const TRow& r) {
-      return r.className == action.actionClass.name;
-    });
-    if (known == SdkRows().end()) continue;
-    EXPECT_EQ(action.category, ".Net Tools") << action.actionClass.name;
-    // The class a row makes answers to the name it was registered under.
-    EXPECT_EQ(action.actionClass.create()->ClassName(), action.actionClass.name);
-    TRow row{action.actionClass.name, action.displayName, action.iconResourceName, {}};
-    for (const TWrenFrameClass& page : action.pages) {
-      row.pages.push_back(page.name);
-      EXPECT_TRUE(page.createPage && page.createPage()) << page.name;
+  for (const auto& [className, expected] : SdkPages()) {
+    SCOPED_TRACE(className);
+    const TWrenRegisteredAction* action = FindRegisteredAction(className);
+    ASSERT_NE(action, nullptr);
+    std::vector<std::string> names;
+    for (const TWrenFrameClass& page : action->pages) {
+      names.push_back(page.name);
+      std::unique_ptr<TFrame> frame = page.createPage ? page.createPage() : nullptr;
+      ASSERT_NE(frame, nullptr) << page.name;
+      // Every page takes its own action's settings and gives them back.
+      std::unique_ptr<TCustomWrenAction> made = action->actionClass.create();
+      frame->InitPage(*made);
+      frame->ReadActionData(*made);
+      frame->WriteActionData(*made);
     }
-    found.push_back(row);
-  }
-  ASSERT_EQ(found.size(), SdkRows().size());
-  for (size_t i = 0; i < found.size(); ++i) {
-    SCOPED_TRACE(SdkRows()[i].className);
-    EXPECT_EQ(found[i].className, SdkRows()[i].className);
-    EXPECT_EQ(found[i].displayName, SdkRows()[i].displayName);
-    EXPECT_EQ(found[i].icon, SdkRows()[i].icon);
-    EXPECT_EQ(found[i].pages, SdkRows()[i].pages);
-  }
-
-  ClearRegistrations();
-  WrenRegister(false);
-  for (const TRow& row : SdkRows()) {
-    const TWrenRegisteredAction* action = FindRegisteredAction(row.className);
-    ASSERT_NE(action, nullptr) << row.className;
-    EXPECT_TRUE(action->pages.empty()) << row.className;
+    EXPECT_EQ(names, expected);
   }
   ClearRegistrations();
 }
@@ -85,11 +60,11 @@ TEST(SdkToolsRegistration, DescriptionsAtCreation) {
   ClearRegistrations();
   WrenRegister(false);
   // Install and uninstall describe themselves; every other action keeps the host's default.
-  EXPECT_EQ(CreateRegisteredAction("TGACInstallAction")->GetDescription(), "GAC Install");
-  EXPECT_EQ(CreateRegisteredAction("TGACUninstallAction")->GetDescription(), "GAC Uninstall");
-  for (const TRow& row : SdkRows()) {
-    if (row.className == "TGACInstallAction" || row.className == "TGACUninstallAction") continue;
-    EXPECT_EQ(CreateRegisteredAction(row.className)->GetDescription(), "") << row.className;
+  for (const auto& [className, pages] : SdkPages()) {
+    std::string expected;
+    if (className == "TGACInstallAction") expected = "GAC Install";
+    if (className == "TGACUninstallAction") expected = "GAC Uninstall";
+    EXPECT_EQ(CreateRegisteredAction(className)->GetDescription(), expected) << className;
   }
   ClearRegistrations();
 }
