@@ -26,7 +26,7 @@ std::string GetSysDirectory();
 bool WrenBrowseForFile(const std::string& title, const std::string& filter, std::string& fileName);
 bool WrenBrowseForDirectory(const std::string& title, std::string& directory);
 
-// Text helpers with the semantics the package text assumes (ASCII case folding).
+// Text helpers with the semantics Windows tools assume (ASCII case folding).
 std::string UpperCase(const std::string& text);
 std::string LowerCase(const std::string& text);
 bool SameText(const std::string& a, const std::string& b);
