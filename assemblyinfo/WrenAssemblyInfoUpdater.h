@@ -34,6 +34,7 @@ class TWrenAssemblyInfo;
 /// What the updater action holds: the entries to apply and the per-file operation.
 class IWrenAssemblyInfoUpdater {
  public:
+  static constexpr const char* GUID = "{01b9c1aa-c003-482e-94d2-3fc35586951f}";
   virtual ~IWrenAssemblyInfoUpdater() = default;
   /// Sets Name to Value (replacing an entry of that name) with its quoted flag; an empty value is
   /// appended as a new "Name=" item without looking for an existing one.
@@ -53,6 +54,7 @@ class IWrenAssemblyInfoUpdater {
 /// Receives an updater's per-file notice, its log lines and a say over every attribute value.
 class IWrenAssemblyInfoCallBack {
  public:
+  static constexpr const char* GUID = "{b2b650a4-166c-41a6-bbb6-5143251baa0a}";
   virtual ~IWrenAssemblyInfoCallBack() = default;
   /// Once per file, after loading and before scanning; may add or remove entries for this file.
   virtual void OnProcessFile(const std::string& fileName,
