@@ -60,62 +60,31 @@ std::string ElementText(pugi::xml_node element) {
   return text;
 }
 
-std::string EscapeText(const std::string& text) {
+/// Escapes text for XML. Markup characters always; inside an attribute (quote set) also tabs and
+/// line breaks, which attribute-value normalisation would turn into blanks, and the enclosing quote.
+std::string EscapeXml(const std::string& text, char quote = '\0') {
+  const bool attribute = quote != '\0';
   std::string out;
   out.reserve(text.size());
   for (char c : text) {
     switch (c) {
-      case '&':
-        out += "&amp;";
-        break;
-      case '<':
-        out += "&lt;";
-        break;
-      case '>':
-        out += "&gt;";
-        break;
-      default:
-        out += c;
+      case '&': out += "&amp;"; break;
+      case '<': out += "&lt;"; break;
+      case '>': out += "&gt;"; break;
+      case '\t': out += attribute ? "&#9;" : "\t"; break;
+      case '\n': out += attribute ? "&#10;" : "\n"; break;
+      case '\r': out += attribute ? "&#13;" : "\r"; break;
+      case '"': out += quote == '"' ? "&quot;" : "\""; break;
+      case '\'': out += quote == '\'' ? "&apos;" : "'"; break;
+      default: out += c;
     }
   }
   return out;
 }
 
-std::string EscapeAttribute(const std::string& text, char quote) {
-  std::string out;
-  out.reserve(text.size());
-  for (char c : text) {
-    switch (c) {
-      case '&':
-        out += "&amp;";
-        break;
-      case '<':
-        out += "&lt;";
-        break;
-      case '>':
-        out += "&gt;";
-        break;
-      case '\t':
-        out += "&#9;";
-        break;
-      case '\n':
-        out += "&#10;";
-        break;
-      case '\r':
-        out += "&#13;";
-        break;
-      case '"':
-        out += quote == '"' ? "&quot;" : "\"";
-        break;
-      case '\'':
-        out += quote == '\'' ? "&apos;" : "'";
-        break;
-      default:
-        out += c;
-    }
-  }
-  return out;
-}
+std::string EscapeText(const std::string& text) { return EscapeXml(text); }
+
+std::string EscapeAttribute(const std::string& text, char quote) { return EscapeXml(text, quote); }
 
 /// An attribute as written in a start tag, so that a changed value replaces only its own bytes.
 struct TRawAttribute {
