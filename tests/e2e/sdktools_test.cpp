@@ -15,15 +15,20 @@ namespace {
 
 using nlohmann::json;
 
-// Unique enough that no real assembly or key container of the machine is touched.
-const char kAssemblyName[] = "MarrowbyE2ESdkSample";
-const char kContainer[] = "MarrowbyE2ESdkContainer";
+// Unique enough that no real assembly or key container of the machine is touched. Each test adds
+// its own name: ctest runs the tests of this file side by side, and one test's clean-up must not
+// remove what the other has just installed.
+const char kAssemblyBase[] = "MarrowbyE2ESdkSample";
+const char kContainerBase[] = "MarrowbyE2ESdkContainer";
 
 /// A Mono-backed machine for marrowby: the hive and folders of setup-mono, and an options file
 /// whose default SDK version is the one setup-mono registers.
 class SdkToolsOnMono : public ::testing::Test {
  protected:
   void SetUp() override {
+    const std::string test = ::testing::UnitTest::GetInstance()->current_test_info()->name();
+    assemblyName_ = kAssemblyBase + test;
+    container_ = kContainerBase + test;
     std::string out;
     ASSERT_EQ(test::RunProgram({MARROWBY_EXE, "setup-mono", "--dir", dir_ / "mono"}, &out), 0)
         << "setup-mono needs Mono installed: " << out;
@@ -37,8 +42,8 @@ class SdkToolsOnMono : public ::testing::Test {
   /// What these tests may leave in machine-wide places: the GAC entry and the key container.
   void CleanMachine() {
     std::string ignored;
-    test::RunProgram({"gacutil", "-u", kAssemblyName}, &ignored);
-    test::RunProgram({"sn", "-q", "-d", kContainer}, &ignored);
+    test::RunProgram({"gacutil", "-u", assemblyName_}, &ignored);
+    test::RunProgram({"sn", "-q", "-d", container_}, &ignored);
   }
 
   int Marrowby(std::vector<std::string> args, std::string* out) {
@@ -87,6 +92,8 @@ class SdkToolsOnMono : public ::testing::Test {
   std::string Path(const std::string& name) { return dir_ / ("project/" + name); }
 
   test::TempDir dir_;
+  std::string assemblyName_;
+  std::string container_;
 };
 
 std::string Action(const std::string& cls, const std::vector<std::pair<std::string, std::string>>& props) {
@@ -113,7 +120,7 @@ TEST_F(SdkToolsOnMono, KeysSigningGacResourcesAndLinker) {
                   "  public static int Answer() { return 42; } } }\n");
   test::WriteFile(Path("bin dir/.keep"), "");
   test::WriteFile(Path("out dir/.keep"), "");
-  const std::string dll = Path(std::string("bin dir/") + kAssemblyName + ".dll");
+  const std::string dll = Path(std::string("bin dir/") + assemblyName_ + ".dll");
   std::string out;
   ASSERT_EQ(test::RunProgram({"mcs", "-nologo", "-target:library",
                               "-keyfile:" + Path("keys/key pair.snk"), "-out:" + dll,
@@ -139,7 +146,7 @@ TEST_F(SdkToolsOnMono, KeysSigningGacResourcesAndLinker) {
       "</root>\n");
 
   // 3. Everything that should succeed, in one build.
-  const std::string dllRef = std::string("%ProjectDir%/bin dir/") + kAssemblyName + ".dll";
+  const std::string dllRef = std::string("%ProjectDir%/bin dir/") + assemblyName_ + ".dll";
   const std::string main = WriteProject(
       "main.mbproj",
       Action("TSNVerifyAssembly", {{"Assembly", dllRef}}) +
@@ -153,9 +160,9 @@ TEST_F(SdkToolsOnMono, KeysSigningGacResourcesAndLinker) {
                                          {"FromAssembly", dllRef},
                                          {"ToKeyFile", "%ProjectDir%/keys/from assembly.snk"}}) +
           Action("TSNInstallKeyPair", {{"KeyFile", "%ProjectDir%/keys/key pair.snk"},
-                                       {"ContainerFile", kContainer}}) +
+                                       {"ContainerFile", container_}}) +
           Action("TSNExtractPublicKey", {{"ExtractFromType", "extractFromContainer"},
-                                         {"FromContainer", kContainer},
+                                         {"FromContainer", container_},
                                          {"ToKeyFile", "%ProjectDir%/keys/from container.snk"}}) +
           Action("TSNGenericSN", {{"Options", "-q -o public.snk \"public key.csv\""},
                                   {"StartDir", "%ProjectDir%/keys"}}) +
@@ -165,7 +172,7 @@ TEST_F(SdkToolsOnMono, KeysSigningGacResourcesAndLinker) {
                                        {"RefScheme", "UNINSTALL_KEY"},
                                        {"RefID", "MarrowbyE2E"},
                                        {"RefDescription", "Marrowby end to end"}}) +
-          Action("TGACUninstallAction", {{"AssemblyName", kAssemblyName}}) +
+          Action("TGACUninstallAction", {{"AssemblyName", assemblyName_}}) +
           Action("TWrenResGenAction", {{"InputFiles", "%ProjectDir%/res/Strings.resx"},
                                        {"OutputFile", "%ProjectDir%/out dir/Strings.resources"}}) +
           Action("TALGenericAL", {{"Options", "/nologo /out:Strings.dll /embed:Strings.resources"},
@@ -190,7 +197,7 @@ TEST_F(SdkToolsOnMono, KeysSigningGacResourcesAndLinker) {
   EXPECT_TRUE(StepLogged(events, 10, "traced references"));
   EXPECT_TRUE(StepLogged(events, 11, "Uninstalled"));
   std::string listing;
-  test::RunProgram({"gacutil", "-l", kAssemblyName}, &listing);
+  test::RunProgram({"gacutil", "-l", assemblyName_}, &listing);
   EXPECT_NE(listing.find("Number of items = 0"), std::string::npos) << listing;
 }
 
@@ -205,7 +212,7 @@ TEST_F(SdkToolsOnMono, FailuresJudgedByExitCode) {
                              &out),
             0)
       << out;
-  ASSERT_EQ(test::RunProgram({"sn", "-q", "-i", Path("key.snk"), kContainer}, &out), 0) << out;
+  ASSERT_EQ(test::RunProgram({"sn", "-q", "-i", Path("key.snk"), container_}, &out), 0) << out;
 
   struct TCase {
     const char* name;
@@ -226,7 +233,7 @@ TEST_F(SdkToolsOnMono, FailuresJudgedByExitCode) {
       // signed with.
       {"re-sign from a key container",
        Action("TSNResignAssembly", {{"UseKeyFile", "false"},
-                                    {"Container", kContainer},
+                                    {"Container", container_},
                                     {"Assembly", "%ProjectDir%/Signed.dll"}}),
        1, "did not match"},
       {"linker with an unknown option",
