@@ -104,6 +104,9 @@ bool TWrenAssemblyInfoUpdaterAction::Execute() {
 
   const std::shared_ptr<IWrenAssemblyInfoUpdater> updater = NewAssemblyInfoUpdater(UpdateOnly);
   updater->SetCallBack(this);
+  // The rewritten files are replaced together at the end: a tree of thousands of files then costs
+  // two file-system syncs rather than two flushes per file.
+  TWrenWriteBatch batch;
   try {
     for (const std::string& file : fileList_) {
       SendMessage("Processing File : " + file);
@@ -120,6 +123,11 @@ bool TWrenAssemblyInfoUpdaterAction::Execute() {
     result = false;
   }
   updater->SetCallBack(nullptr);
+  std::string error;
+  if (!batch.Commit(error)) {
+    SendMessage(error);
+    result = false;
+  }
   terminated_ = false;
   return result;
 }

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 
 #include <gtest/gtest.h>
 
@@ -208,6 +209,60 @@ TEST_F(WrenFilesPosix, AtomicWriteFailuresLeaveTargetUntouched) {
   EXPECT_NE(error.find(Path("no-dir/file.txt")), std::string::npos) << error;
   EXPECT_NE(error.find("No such file or directory"), std::string::npos) << error;
   EXPECT_EQ(Entries(), (std::vector<std::string>{"target.cs"}));
+}
+
+// Rewrites under a batch stay beside their targets until the commit, read back as their new
+// bytes, and then replace the targets together.
+TEST_F(WrenFilesPosix, WriteBatchReplacesOnCommit) {
+  Write("a.cs", "old a", 0640);
+  Write("b.cs", "old b");
+  auto onDisk = [&](const std::string& name) {
+    std::ifstream in(Path(name), std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+  };
+  std::string error;
+  {
+    TWrenWriteBatch batch;
+    ASSERT_TRUE(WriteFileAtomic(Path("a.cs"), "new a", error)) << error;
+    ASSERT_TRUE(WriteFileAtomic(Path("./a.cs"), "newer a", error)) << error;  // one pending file
+    ASSERT_TRUE(WriteFileAtomic(Path("b.cs"), "new b", error)) << error;
+    ASSERT_TRUE(WriteFileAtomic(Path("fresh.txt"), "fresh", error)) << error;
+    EXPECT_EQ(onDisk("a.cs"), "old a");
+    EXPECT_EQ(onDisk("fresh.txt"), "fresh");  // new files are not held back
+    EXPECT_EQ(Read("a.cs"), "newer a");
+    EXPECT_EQ(Entries().size(), 5u);  // a.cs, b.cs, fresh.txt and two temporary files
+
+    {
+      TWrenWriteBatch inner;  // joins the outer batch: its commit replaces nothing
+      EXPECT_TRUE(inner.Commit(error));
+      EXPECT_EQ(onDisk("b.cs"), "old b");
+    }
+    ASSERT_TRUE(batch.Commit(error)) << error;
+    EXPECT_EQ(onDisk("a.cs"), "newer a");
+    EXPECT_EQ(onDisk("b.cs"), "new b");
+    EXPECT_EQ(Mode("a.cs"), 0640u);
+    EXPECT_EQ(Entries(), (std::vector<std::string>{"a.cs", "b.cs", "fresh.txt"}));
+
+    // A target that cannot be replaced any more is named; the other pending file still lands.
+    ASSERT_TRUE(WriteFileAtomic(Path("a.cs"), "third a", error)) << error;
+    ASSERT_TRUE(WriteFileAtomic(Path("b.cs"), "third b", error)) << error;
+    ASSERT_TRUE(fs::remove(Path("a.cs")));
+    ASSERT_TRUE(fs::create_directory(Path("a.cs")));
+    EXPECT_FALSE(batch.Commit(error));
+    EXPECT_NE(error.find("Cannot replace " + Path("a.cs")), std::string::npos) << error;
+    EXPECT_EQ(onDisk("b.cs"), "third b");
+    EXPECT_EQ(Entries(), (std::vector<std::string>{"a.cs", "b.cs", "fresh.txt"}));
+
+    // A write failing half way under a batch leaves nothing pending and the target as it was.
+    SetAtomicWriteFailAfter(2);
+    EXPECT_FALSE(WriteFileAtomic(Path("b.cs"), "fourth b", error));
+    SetAtomicWriteFailAfter(SIZE_MAX);
+    EXPECT_EQ(Read("b.cs"), "third b");
+    ASSERT_TRUE(WriteFileAtomic(Path("fresh.txt"), "left pending", error)) << error;
+  }
+  // Closing the batch commits what is still pending.
+  EXPECT_EQ(onDisk("fresh.txt"), "left pending");
+  EXPECT_EQ(Entries(), (std::vector<std::string>{"a.cs", "b.cs", "fresh.txt"}));
 }
 
 }  // namespace

@@ -10,8 +10,11 @@
 #include <climits>
 #include <cstdint>
 #include <cstdlib>
+#include <memory>
 #include <random>
 #include <system_error>
+#include <utility>
+#include <vector>
 
 #include "WrenFiles.h"
 
@@ -74,10 +77,11 @@ int CreateTempBeside(const std::string& target, std::string& tempName, int& err)
   // Keep the name well under NAME_MAX however long the target's name is.
   const std::string base = target.substr(slash == std::string::npos ? 0 : slash + 1).substr(0, 200);
   static std::atomic<unsigned> counter{0};
-  std::random_device seed;
+  // Seeded once: a random device read per file costs more than the rest of the name.
+  thread_local std::minstd_rand random(std::random_device{}());
   for (int attempt = 0; attempt < 100; ++attempt) {
     tempName = dir + "." + base + ".tmp" + std::to_string(::getpid()) + "-" +
-               std::to_string(counter++) + "-" + std::to_string(seed() % 1000000);
+               std::to_string(counter++) + "-" + std::to_string(random() % 1000000);
     const int fd = ::open(tempName.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (fd >= 0) return fd;
     if (errno != EEXIST) {
@@ -89,13 +93,97 @@ int CreateTempBeside(const std::string& target, std::string& tempName, int& err)
   return -1;
 }
 
-void SyncDirectoryOf(const std::string& path) {
+std::string DirectoryOf(const std::string& path) {
   const size_t slash = path.rfind('/');
-  const std::string dir = slash == std::string::npos ? "." : (slash == 0 ? "/" : path.substr(0, slash));
-  const int fd = ::open(dir.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  return slash == std::string::npos ? "." : (slash == 0 ? "/" : path.substr(0, slash));
+}
+
+void SyncDirectoryOf(const std::string& path) {
+  const int fd = ::open(DirectoryOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (fd < 0) return;
   ::fsync(fd);  // best effort: the rename is done, this only hastens its durability
   ::close(fd);
+}
+
+/// A rewrite waiting for its batch's commit; the target is known by device and inode so that any
+/// spelling of its path finds it.
+struct TPendingWrite {
+  std::string temp;
+  std::string target;
+  dev_t device;
+  ino_t inode;
+};
+
+/// The open batch of a thread.
+struct TBatchState {
+  std::vector<TPendingWrite> pending;
+  std::string errors;  // of commits made when the batch grew large
+};
+
+thread_local std::unique_ptr<TBatchState> tBatch;
+
+// Past this many pending files a batch commits on its own, so that a host killed in the middle of
+// a long step loses little work and leaves few temporary files behind.
+constexpr size_t kMaxPending = 1000;
+
+TPendingWrite* PendingFor(dev_t device, ino_t inode) {
+  if (!tBatch) return nullptr;
+  for (TPendingWrite& p : tBatch->pending)
+    if (p.device == device && p.inode == inode) return &p;
+  return nullptr;
+}
+
+void AddError(std::string& errors, const std::string& error) {
+  if (!errors.empty()) errors += "\n";
+  errors += error;
+}
+
+// One sync per file system of the targets: syncfs flushes the temporary files' data (before the
+// renames) or the renames themselves (after). Returns the devices whose sync failed.
+std::vector<dev_t> SyncFileSystems(const std::vector<TPendingWrite>& writes) {
+  std::vector<dev_t> done, failed;
+  for (const TPendingWrite& w : writes) {
+    if (std::find(done.begin(), done.end(), w.device) != done.end()) continue;
+    done.push_back(w.device);
+    const int fd = ::open(DirectoryOf(w.target).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0 || ::syncfs(fd) != 0) failed.push_back(w.device);
+    if (fd >= 0) ::close(fd);
+  }
+  return failed;
+}
+
+bool FlushFile(const std::string& path, int& err) {
+  const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0 || ::fsync(fd) != 0) {
+    err = errno;
+    if (fd >= 0) ::close(fd);
+    return false;
+  }
+  ::close(fd);
+  return true;
+}
+
+void CommitPending(std::vector<TPendingWrite>& writes, std::string& errors) {
+  if (writes.empty()) return;
+  // Data first: a rename that reached the disk before its file's data would leave an empty file
+  // after a crash.
+  const std::vector<dev_t> unsynced = SyncFileSystems(writes);
+  for (TPendingWrite& w : writes) {
+    int err = 0;
+    // Where a whole file system would not sync, each file is flushed alone to learn which failed.
+    const bool needsOwnFlush =
+        std::find(unsynced.begin(), unsynced.end(), w.device) != unsynced.end();
+    if (needsOwnFlush && !FlushFile(w.temp, err)) {
+      ::unlink(w.temp.c_str());
+      AddError(errors, OsError("Cannot flush", w.target, err));
+    } else if (::rename(w.temp.c_str(), w.target.c_str()) != 0) {
+      err = errno;
+      ::unlink(w.temp.c_str());
+      AddError(errors, OsError("Cannot replace", w.target, err));
+    }
+  }
+  SyncFileSystems(writes);  // best effort: the renames are done, this only makes them last
+  writes.clear();
 }
 
 }  // namespace
@@ -164,7 +252,12 @@ std::vector<TWrenFindData> FindFiles(const std::string& pattern, bool withDirect
 
 bool ReadFileBytes(const std::string& path, std::string& bytes, std::string& error) {
   bytes.clear();
-  const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  // A file rewritten under the open batch reads as its new content.
+  std::string source = path;
+  struct stat st;
+  if (tBatch && !tBatch->pending.empty() && ::stat(path.c_str(), &st) == 0)
+    if (const TPendingWrite* pending = PendingFor(st.st_dev, st.st_ino)) source = pending->temp;
+  const int fd = ::open(source.c_str(), O_RDONLY | O_CLOEXEC);
   if (fd < 0) {
     error = OsError("Cannot open", path, errno);
     return false;
@@ -231,6 +324,22 @@ bool WriteFileAtomic(const std::string& path, const std::string& bytes, std::str
     // Keep the owner where we may (root rewriting a user's file); others cannot and need not.
     if (st.st_uid != ::geteuid() || st.st_gid != ::getegid()) (void)!::fchown(fd, st.st_uid, st.st_gid);
   }
+  if (exists && tBatch) {
+    if (::close(fd) != 0) {
+      err = errno;
+      ::unlink(temp.c_str());
+      error = OsError("Cannot write", path, err);
+      return false;
+    }
+    if (TPendingWrite* pending = PendingFor(st.st_dev, st.st_ino)) {
+      ::unlink(pending->temp.c_str());  // written again before its commit: the newer bytes win
+      pending->temp = temp;
+      return true;
+    }
+    if (tBatch->pending.size() >= kMaxPending) CommitPending(tBatch->pending, tBatch->errors);
+    tBatch->pending.push_back({temp, target, st.st_dev, st.st_ino});
+    return true;
+  }
   if (::fsync(fd) != 0) return fail("Cannot flush", errno);
   if (::close(fd) != 0) {
     err = errno;
@@ -249,5 +358,24 @@ bool WriteFileAtomic(const std::string& path, const std::string& bytes, std::str
 }
 
 void SetAtomicWriteFailAfter(size_t bytes) { gAtomicWriteFailAfter.store(bytes); }
+
+TWrenWriteBatch::TWrenWriteBatch() : outermost_(tBatch == nullptr) {
+  if (outermost_) tBatch = std::make_unique<TBatchState>();
+}
+
+TWrenWriteBatch::~TWrenWriteBatch() {
+  if (!outermost_) return;
+  std::string ignored;
+  Commit(ignored);
+  tBatch.reset();
+}
+
+bool TWrenWriteBatch::Commit(std::string& error) {
+  if (!outermost_) return true;  // the outer batch commits
+  CommitPending(tBatch->pending, tBatch->errors);
+  error = std::move(tBatch->errors);
+  tBatch->errors.clear();
+  return error.empty();
+}
 
 }  // namespace wren
