@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "WrenFiles.h"
+#include "WrenUtils.h"
 
 namespace wren {
 namespace {
@@ -33,23 +34,12 @@ const char* StreamName(TWrenLogStream stream) {
   }
 }
 
-std::string XmlEscape(const std::string& text) {
-  std::string out;
-  for (char c : text) {
-    switch (c) {
-      case '&': out += "&amp;"; break;
-      case '<': out += "&lt;"; break;
-      case '>': out += "&gt;"; break;
-      case '"': out += "&quot;"; break;
-      default:
-        // Control characters other than tab and line breaks are not allowed in XML 1.0.
-        if (static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n' && c != '\r')
-          out += '?';
-        else
-          out += c;
-    }
-  }
-  return out;
+// Tool output may carry control characters that XML 1.0 cannot hold at all, not even escaped.
+std::string XmlEscape(const std::string& text, char quote = '\0') {
+  std::string clean = text;
+  for (char& c : clean)
+    if (static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n' && c != '\r') c = '?';
+  return EscapeXml(clean, quote);
 }
 
 }  // namespace
@@ -215,17 +205,17 @@ bool WriteJUnitReport(const std::string& path, const std::string& projectName,
     else if (!s.success) ++failures;
   }
   std::string xml = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
-  xml += "<testsuite name=\"" + XmlEscape(projectName) + "\" tests=\"" +
+  xml += "<testsuite name=\"" + XmlEscape(projectName, '"') + "\" tests=\"" +
          std::to_string(result.steps.size()) + "\" failures=\"" + std::to_string(failures) +
          "\" skipped=\"" + std::to_string(skipped) + "\" time=\"" +
          std::to_string(result.seconds) + "\">\n";
   for (const TWrenStepReport& s : result.steps) {
-    xml += "  <testcase classname=\"" + XmlEscape(s.className) + "\" name=\"" +
-           XmlEscape(std::to_string(s.step) + ". " + StepTitle(s)) + "\" time=\"" +
+    xml += "  <testcase classname=\"" + XmlEscape(s.className, '"') + "\" name=\"" +
+           XmlEscape(std::to_string(s.step) + ". " + StepTitle(s), '"') + "\" time=\"" +
            std::to_string(s.seconds) + "\">\n";
     if (!s.enabled) xml += "    <skipped message=\"disabled\"/>\n";
     if (s.enabled && !s.success)
-      xml += "    <failure message=\"" + XmlEscape(s.failureReason) + "\"/>\n";
+      xml += "    <failure message=\"" + XmlEscape(s.failureReason, '"') + "\"/>\n";
     if (!s.log.empty()) {
       xml += "    <system-out>";
       for (const auto& [stream, text] : s.log) xml += XmlEscape(text) + "\n";

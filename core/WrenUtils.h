@@ -54,4 +54,9 @@ std::string ValueOfName(const TStrings& lines, const std::string& name);
 /// Index of the first line whose name is `name`; -1 when none.
 int IndexOfName(const TStrings& lines, const std::string& name);
 
+/// Escapes text for XML: markup characters always; inside an attribute (quote set to the
+/// enclosing quote) also that quote, and tabs and line breaks, which attribute-value normalisation
+/// would otherwise turn into blanks.
+std::string EscapeXml(const std::string& text, char quote = '\0');
+
 }  // namespace wren

@@ -60,31 +60,6 @@ std::string ElementText(pugi::xml_node element) {
   return text;
 }
 
-/// Escapes text for XML. Markup characters always; inside an attribute (quote set) also tabs and
-/// line breaks, which attribute-value normalisation would turn into blanks, and the enclosing quote.
-std::string EscapeXml(const std::string& text, char quote = '\0') {
-  const bool attribute = quote != '\0';
-  std::string out;
-  out.reserve(text.size());
-  for (char c : text) {
-    switch (c) {
-      case '&': out += "&amp;"; break;
-      case '<': out += "&lt;"; break;
-      case '>': out += "&gt;"; break;
-      case '\t': out += attribute ? "&#9;" : "\t"; break;
-      case '\n': out += attribute ? "&#10;" : "\n"; break;
-      case '\r': out += attribute ? "&#13;" : "\r"; break;
-      case '"': out += quote == '"' ? "&quot;" : "\""; break;
-      case '\'': out += quote == '\'' ? "&apos;" : "'"; break;
-      default: out += c;
-    }
-  }
-  return out;
-}
-
-std::string EscapeText(const std::string& text) { return EscapeXml(text); }
-
-std::string EscapeAttribute(const std::string& text, char quote) { return EscapeXml(text, quote); }
 
 /// An attribute as written in a start tag, so that a changed value replaces only its own bytes.
 struct TRawAttribute {
@@ -447,7 +422,7 @@ void TWrenProject::TDocument::WriteNode(pugi::xml_node node, std::string& out) c
       WriteElement(node, span, out);
       break;
     case pugi::node_pcdata:
-      out += span && span->value == value ? span->raw : EscapeText(value);
+      out += span && span->value == value ? span->raw : EscapeXml(value);
       break;
     case pugi::node_cdata:
       if (span && span->value == value) {
@@ -481,7 +456,7 @@ void TWrenProject::TDocument::WriteNode(pugi::xml_node node, std::string& out) c
       } else {
         out += std::string("<?") + node.name();
         for (const TRawAttribute& a : now)
-          out += " " + a.name + "=\"" + EscapeAttribute(a.value, '"') + "\"";
+          out += " " + a.name + "=\"" + EscapeXml(a.value, '"') + "\"";
         out += "?>";
       }
       break;
@@ -501,7 +476,7 @@ void TWrenProject::TDocument::WriteElement(pugi::xml_node node, const TSpan* spa
   if (!span || span->name != node.name()) {
     out += std::string("<") + node.name();
     for (pugi::xml_attribute a : node.attributes())
-      out += std::string(" ") + a.name() + "=\"" + EscapeAttribute(a.value(), '"') + "\"";
+      out += std::string(" ") + a.name() + "=\"" + EscapeXml(a.value(), '"') + "\"";
     if (!hasChildren) {
       out += "/>";
       return;
@@ -536,7 +511,7 @@ std::string TWrenProject::TDocument::PatchStartTag(pugi::xml_node node, const TS
     bool known = false;
     for (const TRawAttribute& raw : span.attributes) known = known || raw.name == a.name();
     if (!known)
-      added += std::string(" ") + a.name() + "=\"" + EscapeAttribute(a.value(), '"') + "\"";
+      added += std::string(" ") + a.name() + "=\"" + EscapeXml(a.value(), '"') + "\"";
   }
   if (!added.empty()) {
     const size_t pos =
@@ -550,7 +525,7 @@ std::string TWrenProject::TDocument::PatchStartTag(pugi::xml_node node, const TS
       tag.erase(raw.begin, raw.valueEnd + 1 - raw.begin);
     else if (raw.value != now.value())
       tag.replace(raw.valueBegin, raw.valueEnd - raw.valueBegin,
-                  EscapeAttribute(now.value(), raw.quote));
+                  EscapeXml(now.value(), raw.quote));
   }
   return tag;
 }

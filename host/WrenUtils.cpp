@@ -278,4 +278,24 @@ int IndexOfName(const TStrings& lines, const std::string& name) {
   return -1;
 }
 
+std::string EscapeXml(const std::string& text, char quote) {
+  const bool attribute = quote != '\0';
+  std::string out;
+  out.reserve(text.size());
+  for (char c : text) {
+    switch (c) {
+      case '&': out += "&amp;"; break;
+      case '<': out += "&lt;"; break;
+      case '>': out += "&gt;"; break;
+      case '\t': out += attribute ? "&#9;" : "\t"; break;
+      case '\n': out += attribute ? "&#10;" : "\n"; break;
+      case '\r': out += attribute ? "&#13;" : "\r"; break;
+      case '"': out += quote == '"' ? "&quot;" : "\""; break;
+      case '\'': out += quote == '\'' ? "&apos;" : "'"; break;
+      default: out += c;
+    }
+  }
+  return out;
+}
+
 }  // namespace wren

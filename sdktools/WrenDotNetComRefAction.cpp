@@ -88,26 +88,6 @@ bool ScanStartTag(const std::string& src, size_t lt, std::vector<TSourceAttribut
   }
 }
 
-/// An attribute value as source text between the given quotes.
-std::string EscapeAttribute(const std::string& value, char quote) {
-  std::string out;
-  for (char c : value) {
-    switch (c) {
-      case '&': out += "&amp;"; break;
-      case '<': out += "&lt;"; break;
-      case '>': out += "&gt;"; break;
-      case '\t': out += "&#9;"; break;
-      case '\n': out += "&#10;"; break;
-      case '\r': out += "&#13;"; break;
-      default:
-        if (c == quote)
-          out += quote == '"' ? "&quot;" : "&apos;";
-        else
-          out += c;
-    }
-  }
-  return out;
-}
 
 /// The source text with the written attributes of `node` brought to their DOM values: existing
 /// ones changed in place, new ones added after the last attribute in the layout of that attribute
@@ -138,13 +118,13 @@ bool SpliceAttributes(const std::string& src, pugi::xml_node node, std::string& 
     bool found = false;
     for (const TSourceAttribute& a : source) {
       if (a.name != name) continue;
-      edits.push_back({a.valueBegin, a.valueEnd - a.valueBegin, EscapeAttribute(value, a.quote)});
+      edits.push_back({a.valueBegin, a.valueEnd - a.valueBegin, EscapeXml(value, a.quote)});
       found = true;
       break;
     }
     if (!found)
       added.text += src.substr(last.leadBegin, last.nameBegin - last.leadBegin) + name +
-                    last.equals + last.quote + EscapeAttribute(value, last.quote) + last.quote;
+                    last.equals + last.quote + EscapeXml(value, last.quote) + last.quote;
   }
   if (!added.text.empty()) edits.push_back(added);
 
