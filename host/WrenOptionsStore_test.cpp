@@ -1,36 +1,18 @@
 #include "WrenOptionsStore.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <cstdlib>
-#include <filesystem>
-
-#include "WrenFiles.h"
+#include "TestSupport.h"
 
 namespace wren {
 namespace {
 
-namespace fs = std::filesystem;
-
-/// A temporary directory removed at the end of the test.
-struct TTempDir {
-  TTempDir() {
-    path = fs::temp_directory_path() /
-           ("wren_options_" + std::to_string(getpid()) + "_" +
-            ::testing::UnitTest::GetInstance()->current_test_info()->name());
-    fs::remove_all(path);
-  }
-  ~TTempDir() { fs::remove_all(path); }
-  fs::path path;
-};
-
-/// An options object with two values; counts its saves.
+/// An options object with two values, under the key and name given; counts its saves.
 class TTestOptions : public TWrenOptionsObject {
  public:
-  static std::string StaticClassName() { return "TTestOptions"; }
-  std::string GetOptionKey() const override { return "Test.Options"; }
-  std::string GetOptionsName() const override { return "Test Options"; }
+  explicit TTestOptions(const std::string& optionKey) : key(optionKey) {}
+  std::string GetOptionKey() const override { return key; }
+  std::string GetOptionsName() const override { return key + " Options"; }
   std::string GetOptionsCategory() const override { return "Tools"; }
   void LoadOptions(IWrenOptionsReader& reader) override {
     path = reader.ReadString("Path", "none");
@@ -41,24 +23,17 @@ class TTestOptions : public TWrenOptionsObject {
     writer.WriteString("Path", path);
     writer.WriteString("Level", level);
   }
-  std::string path;
-  std::string level;
+  std::string key, path, level;
   int saves = 0;
 };
 
-class TOtherOptions : public TTestOptions {
- public:
-  static std::string StaticClassName() { return "TOtherOptions"; }
-  std::string GetOptionKey() const override { return "Other"; }
-  std::string GetOptionsName() const override { return "Other"; }
-};
-
-TEST(WrenOptionsStore, SavesAndLoadsBackValuesInOrder) {
-  TTempDir dir;
-  const std::string file = (dir.path / "nested" / "deeper" / "options.xml").string();
+TEST(WrenOptionsStore, SavesAndLoadsBackValuesInOrderAndServesRegisteredObjects) {
+  test::TempDir dir;
   TWrenOptionsStore store;
   std::string error;
-  ASSERT_TRUE(store.Load(file, error)) << "a missing file is an empty store: " << error;
+  EXPECT_FALSE(store.Save(error)) << "no file chosen";
+  ASSERT_TRUE(store.Load(dir / "nested/deeper/options.xml", error))
+      << "a missing file is an empty store: " << error;
   EXPECT_TRUE(store.Keys().empty());
 
   store.Set("Microsoft.NET", "SDKVersion", "v2.0");
@@ -69,103 +44,55 @@ TEST(WrenOptionsStore, SavesAndLoadsBackValuesInOrder) {
   ASSERT_TRUE(store.Save(error)) << error;
 
   TWrenOptionsStore loaded;
-  ASSERT_TRUE(loaded.Load(file, error)) << error;
+  ASSERT_TRUE(loaded.Load(dir / "nested/deeper/options.xml", error)) << error;
   EXPECT_EQ(loaded.Keys(), (std::vector<std::string>{"Microsoft.NET", "NUnit"}));
   EXPECT_EQ(loaded.Values("MICROSOFT.NET"),
             (std::vector<std::pair<std::string, std::string>>{
                 {"SDKVersion", "v4.0"}, {"Blank", "  "}, {"Empty", ""}}));
-  EXPECT_EQ(loaded.Get("nunit", "PATH", "?"), "/opt/nunit <2> & \"more\"");
-
-  std::unique_ptr<IWrenOptionsReader> reader = loaded.Reader("NUnit");
-  EXPECT_EQ(reader->ReadString("Path", "?"), "/opt/nunit <2> & \"more\"");
-  EXPECT_EQ(reader->ReadString("Missing", "fallback"), "fallback");
-  EXPECT_EQ(loaded.Reader("NoSuchKey")->ReadString("Path", "d"), "d");
-  loaded.Writer("NUnit")->WriteString("path", "/usr/bin");
+  EXPECT_EQ(loaded.Reader("NUnit")->ReadString("path", "?"), "/opt/nunit <2> & \"more\"");
+  EXPECT_EQ(loaded.Reader("NoSuchKey")->ReadString("Path", "default"), "default");
+  loaded.Writer("nunit")->WriteString("PATH", "/usr/bin");
   EXPECT_EQ(loaded.Get("NUnit", "Path", ""), "/usr/bin");
-}
 
-TEST(WrenOptionsStore, RejectsMalformedFilesWithTheLine) {
-  TTempDir dir;
-  fs::create_directories(dir.path);
-  struct TCase {
-    const char* text;
-    const char* part;
+  // Malformed files are refused with the line or what is wrong.
+  const std::pair<const char*, const char*> bad[] = {
+      {"<MarrowbyOptions version=\"1\">\n<Options key=\"a\">\n<Value>1</Options>", ":3: "},
+      {"<Other version=\"1\"/>", "<MarrowbyOptions>"}, {"<MarrowbyOptions version=\"7\"/>", "'7'"}};
+  for (const auto& [text, part] : bad) {
+    test::WriteFile(dir / "bad.xml", text);
+    EXPECT_FALSE(loaded.Load(dir / "bad.xml", error)) << text;
+    EXPECT_NE(error.find(part), std::string::npos) << error;
+  }
+
+  // The services: one object per class, loaded from the store, saved only when modified.
+  struct TKeep {  // the process-wide store and registrations as other tests left them
+    TWrenOptionsStore store = WrenOptionsStore();
+    std::vector<TWrenRegisteredOptions> registrations = RegisteredOptions();
+    ~TKeep() {
+      WrenOptionsStore() = store;
+      RegisteredOptions() = registrations;
+    }
+  } keep;
+  ClearRegisteredOptions();
+  test::WriteFile(dir / "options.xml",
+                  "<MarrowbyOptions version=\"1\"><Options key=\"TEST\"><Value name=\"path\">"
+                  "/srv/tools</Value></Options></MarrowbyOptions>\n");
+  ASSERT_TRUE(WrenOptionsStore().Load(dir / "options.xml", error)) << error;
+
+  const auto classOf = [](const char* name, const char* key) {
+    return TWrenOptionsClass{name, [key] { return std::make_shared<TTestOptions>(key); }};
   };
-  const TCase cases[] = {
-      {"<MarrowbyOptions version=\"1\">\n<Options key=\"a\">\n<Value name=\"x\">1</Options>\n",
-       ":3: "},
-      {"<Other version=\"1\"/>", "<MarrowbyOptions>"},
-      {"<MarrowbyOptions version=\"7\"/>", "version '7'"},
-  };
-  for (const TCase& c : cases) {
-    const std::string file = (dir.path / "bad.xml").string();
-    std::string error;
-    ASSERT_TRUE(WriteFileAtomic(file, c.text, error)) << error;
-    TWrenOptionsStore store;
-    EXPECT_FALSE(store.Load(file, error)) << c.text;
-    EXPECT_NE(error.find(c.part), std::string::npos) << error;
-  }
-  TWrenOptionsStore unsaved;
-  std::string error;
-  EXPECT_FALSE(unsaved.Save(error)) << "no file chosen";
-}
-
-TEST(WrenOptionsStore, DefaultPathFollowsTheConfigDirectory) {
-  const char* oldXdg = std::getenv("XDG_CONFIG_HOME");
-  const std::string savedXdg = oldXdg ? oldXdg : "";
-  setenv("XDG_CONFIG_HOME", "/cfg", 1);
-  EXPECT_EQ(DefaultOptionsPath(), "/cfg/marrowby/options.xml");
-  unsetenv("XDG_CONFIG_HOME");
-  EXPECT_EQ(DefaultOptionsPath(),
-            std::string(std::getenv("HOME")) + "/.config/marrowby/options.xml");
-  if (oldXdg) setenv("XDG_CONFIG_HOME", savedXdg.c_str(), 1);
-}
-
-/// Keeps the process-wide store and registrations as other tests left them.
-class WrenOptionsServicesTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    savedStore_ = WrenOptionsStore();
-    savedRegistrations_ = RegisteredOptions();
-    ClearRegisteredOptions();
-  }
-  void TearDown() override {
-    WrenOptionsStore() = savedStore_;
-    RegisteredOptions() = savedRegistrations_;
-  }
-
- private:
-  TWrenOptionsStore savedStore_;
-  std::vector<TWrenRegisteredOptions> savedRegistrations_;
-};
-
-TEST_F(WrenOptionsServicesTest, LoadsRegisteredObjectsAndSavesTheModifiedOnes) {
-  TTempDir dir;
-  fs::create_directories(dir.path);
-  const std::string file = (dir.path / "options.xml").string();
-  std::string error;
-  ASSERT_TRUE(
-      WriteFileAtomic(file,
-                      "<?xml version=\"1.0\"?>\n<MarrowbyOptions version=\"1\">\n"
-                      "  <Options key=\"TEST.OPTIONS\"><Value name=\"path\">/srv/tools</Value>"
-                      "</Options>\n</MarrowbyOptions>\n",
-                      error))
-      << error;
-  ASSERT_TRUE(WrenOptionsStore().Load(file, error)) << error;
-
-  WrenOptionsServices().RegisterOptions(OptionsClassOf<TTestOptions>(), "Icon_Tools");
-  WrenOptionsServices().RegisterOptions(OptionsClassOf<TOtherOptions>(), "icon_other");
-  WrenOptionsServices().RegisterOptions(OptionsClassOf<TTestOptions>(), "Icon_Tools");
-  ASSERT_EQ(RegisteredOptions().size(), 2u) << "one instance per class";
+  WrenOptionsServices().RegisterOptions(classOf("TTest", "Test"), "Icon_Tools");
+  WrenOptionsServices().RegisterOptions(classOf("TOther", "Other"), "icon_other");
+  WrenOptionsServices().RegisterOptions(classOf("TTest", "Test"), "Icon_Tools");
+  ASSERT_EQ(RegisteredOptions().size(), 2u);
   EXPECT_EQ(RegisteredOptions()[0].iconResourceName, "ICON_TOOLS");
 
   auto found = std::dynamic_pointer_cast<TTestOptions>(
       WrenOptionsServices().FindOptions("test OPTIONS", "tools"));
   ASSERT_TRUE(found);
-  EXPECT_EQ(found, RegisteredOptions()[0].instance);
   EXPECT_EQ(found->path, "/srv/tools");
   EXPECT_EQ(found->level, "1") << "a name the file lacks keeps its default";
-  EXPECT_FALSE(found->IsModified());
   EXPECT_EQ(WrenOptionsServices().FindOptions("Test Options", "Compilers"), nullptr);
 
   found->level = "3";
@@ -173,14 +100,12 @@ TEST_F(WrenOptionsServicesTest, LoadsRegisteredObjectsAndSavesTheModifiedOnes) {
   ASSERT_TRUE(SaveModifiedOptions(error)) << error;
   EXPECT_FALSE(found->IsModified());
   EXPECT_EQ(found->saves, 1);
-  auto other = std::dynamic_pointer_cast<TTestOptions>(RegisteredOptions()[1].instance);
-  EXPECT_EQ(other->saves, 0) << "unmodified objects are not written";
-
+  EXPECT_EQ(std::dynamic_pointer_cast<TTestOptions>(RegisteredOptions()[1].instance)->saves, 0)
+      << "unmodified objects are not written";
   TWrenOptionsStore reread;
-  ASSERT_TRUE(reread.Load(file, error)) << error;
-  EXPECT_EQ(reread.Get("Test.Options", "Level", ""), "3");
-  EXPECT_EQ(reread.Get("Test.Options", "Path", ""), "/srv/tools");
-  EXPECT_EQ(reread.Keys(), (std::vector<std::string>{"TEST.OPTIONS"}));
+  ASSERT_TRUE(reread.Load(dir / "options.xml", error)) << error;
+  EXPECT_EQ(reread.Values("Test"), (std::vector<std::pair<std::string, std::string>>{
+                                       {"path", "/srv/tools"}, {"Level", "3"}}));
 }
 
 }  // namespace

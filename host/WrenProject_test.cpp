@@ -1,12 +1,10 @@
 #include "WrenProject.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <cstdio>
 #include <filesystem>
 
-#include "WrenFiles.h"
+#include "TestSupport.h"
 #include "WrenUtils.h"
 
 namespace wren {
@@ -14,67 +12,46 @@ namespace {
 
 enum class TMode { mdFast, mdSlow, mdSafe };
 
-/// An action with one property of each kind and a script.
+/// An action with one property of each kind and a script. Tail is kept only while Force is set,
+/// as a setter that depends on an earlier property.
 class TTestAction : public TCustomWrenAction {
  public:
   TTestAction() { AddScript("OnRun"); }
-  static std::string StaticClassName() { return "TTestAction"; }
-  std::string ClassName() const override { return StaticClassName(); }
+  std::string ClassName() const override { return "TTestAction"; }
   std::string DisplayName() const override { return "Test"; }
   bool Execute() override { return true; }
-  static const TPropertyTable& ClassProperties() {
+  std::string GetTail() const { return tail; }
+  void SetTail(const std::string& value) { tail = force ? value : tail; }
+  const TPropertyTable& GetPublishedProperties() const override {
     static const TPropertyTable table = ChainProperties(
         TCustomWrenAction::ClassProperties(),
         {StringProperty("Name", &TTestAction::name), BoolProperty("Force", &TTestAction::force),
          IntProperty("Count", &TTestAction::count),
          EnumProperty("Mode", &TTestAction::mode, {"mdFast", "mdSlow", "mdSafe"}),
-         StringListProperty("References", &TTestAction::references)});
+         StringListProperty("References", &TTestAction::references),
+         StringProperty("Tail", &TTestAction::GetTail, &TTestAction::SetTail)});
     return table;
   }
-  const TPropertyTable& GetPublishedProperties() const override { return ClassProperties(); }
 
-  std::string name;
+  std::string name, tail;
   bool force = false;
   int32_t count = 5;
   TMode mode = TMode::mdFast;
   TStrings references;
 };
 
-/// B is kept only while A is set, as a setter that depends on an earlier property.
-class TOrderAction : public TCustomWrenAction {
- public:
-  static std::string StaticClassName() { return "TOrderAction"; }
-  std::string ClassName() const override { return StaticClassName(); }
-  std::string DisplayName() const override { return "Order"; }
-  bool Execute() override { return true; }
-  bool GetA() const { return a_; }
-  void SetA(bool value) { a_ = value; }
-  std::string GetB() const { return b_; }
-  void SetB(const std::string& value) {
-    if (a_) b_ = value;
-  }
-  static const TPropertyTable& ClassProperties() {
-    static const TPropertyTable table =
-        ChainProperties(TCustomWrenAction::ClassProperties(),
-                        {BoolProperty("A", &TOrderAction::GetA, &TOrderAction::SetA),
-                         StringProperty("B", &TOrderAction::GetB, &TOrderAction::SetB)});
-    return table;
-  }
-  const TPropertyTable& GetPublishedProperties() const override { return ClassProperties(); }
-
- private:
-  bool a_ = false;
-  std::string b_;
-};
-
 std::unique_ptr<TCustomWrenAction> Factory(const std::string& name) {
-  if (SameText(name, TTestAction::StaticClassName())) return std::make_unique<TTestAction>();
-  if (SameText(name, TOrderAction::StaticClassName())) return std::make_unique<TOrderAction>();
-  return nullptr;
+  return SameText(name, "TTestAction") ? std::make_unique<TTestAction>() : nullptr;
 }
 
 TTestAction& TestAction(TWrenProject& project, size_t index) {
   return dynamic_cast<TTestAction&>(*project.steps.at(index).action);
+}
+
+/// Loads text that must be good.
+void LoadGood(TWrenProject& project, const std::string& text) {
+  TWrenProjectError error;
+  ASSERT_TRUE(project.LoadFromText(text, "p.mbproj", Factory, error)) << error.ToString();
 }
 
 std::string Replace(std::string text, const std::string& from, const std::string& to) {
@@ -93,37 +70,22 @@ std::string ToCrlf(const std::string& text) {
 // Odd layout on purpose: comments everywhere, tabs, uneven indentation, single quotes, entities,
 // every way of writing an empty item, CDATA, and text after the root.
 const std::string kOddProject =
-    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-    "<!-- build of the core -->\n"
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!-- build of the core -->\n"
     "<MarrowbyProject   version='1' >\n"
-    "\t<Variables>\n"
-    "     <Variable name=\"OUT\">bin &amp; obj</Variable>\n"
-    "\t</Variables>\n"
-    "  <Actions>\n"
-    "      <!-- first step -->\n"
+    "\t<Variables>\n     <Variable name=\"OUT\">bin &amp; obj</Variable>\n\t</Variables>\n"
+    "  <Actions>\n      <!-- first step -->\n"
     "    <Action class=\"TTestAction\" description=\"copy &quot;core&quot;\" >\n"
     "      <Property name=\"name\">a &amp; b &lt;c&gt; &#65;</Property>\n"
     "        <Property name=\"Force\">true</Property>\n"
     "      <Property name=\"References\">\n"
-    "        <Item>x.dll</Item>\n"
-    "        <Item/>\n"
-    "        <Item></Item>\n"
-    "        <Item />\n"
+    "        <Item>x.dll</Item>\n        <Item/>\n        <Item></Item>\n        <Item />\n"
     "      </Property>\n"
-    "      <Script name=\"OnRun\" language=\"lua\"><![CDATA[if a < b then return 1 "
-    "end]]></Script>\n"
-    "    </Action>\n"
-    "    <Action class=\"TTestAction\" enabled=\"false\"/>\n"
-    "  </Actions>\n"
-    "</MarrowbyProject>\n"
-    "<!-- end -->\n";
+    "      <Script name=\"OnRun\" language=\"lua\"><![CDATA[if a < b then return 1 end]]>"
+    "</Script>\n    </Action>\n    <Action class=\"TTestAction\" enabled=\"false\"/>\n"
+    "  </Actions>\n</MarrowbyProject>\n<!-- end -->\n";
 
-TEST(WrenProject, LoadsAndSavesUnchangedProjectsByteForByte) {
-  struct TCase {
-    const char* label;
-    std::string text;
-  };
-  const TCase cases[] = {
+TEST(WrenProject, SavesUnchangedProjectsByteForByteAndOnlyWhatChanged) {
+  const std::pair<const char*, std::string> cases[] = {
       {"odd layout", kOddProject},
       {"CRLF line ends", ToCrlf(kOddProject)},
       {"byte-order mark, no declaration, no final newline",
@@ -133,43 +95,29 @@ TEST(WrenProject, LoadsAndSavesUnchangedProjectsByteForByte) {
        "<?xml version='1.0'?>\n<!DOCTYPE MarrowbyProject>\n<?editor folded?>\n<MarrowbyProject\n"
        "   version = \"1\"><Actions><Action class=\"TTestAction\"\n description='it&apos;s'>"
        "<?mark x?><Property name=\"Name\" >x&#x20;y</Property "
-       "></Action></Actions></MarrowbyProject >"
-       "\n\n"},
+       "></Action></Actions></MarrowbyProject >\n\n"},
   };
-  for (const TCase& c : cases) {
-    SCOPED_TRACE(c.label);
+  for (const auto& [label, text] : cases) {
+    SCOPED_TRACE(label);
     TWrenProject project;
-    TWrenProjectError error;
-    ASSERT_TRUE(project.LoadFromText(c.text, "p.mbproj", Factory, error)) << error.ToString();
-    EXPECT_EQ(project.SaveToText(), c.text);
-    EXPECT_EQ(project.SaveToText(), c.text) << "a second save changes nothing either";
+    LoadGood(project, text);
+    EXPECT_EQ(project.SaveToText(), text);
+    EXPECT_EQ(project.SaveToText(), text) << "a second save changes nothing either";
   }
 
   // The values behind the bytes were decoded, not just carried along.
   TWrenProject project;
-  TWrenProjectError error;
-  ASSERT_TRUE(project.LoadFromText(ToCrlf(kOddProject), "p.mbproj", Factory, error));
-  ASSERT_EQ(project.variables.size(), 1u);
-  EXPECT_EQ(project.variables[0].value, "bin & obj");
-  ASSERT_EQ(project.steps.size(), 2u);
-  const TTestAction& first = TestAction(project, 0);
+  const std::string original = ToCrlf(kOddProject);
+  LoadGood(project, original);
+  EXPECT_EQ(project.variables.at(0).value, "bin & obj");
+  TTestAction& first = TestAction(project, 0);
   EXPECT_EQ(first.name, "a & b <c> A");
-  EXPECT_TRUE(first.force);
   EXPECT_EQ(first.references, (TStrings{"x.dll", "", "", ""}));
   EXPECT_EQ(first.GetDescription(), "copy \"core\"");
-  EXPECT_EQ(project.steps[0].action->Scripts()[0].text, "if a < b then return 1 end");
+  EXPECT_EQ(first.Scripts()[0].text, "if a < b then return 1 end");
   EXPECT_EQ(project.steps[0].line, 9);
-  EXPECT_TRUE(project.steps[0].enabled);
   EXPECT_FALSE(project.steps[1].enabled);
   EXPECT_EQ(project.steps[1].line, 20);
-}
-
-TEST(WrenProject, SavesOnlyWhatChanged) {
-  TWrenProject project;
-  TWrenProjectError error;
-  const std::string original = ToCrlf(kOddProject);
-  ASSERT_TRUE(project.LoadFromText(original, "p.mbproj", Factory, error)) << error.ToString();
-  TTestAction& first = TestAction(project, 0);
 
   // A property the file has: only its text changes, even back to the value at creation.
   first.force = false;
@@ -201,168 +149,113 @@ TEST(WrenProject, SavesOnlyWhatChanged) {
 
   // The saved text loads back to the same state.
   TWrenProject again;
-  ASSERT_TRUE(again.LoadFromText(expected, "p.mbproj", Factory, error)) << error.ToString();
+  LoadGood(again, expected);
   EXPECT_EQ(TestAction(again, 0).references, first.references);
   EXPECT_EQ(TestAction(again, 0).mode, TMode::mdSafe);
   EXPECT_FALSE(again.steps[0].enabled);
   EXPECT_EQ(again.steps[0].action->GetDescription(), "it's \"new\"");
 }
 
-TEST(WrenProject, ReflectsStepsAddedRemovedAndMoved) {
-  const std::string original =
-      "<MarrowbyProject version=\"1\">\n"
-      "  <Actions>\n"
-      "    <Action class=\"TTestAction\"><Property name=\"Name\">one</Property></Action>\n"
-      "    <Action class=\"TTestAction\"><Property name=\"Name\">two</Property></Action>\n"
-      "  </Actions>\n"
-      "</MarrowbyProject>\n";
+TEST(WrenProject, NewProjectHasTheDocumentedShapeAndFollowsStepsMovedRemovedAdded) {
   TWrenProject project;
-  TWrenProjectError error;
-  ASSERT_TRUE(project.LoadFromText(original, "p.mbproj", Factory, error)) << error.ToString();
-
-  std::swap(project.steps[0], project.steps[1]);
-  EXPECT_EQ(project.SaveToText(),
-            "<MarrowbyProject version=\"1\">\n"
-            "  <Actions>\n"
-            "    <Action class=\"TTestAction\"><Property name=\"Name\">two</Property></Action>\n"
-            "    <Action class=\"TTestAction\"><Property name=\"Name\">one</Property></Action>\n"
-            "  </Actions>\n"
-            "</MarrowbyProject>\n");
-
-  // Held so the new action cannot take the removed one's address (steps are matched to their
-  // elements by action).
-  TWrenProjectStep removed = std::move(project.steps.front());
-  project.steps.erase(project.steps.begin());
-  auto added = std::make_unique<TTestAction>();
-  added->references = {"a.dll", ""};
-  added->AddScript("OnRun").text = "return 1";
-  project.steps.push_back({"TTestAction", std::move(added), false, 0});
-  project.variables.push_back({"V", "1"});
-  EXPECT_EQ(project.SaveToText(),
-            "<MarrowbyProject version=\"1\">\n"
-            "  <Variables>\n"
-            "    <Variable name=\"V\">1</Variable>\n"
-            "  </Variables>\n"
-            "  <Actions>\n"
-            "    <Action class=\"TTestAction\"><Property name=\"Name\">one</Property></Action>\n"
-            "    <Action class=\"TTestAction\" enabled=\"false\">\n"
-            "      <Property name=\"References\">\n"
-            "        <Item>a.dll</Item>\n"
-            "        <Item/>\n"
-            "      </Property>\n"
-            "      <Script name=\"OnRun\" language=\"lua\">return 1</Script>\n"
-            "    </Action>\n"
-            "  </Actions>\n"
-            "</MarrowbyProject>\n");
-}
-
-TEST(WrenProject, NewProjectIsWrittenInTheDocumentedShapeAndReadsBack) {
-  TWrenProject project;
-  auto action = std::make_unique<TOrderAction>();
-  action->SetA(true);
-  action->SetB("kept");
-  action->SetDescription("order");
-  project.steps.push_back({"TOrderAction", std::move(action), true, 0});
-  const std::string path = (std::filesystem::temp_directory_path() /
-                            ("wren_project_" + std::to_string(getpid()) + ".mbproj"))
-                               .string();
+  for (const char* name : {"one", "two"}) {
+    auto action = std::make_unique<TTestAction>();
+    action->name = name;
+    action->force = name == std::string("two");
+    action->SetTail("kept");
+    project.steps.push_back({"TTestAction", std::move(action), true, 0});
+  }
+  project.steps[0].action->SetDescription("new");
+  test::TempDir dir;
+  const std::string path = dir / "new.mbproj";
   std::string saveError;
   ASSERT_TRUE(project.Save(path, saveError)) << saveError;
-  std::string bytes, readError;
-  ASSERT_TRUE(ReadFileBytes(path, bytes, readError)) << readError;
-  EXPECT_EQ(bytes,
-            "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-            "<MarrowbyProject version=\"1\">\n"
-            "  <Actions>\n"
-            "    <Action class=\"TOrderAction\" description=\"order\">\n"
-            "      <Property name=\"A\">true</Property>\n"
-            "      <Property name=\"B\">kept</Property>\n"
-            "    </Action>\n"
-            "  </Actions>\n"
-            "</MarrowbyProject>\n");
+  const std::string head = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+                           "<MarrowbyProject version=\"1\">\n";
+  // No registered class to compare with here, so every property is written.
+  const auto p = [](const std::string& name, const std::string& value) {
+    const std::string start = "      <Property name=\"" + name + "\"";
+    return value.empty() ? start + "/>\n" : start + ">" + value + "</Property>\n";
+  };
+  const std::string one = "    <Action class=\"TTestAction\" description=\"new\">\n" +
+                          p("Name", "one") + p("Force", "false") + p("Count", "5") +
+                          p("Mode", "mdFast") + p("References", "") + p("Tail", "") +
+                          "    </Action>\n";
+  const std::string two = "    <Action class=\"TTestAction\">\n" + p("Name", "two") +
+                          p("Force", "true") + p("Count", "5") + p("Mode", "mdFast") +
+                          p("References", "") + p("Tail", "kept") + "    </Action>\n";
+  const std::string tail = "  </Actions>\n</MarrowbyProject>\n";
+  EXPECT_EQ(test::ReadFile(path), head + "  <Actions>\n" + one + two + tail);
 
   TWrenProject loaded;
   TWrenProjectError error;
   ASSERT_TRUE(loaded.Load(path, Factory, error)) << error.ToString();
-  EXPECT_EQ(loaded.fileName, path);
-  EXPECT_EQ(dynamic_cast<TOrderAction&>(*loaded.steps.at(0).action).GetB(), "kept");
-  std::filesystem::remove(path);
+  std::swap(loaded.steps[0], loaded.steps[1]);
+  EXPECT_EQ(loaded.SaveToText(), head + "  <Actions>\n" + two + one + tail);
 
+  // Held: steps are matched to their elements by action, whose address a new one could reuse.
+  TWrenProjectStep removed = std::move(loaded.steps.front());
+  loaded.steps.erase(loaded.steps.begin());
+  auto added = std::make_unique<TTestAction>();
+  added->references = {"a.dll", ""};
+  added->AddScript("OnRun").text = "return 1";
+  loaded.steps.push_back({"TTestAction", std::move(added), false, 0});
+  loaded.variables.push_back({"V", "1"});
+  EXPECT_EQ(loaded.SaveToText(),
+            head + "  <Variables>\n    <Variable name=\"V\">1</Variable>\n  </Variables>\n" +
+                "  <Actions>\n" + one +
+                "    <Action class=\"TTestAction\" enabled=\"false\">\n"
+                "      <Property name=\"References\">\n"
+                "        <Item>a.dll</Item>\n        <Item/>\n      </Property>\n"
+                "      <Script name=\"OnRun\" language=\"lua\">return 1</Script>\n    </Action>\n" +
+                tail);
+
+  std::filesystem::remove(path);
   EXPECT_FALSE(loaded.Load(path, Factory, error));
   EXPECT_EQ(error.file, path);
   EXPECT_TRUE(loaded.steps.empty());
-}
 
-TEST(WrenProject, AppliesStoredValuesInDeclarationOrder) {
-  const char* text =
-      "<MarrowbyProject version=\"1\"><Actions>\n"
-      "<Action class=\"TOrderAction\">\n"
-      "  <Property name=\"B\">second</Property>\n"
-      "  <Property name=\"A\">%s</Property>\n"
-      "</Action>\n"
-      "</Actions></MarrowbyProject>\n";
-  for (const char* a : {"true", "false"}) {
-    char buffer[512];
-    std::snprintf(buffer, sizeof buffer, text, a);
-    TWrenProject project;
-    TWrenProjectError error;
-    ASSERT_TRUE(project.LoadFromText(buffer, "o.mbproj", Factory, error)) << error.ToString();
-    const auto& action = dynamic_cast<TOrderAction&>(*project.steps.at(0).action);
-    EXPECT_EQ(action.GetB(), std::string(a) == "true" ? "second" : "") << "A=" << a;
+  // Stored values are applied in declaration order, whatever their order in the file.
+  for (const std::string force : {"true", "false"}) {
+    LoadGood(loaded, "<MarrowbyProject version=\"1\"><Actions>\n<Action class=\"TTestAction\">"
+                     "<Property name=\"Tail\">second</Property><Property name=\"Force\">" +
+                         force + "</Property></Action>\n</Actions></MarrowbyProject>\n");
+    EXPECT_EQ(TestAction(loaded, 0).tail, force == "true" ? "second" : "") << "Force=" << force;
   }
 }
 
 TEST(WrenProject, BadInputNamesFileLineActionAndProperty) {
-  struct TCase {
-    const char* label;
-    std::string body;  // the lines after the root's start tag
+  const auto A = [](const std::string& inner) {
+    return "<Action class=\"TTestAction\">" + inner + "</Action>\n";
+  };
+  const auto P = [](const std::string& name, const std::string& value) {
+    return "<Property name=\"" + name + "\">" + value + "</Property>";
+  };
+  const struct {
+    std::string body;  // the lines after <Actions>
     int line;
-    std::string action;
-    std::string property;
-    std::string message;  // part of the message
+    std::string property, message, action = "TTestAction";  // message: a part of it
+  } cases[] = {
+      {"<Action class=\"TTestAction\">\n</Actions>\n", 5, "", "Start-end tags mismatch", ""},
+      {"<Action class=\"TNo\"/>\n", 4, "", "unknown action class 'TNo'", "TNo"},
+      {A("\n" + P("Name", "x") + "\n" + P("Colour", "red") + "\n"), 6, "Colour",
+       "unknown property"},
+      {A("\n\n" + P("Force", "yes") + "\n"), 6, "Force", "'yes' is not a boolean"},
+      {A(P("Mode", "mdQuick")), 4, "Mode", "'mdQuick' is not one of mdFast, mdSlow, mdSafe"},
+      {A(P("Count", "5x")), 4, "Count", "not a decimal integer"},
+      {A("\n" + P("Force", "true") + "\n" + P("FORCE", "false") + "\n"), 6, "Force",
+       "given twice (first on line 5)"},
+      {A("\n<Script name=\"OnStop\">x()</Script>\n"), 5, "OnStop", "no script"},
+      {A("\n<Script name=\"OnRun\" language=\"python\">x</Script>\n"), 5, "OnRun", "'python'"},
+      {"<Action class=\"TTestAction\" enabled=\"no\"/>\n", 4, "", "enabled must be true or false"},
+      {A(P("References", "\n<Item>a</Item>b.dll\n")), 5, "References", "one <Item> per line"},
   };
   const std::string head = "<?xml version=\"1.0\"?>\n<MarrowbyProject version=\"1\">\n<Actions>\n";
-  const TCase cases[] = {
-      {"malformed XML", "<Action class=\"TTestAction\">\n</Actions>\n", 5, "", "",
-       "Start-end tags mismatch"},
-      {"unknown class", "<Action class=\"TNoSuchAction\"/>\n", 4, "TNoSuchAction", "",
-       "unknown action class 'TNoSuchAction'"},
-      {"unknown property",
-       "<Action class=\"TTestAction\">\n<Property name=\"Name\">x</Property>\n"
-       "<Property name=\"Colour\">red</Property>\n</Action>\n",
-       6, "TTestAction", "Colour", "unknown property"},
-      {"bad boolean",
-       "<Action class=\"TTestAction\">\n\n<Property name=\"Force\">yes</Property>\n</Action>\n", 6,
-       "TTestAction", "Force", "'yes' is not a boolean"},
-      {"bad enumeration",
-       "<Action class=\"TTestAction\"><Property name=\"Mode\">mdQuick</Property></Action>\n", 4,
-       "TTestAction", "Mode", "'mdQuick' is not one of mdFast, mdSlow, mdSafe"},
-      {"bad integer",
-       "<Action class=\"TTestAction\"><Property name=\"Count\">5x</Property></Action>\n", 4,
-       "TTestAction", "Count", "not a decimal integer"},
-      {"property twice",
-       "<Action class=\"TTestAction\">\n<Property name=\"Force\">true</Property>\n"
-       "<Property name=\"FORCE\">false</Property>\n</Action>\n",
-       6, "TTestAction", "Force", "given twice (first on line 5)"},
-      {"unknown script",
-       "<Action class=\"TTestAction\">\n<Script name=\"OnStop\">x()</Script>\n</Action>\n", 5,
-       "TTestAction", "OnStop", "no script"},
-      {"script language",
-       "<Action class=\"TTestAction\">\n<Script name=\"OnRun\" "
-       "language=\"python\">x</Script>\n</Action>\n",
-       5, "TTestAction", "OnRun", "'python'"},
-      {"bad enabled", "<Action class=\"TTestAction\" enabled=\"no\"/>\n", 4, "TTestAction", "",
-       "enabled must be true or false"},
-      {"text in a list",
-       "<Action class=\"TTestAction\"><Property "
-       "name=\"References\">\n<Item>a</Item>b.dll\n</Property></Action>\n",
-       5, "TTestAction", "References", "one <Item> per line"},
-  };
-  for (const TCase& c : cases) {
-    SCOPED_TRACE(c.label);
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.body);
     TWrenProject project;
+    LoadGood(project, kOddProject);
     TWrenProjectError error;
-    ASSERT_TRUE(project.LoadFromText(kOddProject, "good.mbproj", Factory, error));
     const std::string text = head + c.body + "</Actions>\n</MarrowbyProject>\n";
     EXPECT_FALSE(project.LoadFromText(text, "bad.mbproj", Factory, error));
     EXPECT_EQ(error.file, "bad.mbproj");
@@ -375,11 +268,9 @@ TEST(WrenProject, BadInputNamesFileLineActionAndProperty) {
 
   TWrenProject project;
   TWrenProjectError error;
-  EXPECT_FALSE(
-      project.LoadFromText("<MarrowbyProject version=\"2\"/>", "v.mbproj", Factory, error));
-  EXPECT_EQ(error.ToString(), "v.mbproj:1: unsupported project version '2' (expected 1)");
-  EXPECT_FALSE(project.LoadFromText(head + "<Action class=\"TTestAction\"><Property name=\"Force\">"
-                                           "1</Property></Action></Actions></MarrowbyProject>",
+  EXPECT_FALSE(project.LoadFromText("<MarrowbyProject version=\"2\"/>", "v", Factory, error));
+  EXPECT_EQ(error.ToString(), "v:1: unsupported project version '2' (expected 1)");
+  EXPECT_FALSE(project.LoadFromText(head + A(P("Force", "1")) + "</Actions></MarrowbyProject>",
                                     "b.mbproj", Factory, error));
   EXPECT_EQ(
       error.ToString(),
