@@ -1,48 +1,40 @@
-// The SDK tool actions as the host registers them: their pages in tab order, and the descriptions
-// they start with.
+// The SDK tool actions as the host registers them at design time: their pages in tab order, and
+// the descriptions they start with.
 #include <gtest/gtest.h>
 
-#include <map>
+#include <utility>
 
 #include "WrenRegister.h"
 #include "host/WrenActionRegistry.h"
 
 namespace wren {
-namespace {
 
-const std::map<std::string, std::vector<std::string>>& SdkPages() {
-  static const std::map<std::string, std::vector<std::string>> pages = {
-      {"TGACInstallAction", {"TGACInstallFrame"}},
-      {"TGACUninstallAction", {"TGACUninstallFrame"}},
-      {"TGACListAction", {"TGACListFrame"}},
-      {"TSNGenerateKeyPair", {"TSNGenerateKeyPairFrame"}},
-      {"TSNVerifyAssembly", {"TSNVerifySNFrame"}},
-      {"TSNInstallKeyPair", {"TSNInstallKeyPairFrame"}},
-      {"TSNExtractPublicKey", {"TSNExtractKeyFrame"}},
-      {"TSNResignAssembly", {"TSNResignFrame"}},
-      {"TWrenRegasmAction", {"TWrenRegasmActionFrame"}},
+TEST(SdkToolsRegistration, PagesInTabOrderAndDescriptionsAtCreation) {
+  // Class and page names in tab order.
+  const std::pair<std::string, std::string> rows[] = {
+      {"TGACInstallAction", "TGACInstallFrame"}, {"TGACUninstallAction", "TGACUninstallFrame"},
+      {"TGACListAction", "TGACListFrame"}, {"TSNGenerateKeyPair", "TSNGenerateKeyPairFrame"},
+      {"TSNVerifyAssembly", "TSNVerifySNFrame"}, {"TSNInstallKeyPair", "TSNInstallKeyPairFrame"},
+      {"TSNExtractPublicKey", "TSNExtractKeyFrame"}, {"TSNResignAssembly", "TSNResignFrame"},
+      {"TWrenRegasmAction", "TWrenRegasmActionFrame"}, {"TTLBExportAction", "TTLBExportFrame"},
       {"TTLBImportAction",
-       {"TTLBImportFrame", "TTLBImportReferencesFrame", "TTLBImportSNFrame",
-        "TTLBImpLoggingFrame"}},
-      {"TTLBExportAction", {"TTLBExportFrame"}},
-      {"TSNGenericSN", {"TSNGenericFrame"}},
-      {"TALGenericAL", {"TALGenericFrame"}},
-      {"TASPIISRegGeneric", {"TASPdotNetIISInstallFrame"}},
-      {"TWrenResGenAction", {"TResGenFrame"}},
-  };
-  return pages;
-}
-
-TEST(SdkToolsRegistration, PagesInTabOrderAtDesignTime) {
+       "TTLBImportFrame TTLBImportReferencesFrame TTLBImportSNFrame TTLBImpLoggingFrame"},
+      {"TSNGenericSN", "TSNGenericFrame"}, {"TALGenericAL", "TALGenericFrame"},
+      {"TASPIISRegGeneric", "TASPdotNetIISInstallFrame"}, {"TWrenResGenAction", "TResGenFrame"}};
   ClearRegistrations();
   WrenRegister(true);
-  for (const auto& [className, expected] : SdkPages()) {
+  for (const auto& [className, pages] : rows) {
     SCOPED_TRACE(className);
     const TWrenRegisteredAction* action = FindRegisteredAction(className);
     ASSERT_NE(action, nullptr);
-    std::vector<std::string> names;
+    // Install and uninstall describe themselves; every other action keeps the host's default.
+    const std::string description = className == "TGACInstallAction"     ? "GAC Install"
+                                    : className == "TGACUninstallAction" ? "GAC Uninstall"
+                                                                         : "";
+    EXPECT_EQ(CreateRegisteredAction(className)->GetDescription(), description);
+    std::string names;
     for (const TWrenFrameClass& page : action->pages) {
-      names.push_back(page.name);
+      names += (names.empty() ? "" : " ") + page.name;
       std::unique_ptr<TFrame> frame = page.createPage ? page.createPage() : nullptr;
       ASSERT_NE(frame, nullptr) << page.name;
       // Every page takes its own action's settings and gives them back.
@@ -51,23 +43,9 @@ TEST(SdkToolsRegistration, PagesInTabOrderAtDesignTime) {
       frame->ReadActionData(*made);
       frame->WriteActionData(*made);
     }
-    EXPECT_EQ(names, expected);
+    EXPECT_EQ(names, pages);
   }
   ClearRegistrations();
 }
 
-TEST(SdkToolsRegistration, DescriptionsAtCreation) {
-  ClearRegistrations();
-  WrenRegister(false);
-  // Install and uninstall describe themselves; every other action keeps the host's default.
-  for (const auto& [className, pages] : SdkPages()) {
-    std::string expected;
-    if (className == "TGACInstallAction") expected = "GAC Install";
-    if (className == "TGACUninstallAction") expected = "GAC Uninstall";
-    EXPECT_EQ(CreateRegisteredAction(className)->GetDescription(), expected) << className;
-  }
-  ClearRegistrations();
-}
-
-}  // namespace
 }  // namespace wren
