@@ -1,150 +1,134 @@
+// The three language compiler actions: the response files their compilers receive through the
+// process runner, and what the three share.
 #include "compilers/WrenCSharpCompilerAction.h"
 
 #include <gtest/gtest.h>
-
-#include <functional>
+#include <sys/stat.h>
 
 #include "compilers/CompilerTestHelpers.h"
 #include "compilers/WrenJSharpDotNetCompilerAction.h"
 #include "compilers/WrenVBDotNetCompilerAction.h"
+#include "tools/ToolsTestKit_test.h"
 
 namespace wren {
 namespace {
 
-using test::TempDir;
-
-TEST(CSharpCompilerAction, ResponseFilesMatchGoldenFiles) {
-  const std::vector<
-      std::pair<const char*, std::function<void(TWrenCSharpCompilerAction&)>>>
-      cases = {
-          {"csharp_defaults.rsp", [](TWrenCSharpCompilerAction&) {}},
-          {"csharp_incremental_doc.rsp",
-           [](TWrenCSharpCompilerAction& a) {
-             // Incremental builds never ask for the documentation file.
-             a.Incremental = true;
-             a.DocFile = "doc.xml";
-           }},
-          {"csharp_all.rsp",
-           [](TWrenCSharpCompilerAction& a) {
-             a.FileAlign = TCSharpFileAlign::fa4096;
-             a.DocFile = "My Doc.xml";
-             a.Checked = a.FullPaths = a.NoConfig = a.CompileUnsafe = a.NoSTDLib = true;
-             a.WarningLevel = TDotNetWarningLevels::WarnOff;
-             a.LibLocations = "/opt/A;/opt/B";
-             a.Icon = "a.ico;b.ico";
-             a.Win32Resources = "r.res, s.res";
-             a.Target = TDotNetTarget::WindowsExe;
-           }},
-      };
-  for (const auto& [golden, setup] : cases) {
+/// The three compilers (the recorder) in the framework folder, and a project folder with a blank
+/// in its name that %PROJECT% names.
+class LanguageCompilerRun : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    for (const char* compiler : {"csc.exe", "vbc.exe", "vjc.exe"})
+      test::InstallRecorder(frameWork_.Folder() + compiler);
+    std::filesystem::create_directories(project_);
+  }
+  test::TToolRun Run(TWrenManagedCompilerAction& action) {
+    action.OverrideSDKDefault = true;
+    action.SetDefaultSDKVersion(test::TTestFrameWork::kSDKVersion);
+    action.ProjectDir = "%PROJECT%";
+    return test::RunAction(action, frameWork_.Folder() + action.GetDotNetTool(),
+                           {{"PROJECT", project_}});
+  }
+  /// The compiler must get just the golden response file, started in the project folder.
+  void ExpectGoldenRun(TWrenManagedCompilerAction& action, const char* golden) {
     SCOPED_TRACE(golden);
-    TempDir dir;
-    test::TLoggingHost host;
-    TWrenCSharpCompilerAction action;
-    action.SetHost(&host.host);
-    action.ProjectDir = dir.path();
-    action.Files = "a.cs";
-    setup(action);
-    EXPECT_EQ(test::CommandLineOf(action), "@\"" + dir.path() + "wrenresp.rsp\"") << host.Text();
-    EXPECT_EQ(test::ReadFile(dir / "wrenresp.rsp"), test::GoldenFile(golden, dir.path()));
+    const test::TToolRun run = Run(action);
+    ASSERT_TRUE(run.success) << testing::PrintToString(run.log);
+    ASSERT_FALSE(run.call.is_null()) << action.GetDotNetTool() << " did not run";
+    EXPECT_EQ(run.Args(), std::vector<std::string>{"@" + rsp_});
+    EXPECT_EQ(run.call["cwd"], project_.substr(0, project_.size() - 1));
+    EXPECT_EQ(run.call["responseFiles"][rsp_], test::GoldenFile(golden, project_));
+    ASSERT_GE(run.log.size(), 2u);
+    EXPECT_EQ(run.log.end()[-2] + run.log.back(), ".Project Compiled OK.");
   }
-}
 
-/// Collects what Validate reports.
-struct TErrors : IWrenActionValidationError {
-  std::vector<std::pair<std::string, std::string>> items;
-  void AddError(const std::string& field, const std::string& message) override {
-    items.emplace_back(field, message);
-  }
+  test::TempDir dir_;
+  test::TTestFrameWork frameWork_{dir_};
+  const std::string project_ = dir_ / "My Project/", rsp_ = project_ + "wrenresp.rsp";
 };
 
-TEST(LanguageCompilerActions, ValidateReportsBothMissingSettings) {
+TEST_F(LanguageCompilerRun, CscGetsTheGoldenResponseFiles) {
+  TWrenCSharpCompilerAction action;
+  action.Files = "a.cs";
+  ExpectGoldenRun(action, "csharp_defaults.rsp");
+  action.Incremental = true;
+  action.DocFile = "My Doc.xml";
+  ExpectGoldenRun(action, "csharp_incremental_doc.rsp");  // incremental builds never ask for it
+  action.Incremental = false;
+  action.Checked = action.FullPaths = action.NoConfig = action.CompileUnsafe = true;
+  action.NoSTDLib = true; action.FileAlign = TCSharpFileAlign::fa4096;
+  action.WarningLevel = TDotNetWarningLevels::WarnOff;
+  action.LibLocations = "/opt/A;/opt/B"; action.Icon = "a.ico;b.ico";
+  action.Win32Resources = "r.res, s.res"; action.Target = TDotNetTarget::WindowsExe;
+  ExpectGoldenRun(action, "csharp_all.rsp");
+}
+
+TEST_F(LanguageCompilerRun, VbcGetsTheGoldenResponseFiles) {
+  TWrenVBDotNetCompilerAction action;
+  action.Files = "a.vb";
+  ExpectGoldenRun(action, "vb_defaults.rsp");  // the off states are never written
+  action.TargetCF = action.Verbose = action.DelaySign = action.Quiet = true;
+  action.RemoveIntChecks = action.OptionExplicit = action.OptionStrict = true;
+  action.OptionCompare = TVBDotNetOptionCompare::OptCompareText;
+  action.Imports = "System,System.IO"; action.KeyContainer = "My Keys"; action.KeyFile = "key.snk";
+  action.SDKPath = "/opt/fw"; action.RootNameSpace = "MyApp"; action.LibLocations = "/opt/A;/opt/B";
+  action.Icon = "a.ico,b.ico"; action.Win32Resources = "r.res";
+  action.Resources = "logo.bmp,Form1.resources";
+  ExpectGoldenRun(action, "vb_all.rsp");
+}
+
+// Secure scoping and the disabled language extensions are kept with the action but never reach
+// the compiler.
+TEST_F(LanguageCompilerRun, VjcGetsTheGoldenResponseFileAndPackageMap) {
+  const std::string map = project_ + "jcpa.rsp";
+  TWrenJSharpCompilerAction switches;
+  switches.Files = "a.jsl";
+  switches.SecureScoping = switches.DisableLangExt = true;
+  switches.WarningLevel = TDotNetWarningLevels::WarnLevel2;
+  switches.LibLocations = "/opt/My Libs"; switches.Win32Resources = "r.res";
+  ExpectGoldenRun(switches, "jsharp_switches.rsp");
+  EXPECT_FALSE(test::Exists(map));  // an empty map writes no map file
+  TWrenJSharpCompilerAction mapped;
+  mapped.Files = "a.jsl";
+  mapped.JCPA = {"com.example=Example.dll", "org.demo=Demo.dll"};
+  test::WriteFile(map, "stale\r\n");
+  ExpectGoldenRun(mapped, "jsharp_jcpa.rsp");
+  EXPECT_EQ(test::ReadFile(map), test::GoldenFile("jsharp_jcpa_map.rsp", project_));
+  // A map file that cannot be replaced stops the step before the response file is written.
+  ASSERT_EQ(chmod(map.c_str(), 0444), 0);
+  std::remove(rsp_.c_str());
+  const test::TToolRun run = Run(mapped);
+  EXPECT_FALSE(run.success);
+  EXPECT_TRUE(run.call.is_null()) << "vjc.exe must not start";
+  EXPECT_TRUE(run.Logged("Could not create the jcpa file: " + map));
+  EXPECT_FALSE(test::Exists(rsp_));
+}
+
+TEST(LanguageCompilerActions, ValidateReportsBothMissingSettingsAndResetKeepsLanguageState) {
   TWrenCSharpCompilerAction cs;
   TWrenVBDotNetCompilerAction vb;
   TWrenJSharpCompilerAction js;
-  for (TWrenManagedCompilerAction* action :
-       std::vector<TWrenManagedCompilerAction*>{&cs, &vb, &js}) {
+  using TAction = TWrenManagedCompilerAction;
+  for (TAction* action : std::vector<TAction*>{&cs, &vb, &js}) {
     SCOPED_TRACE(action->ClassName());
-    TErrors errors;
+    test::TReportCollector errors, none;
     action->RecurseFiles = "*.cs";  // accepted by the response file, but not here
     EXPECT_FALSE(action->Validate(errors));
-    const std::vector<std::pair<std::string, std::string>> both = {
-        {"Project Directory", "Project directory has not been set"},
-        {"Files", "Files to compile has not been set"}};
-    EXPECT_EQ(errors.items, both);
-
-    TErrors none;
+    EXPECT_EQ(errors.reports, (decltype(errors.reports){
+                                  {"Project Directory", "Project directory has not been set"},
+                                  {"Files", "Files to compile has not been set"}}));
     action->ProjectDir = "/src";
     action->Files = "a.cs";
     EXPECT_TRUE(action->Validate(none));
-    EXPECT_TRUE(none.items.empty());
+    EXPECT_TRUE(none.reports.empty());
   }
-}
-
-/// Names of a class's published properties after those of the .NET base.
-TStrings OwnPublishedNames(const TCustomWrenAction& action) {
-  const size_t inherited = TWrenDotNetAction::ClassProperties().size();
-  const TPropertyTable& table = action.GetPublishedProperties();
-  TStrings names;
-  for (size_t i = inherited; i < table.size(); ++i) names.push_back(table[i].name);
-  return names;
-}
-
-TEST(LanguageCompilerActions, PublishTheirLanguagesSubsetAndNames) {
-  const TStrings common = {"NoLogo", "OutputInUTF8", "Optimize", "OutputFile", "Target",
-                           "Modules", "LibLocations", "References", "Debug", "SupressWarnings",
-                           "WarnAsError", "Defines", "LinkResources", "Resources"};
-  auto with = [&](TStrings tail) {
-    TStrings all = common;
-    all.insert(all.end(), tail.begin(), tail.end());
-    return all;
-  };
-  TWrenCSharpCompilerAction cs;
-  TWrenVBDotNetCompilerAction vb;
-  TWrenJSharpCompilerAction js;
-  EXPECT_EQ(OwnPublishedNames(cs),
-            with({"Icon", "Win32Resources", "BaseAddress", "CodePage", "MainClass", "RecurseDir",
-                  "RecurseFiles", "Files", "ProjectDir", "FileAlign", "DocFile", "NoSTDLib",
-                  "Checked", "FullPaths", "Incremental", "NoConfig", "CompileUnsafe",
-                  "WarningLevel"}));
-  EXPECT_EQ(OwnPublishedNames(vb),
-            with({"Icon", "Win32Resources", "BaseAddress", "MainClass", "RecurseDir",
-                  "RecurseFiles", "Files", "ProjectDir", "RootNameSpace", "Verbose", "TargetCF",
-                  "DelaySign", "Imports", "KeyContainer", "KeyFile", "Quiet", "RemoveIntChecks",
-                  "OptionExplicit", "OptionStrict", "OptionCompare", "SDKPath"}));
-  EXPECT_EQ(OwnPublishedNames(js),
-            with({"Win32Resources", "BaseAddress", "CodePage", "MainClass", "RecurseDir",
-                  "RecurseFiles", "Files", "ProjectDir", "WarningLevel", "SecureScoping",
-                  "DisableLangExt", "JCPA"}));
-
-  // Enumerations travel by value name, and a stored name reaches the field of the action.
-  const TPublishedProperty* target = FindProperty(cs.GetPublishedProperties(), "Target");
-  ASSERT_NE(target, nullptr);
-  EXPECT_EQ(PropertyValueToString(*target, target->get(cs)), "Lib");
-  target->set(cs, int32_t{3});
-  EXPECT_EQ(cs.Target, TDotNetTarget::WindowsExe);
-  const TPublishedProperty* align = FindProperty(cs.GetPublishedProperties(), "FileAlign");
-  ASSERT_NE(align, nullptr);
-  EXPECT_EQ(align->enumNames.back(), "fa8192");
-  const TPublishedProperty* compare = FindProperty(vb.GetPublishedProperties(), "OptionCompare");
-  ASSERT_NE(compare, nullptr);
-  EXPECT_EQ(PropertyValueToString(*compare, compare->get(vb)), "OptCompareBinary");
-
-}
-
-TEST(LanguageCompilerActions, ResetKeepsTheVBSDKPathAndClearsTheJSharpMap) {
-  TWrenVBDotNetCompilerAction vb;
-  vb.SDKPath = "/opt/fw";
-  vb.RootNameSpace = "MyApp";
+  // VB keeps its SDK path like the library locations; J#'s package map goes with the rest.
+  vb.SDKPath = "/opt/fw"; vb.RootNameSpace = "MyApp";
   vb.ResetOptions();
-  EXPECT_EQ(vb.SDKPath, "/opt/fw");
-  EXPECT_EQ(vb.RootNameSpace, "");
-
-  TWrenJSharpCompilerAction js;
-  js.JCPA = {"a=b"};
+  EXPECT_EQ(vb.SDKPath + "|" + vb.RootNameSpace, "/opt/fw|");
+  js.JCPA = {"a=b"}; js.WarningLevel = TDotNetWarningLevels::WarnOff;
   js.ResetOptions();
-  EXPECT_TRUE(js.JCPA.empty());
-  EXPECT_EQ(js.WarningLevel, TDotNetWarningLevels::WarnLevel4);
+  EXPECT_TRUE(js.JCPA.empty() && js.WarningLevel == TDotNetWarningLevels::WarnLevel4);
 }
 
 }  // namespace

@@ -4,132 +4,99 @@
 
 #include <functional>
 
-#include "WrenProcess.h"
 #include "compilers/CompilerTestHelpers.h"
+#include "tools/ToolsTestKit_test.h"
 
 namespace wren {
 namespace {
 
-using test::TempDir;
+using TSetup = std::function<void(TMSBuildAction&)>;
 
-TEST(MSBuildAction, CommandLineOrderAndForms) {
-  TempDir dir;
-  const std::string project = dir / "My App.proj";
-  test::WriteFile(project, "<Project/>");
-  struct TCase {
-    const char* name;
-    std::function<void(TMSBuildAction&)> setup;
-    std::string expected;  // {P} stands for the quoted project file
-  };
-  const std::vector<TCase> cases = {
-      {"defaults still name the verbosity", [](TMSBuildAction&) {}, "/v:normal {P}"},
+/// msbuild.exe (the recorder) in the framework folder, and a project file with a blank in its
+/// name.
+class MSBuildActionTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    test::InstallRecorder(msbuild_);
+    test::WriteFile(project_, "<Project/>");
+  }
+  /// Runs the action on project_ after setup, with %OUT% = bin; commandLine gets the text first.
+  test::TToolRun Run(const TSetup& setup, std::string* commandLine = nullptr) {
+    TMSBuildAction action;
+    action.OverrideSDKDefault = true;
+    action.SetDefaultSDKVersion(test::TTestFrameWork::kSDKVersion);
+    action.BuildFile = project_;
+    setup(action);
+    test::TLoggingHost host;
+    host.host.SetVariable("OUT", "bin");
+    action.SetHost(&host.host);
+    if (commandLine) *commandLine = test::CommandLineOf(action);
+    return test::RunAction(action, msbuild_, {{"OUT", "bin"}});
+  }
+
+  test::TempDir dir_;
+  test::TTestFrameWork frameWork_{dir_};
+  const std::string msbuild_ = frameWork_.Folder() + "msbuild.exe";
+  const std::string project_ = dir_ / "My App.proj";
+};
+
+// The command line quotes values; the recorder shows what the Windows argument rules hand msbuild:
+// each property pair unquoted, all pairs in one argument.
+TEST_F(MSBuildActionTest, CommandLineOrderAndForms) {
+  using TArgs = std::vector<std::string>;
+  const std::vector<std::tuple<const char*, TSetup, std::string, TArgs>> cases = {
+      {"defaults still name the verbosity", [](auto&) {}, "/v:normal {P}", {"/v:normal"}},
       {"properties in one switch, values quoted",
-       [](TMSBuildAction& a) {
-         a.Properties = {"Configuration=Release", "Platform=Any CPU"};
-       },
-       "/v:normal /property:Configuration=\"Release\";Platform=\"Any CPU\" {P}"},
+       [](auto& a) { a.Properties = {"Configuration=Release", "Platform=Any CPU"}; },
+       "/v:normal /property:Configuration=\"Release\";Platform=\"Any CPU\" {P}",
+       {"/v:normal", "/property:Configuration=Release;Platform=Any CPU"}},
       {"lines without a name are skipped",
-       [](TMSBuildAction& a) {
-         a.Properties = {"=x", "  =y", "NoValueSign", " OutDir =%OUT%"};
-       },
-       "/v:normal /property:OutDir=\"bin\" {P}"},
+       [](auto& a) { a.Properties = {"=x", "  =y", "NoValueSign", " OutDir =%OUT%"}; },
+       "/v:normal /property:OutDir=\"bin\" {P}", {"/v:normal", "/property:OutDir=bin"}},
       {"everything, in order",
-       [](TMSBuildAction& a) {
+       [](auto& a) {
          a.LogLevel = TMSLogLevel::llDiagnostic;
          a.Properties = {"A=1"};
          a.NoLogo = a.Restricted = true;
          a.Targets = "Build;Test";
        },
-       "/v:diagnostic /property:A=\"1\" /nologo /restricted /target:Build;Test {P}"},
+       "/v:diagnostic /property:A=\"1\" /nologo /restricted /target:Build;Test {P}",
+       {"/v:diagnostic", "/property:A=1", "/nologo", "/restricted", "/target:Build;Test"}},
       {"quiet with a target holding a blank",
-       [](TMSBuildAction& a) {
-         a.LogLevel = TMSLogLevel::llQuiet;
-         a.Targets = "My Target";
-       },
-       "/v:quiet /target:\"My Target\" {P}"},
+       [](auto& a) { a.LogLevel = TMSLogLevel::llQuiet; a.Targets = "My Target"; },
+       "/v:quiet /target:\"My Target\" {P}", {"/v:quiet", "/target:My Target"}},
   };
-  for (const TCase& c : cases) {
-    SCOPED_TRACE(c.name);
-    test::TLoggingHost host;
-    host.host.SetVariable("OUT", "bin");
-    TMSBuildAction action;
-    action.SetHost(&host.host);
-    action.BuildFile = project;
-    c.setup(action);
-    EXPECT_EQ(test::CommandLineOf(action),
-              test::ReplaceText(c.expected, "{P}", "\"" + project + "\""))
-        << host.Text();
+  for (auto [name, setup, expected, args] : cases) {
+    SCOPED_TRACE(name);
+    std::string commandLine;
+    const test::TToolRun run = Run(setup, &commandLine);
+    EXPECT_EQ(commandLine, test::ReplaceText(expected, "{P}", "\"" + project_ + "\""));
+    EXPECT_TRUE(run.success) << testing::PrintToString(run.log);
+    args.push_back(project_);
+    EXPECT_EQ(run.Args(), args);
   }
-
-  // The Windows argument rules hand msbuild each pair unquoted, in one argument.
-  TMSBuildAction action;
-  action.BuildFile = project;
-  action.Properties = {"Configuration=Release", "Platform=Any CPU"};
-  const std::vector<std::string> argv = SplitCommandLine(test::CommandLineOf(action));
-  EXPECT_EQ(argv, (std::vector<std::string>{
-                      "/v:normal", "/property:Configuration=Release;Platform=Any CPU", project}));
 }
 
-TEST(MSBuildAction, FailsBeforeAnyProcessWhenTheProjectIsMissingOrUnexpandable) {
-  struct TCase {
-    const char* name;
-    std::function<void(TMSBuildAction&)> setup;
-    const char* message;
-  };
-  const std::vector<TCase> cases = {
-      {"missing project", [](TMSBuildAction& a) { a.BuildFile = "/no/such/dir/app.proj"; },
+TEST_F(MSBuildActionTest, FailsBeforeAnyProcessStartsWhenTheProjectIsMissingOrUnexpandable) {
+  const std::vector<std::tuple<const char*, TSetup, const char*>> cases = {
+      {"missing project", [](auto& a) { a.BuildFile = "/no/such/dir/app.proj"; },
        "Project file does not exist : /no/such/dir/app.proj"},
-      {"property name",
-       [](TMSBuildAction& a) {
-         a.BuildFile = "/etc/hostname";
-         a.Properties = {"%NO_SUCH_VARIABLE%=1"};
-       },
-       "Property"},
-      {"property value",
-       [](TMSBuildAction& a) {
-         a.BuildFile = "/etc/hostname";
-         a.Properties = {"A=%NO_SUCH_VARIABLE%"};
-       },
-       "Value"},
-      {"targets",
-       [](TMSBuildAction& a) {
-         a.BuildFile = "/etc/hostname";
-         a.Targets = "%NO_SUCH_VARIABLE%";
-       },
-       "Targets"},
+      {"property name", [](auto& a) { a.Properties = {"%NO_SUCH_VARIABLE%=1"}; }, "Property"},
+      {"property value", [](auto& a) { a.Properties = {"A=%NO_SUCH_VARIABLE%"}; }, "Value"},
+      {"targets", [](auto& a) { a.Targets = "%NO_SUCH_VARIABLE%"; }, "Targets"},
   };
-  for (const TCase& c : cases) {
-    SCOPED_TRACE(c.name);
-    test::TLoggingHost host;
-    TMSBuildAction action;
-    action.SetHost(&host.host);
-    c.setup(action);
-    EXPECT_EQ(test::CommandLineOf(action), "<failed>");
-    EXPECT_TRUE(host.Logged(c.message)) << host.Text();
+  for (const auto& [name, setup, message] : cases) {
+    SCOPED_TRACE(name);
+    const test::TToolRun run = Run(setup);
+    EXPECT_FALSE(run.success);
+    EXPECT_TRUE(run.Logged(message)) << testing::PrintToString(run.log);
+    EXPECT_TRUE(run.call.is_null()) << "msbuild.exe must not start";
   }
-}
-
-TEST(MSBuildAction, ValidationAndPublishedProperties) {
-  TMSBuildAction action;
-
-  struct TErrors : IWrenActionValidationError {
-    std::vector<std::string> items;
-    void AddError(const std::string& field, const std::string& message) override {
-      items.push_back(field + ": " + message);
-    }
-  } errors;
-  EXPECT_FALSE(action.Validate(errors));
-  EXPECT_EQ(errors.items, std::vector<std::string>{"Project File: Project file has not been set"});
-
-  const TPublishedProperty* level = FindProperty(action.GetPublishedProperties(), "LogLevel");
-  ASSERT_NE(level, nullptr);
-  EXPECT_EQ(PropertyValueToString(*level, level->get(action)), "llNormal");
-  TStrings names;
-  const TPropertyTable& table = action.GetPublishedProperties();
-  for (size_t i = TWrenDotNetAction::ClassProperties().size(); i < table.size(); ++i)
-    names.push_back(table[i].name);
-  EXPECT_EQ(names, (TStrings{"BuildFile", "Properties", "LogLevel", "OutputToLog", "Targets",
-                             "NoLogo", "Restricted"}));
+  TMSBuildAction unset;
+  test::TReportCollector errors;
+  EXPECT_FALSE(unset.Validate(errors));
+  EXPECT_EQ(errors.reports,
+            (decltype(errors.reports){{"Project File", "Project file has not been set"}}));
 }
 
 }  // namespace
