@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "TestProperties.h"
 #include "TestSupport.h"
 #include "WrenCommandLine.h"
 #include "WrenRegistry.h"
@@ -24,32 +25,13 @@
 
 namespace wren::test {
 
-/// Sets published properties from "Name=value|Name=value": booleans "true"/"false", enumerations
-/// by value name, string lists as lines split at '\n'. An unknown name or value fails the test.
+/// Sets published properties from "Name=value|Name=value" (see SetPublishedProperty).
 inline void ApplySettings(TCustomWrenAction& action, const std::string& settings) {
   std::istringstream in(settings);
   for (std::string setting; std::getline(in, setting, '|');) {
     const size_t eq = setting.find('=');
     ASSERT_NE(eq, std::string::npos) << setting;
-    const std::string name = setting.substr(0, eq), text = setting.substr(eq + 1);
-    const TPublishedProperty* prop = FindProperty(action.GetPublishedProperties(), name);
-    ASSERT_NE(prop, nullptr) << action.ClassName() << " publishes no " << name;
-    if (prop->kind == TPropertyKind::pkBoolean) {
-      ASSERT_TRUE(text == "true" || text == "false") << setting;
-      prop->set(action, text == "true");
-    } else if (prop->kind == TPropertyKind::pkEnumeration) {
-      const auto it = std::find(prop->enumNames.begin(), prop->enumNames.end(), text);
-      ASSERT_NE(it, prop->enumNames.end()) << name << " has no value " << text;
-      prop->set(action, static_cast<int32_t>(it - prop->enumNames.begin()));
-    } else if (prop->kind == TPropertyKind::pkStringList) {
-      TStrings lines;
-      std::istringstream list(text);
-      for (std::string line; std::getline(list, line);) lines.push_back(line);
-      prop->set(action, lines);
-    } else {
-      ASSERT_EQ(prop->kind, TPropertyKind::pkString) << name << " is of a kind not handled here";
-      prop->set(action, text);
-    }
+    SetPublishedProperty(action, setting.substr(0, eq), setting.substr(eq + 1));
   }
 }
 

@@ -13,6 +13,7 @@
 #include <utility>
 #include <vector>
 
+#include "TestProperties.h"
 #include "TestSupport.h"
 #include "WrenActionAPI.h"
 #include "host/WrenOptionsStore.h"
@@ -20,34 +21,11 @@
 
 namespace wren::test {
 
-/// Property name and value text: booleans "true"/"false", enumerations by value name, string
-/// lists as lines separated by '\n'.
+/// Property name and value text, as SetPublishedProperty reads it.
 using TSettings = std::vector<std::pair<std::string, std::string>>;
 
 inline void ApplyProperties(TCustomWrenAction& action, const TSettings& settings) {
-  for (const auto& [name, text] : settings) {
-    const TPublishedProperty* prop = FindProperty(action.GetPublishedProperties(), name);
-    ASSERT_NE(prop, nullptr) << action.ClassName() << " publishes no " << name;
-    if (prop->kind == TPropertyKind::pkBoolean) {
-      ASSERT_TRUE(text == "true" || text == "false") << name;
-      prop->set(action, text == "true");
-    } else if (prop->kind == TPropertyKind::pkEnumeration) {
-      const auto it = std::find(prop->enumNames.begin(), prop->enumNames.end(), text);
-      ASSERT_NE(it, prop->enumNames.end()) << name << " has no value " << text;
-      prop->set(action, static_cast<int32_t>(it - prop->enumNames.begin()));
-    } else if (prop->kind == TPropertyKind::pkStringList) {
-      TStrings lines(1);
-      for (char c : text) {
-        if (c == '\n')
-          lines.emplace_back();
-        else
-          lines.back().push_back(c);
-      }
-      prop->set(action, lines);
-    } else {
-      prop->set(action, text);
-    }
-  }
+  for (const auto& [name, text] : settings) SetPublishedProperty(action, name, text);
 }
 
 /// Collects what Validate reports.
