@@ -10,7 +10,7 @@
 
 #include "TestSupport.h"
 #include "WrenFiles.h"
-#include "host/WrenStepHost.h"
+#include "runtime/WrenStepHost.h"
 
 namespace wren {
 namespace {

@@ -18,7 +18,7 @@
 #include <vector>
 
 #include "assemblyinfo/WrenAssemblyInfoUpdaterAction.h"
-#include "host/WrenStepHost.h"
+#include "runtime/WrenStepHost.h"
 
 extern char** environ;
 

@@ -10,7 +10,7 @@
 
 #include "WrenExecuteAction.h"
 #include "WrenUtils.h"
-#include "host/WrenBuildEngine.h"
+#include "runtime/WrenBuildEngine.h"
 
 extern char** environ;
 

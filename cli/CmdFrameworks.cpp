@@ -2,7 +2,7 @@
 #include <nlohmann/json.hpp>
 
 #include "Commands.h"
-#include "host/WrenActionRegistry.h"
+#include "runtime/WrenActionRegistry.h"
 
 namespace wren {
 

@@ -2,8 +2,8 @@
 #include <nlohmann/json.hpp>
 
 #include "Commands.h"
-#include "host/WrenMonoSetup.h"
-#include "host/WrenOptionsStore.h"
+#include "runtime/WrenMonoSetup.h"
+#include "runtime/WrenOptionsStore.h"
 
 namespace wren {
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "host/WrenBuildEngine.h"
+#include "runtime/WrenBuildEngine.h"
 
 namespace wren {
 

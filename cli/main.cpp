@@ -12,13 +12,13 @@
 #include "WrenFiles.h"
 #include "WrenRegistry.h"
 #include "WrenUtils.h"
-#include "host/WrenActionRegistry.h"
-#include "host/WrenBuildEngine.h"
-#include "host/WrenModule.h"
-#include "host/WrenMonoSetup.h"
-#include "host/WrenOptionsStore.h"
-#include "host/WrenProject.h"
-#include "host/WrenRegistryHive.h"
+#include "runtime/WrenActionRegistry.h"
+#include "runtime/WrenBuildEngine.h"
+#include "runtime/WrenModule.h"
+#include "runtime/WrenMonoSetup.h"
+#include "runtime/WrenOptionsStore.h"
+#include "runtime/WrenProject.h"
+#include "runtime/WrenRegistryHive.h"
 
 using namespace wren;
 

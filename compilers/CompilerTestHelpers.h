@@ -13,8 +13,8 @@
 #include "WrenCommandLine.h"
 #include "WrenRegistry.h"
 #include "dotnet/WrenDotNetFrameWorkAPI.h"
-#include "host/WrenRegistryHive.h"
-#include "host/WrenStepHost.h"
+#include "runtime/WrenRegistryHive.h"
+#include "runtime/WrenStepHost.h"
 
 namespace wren::test {
 

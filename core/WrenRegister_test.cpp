@@ -2,9 +2,9 @@
 
 #include "WrenPluginAPI.h"
 #include "WrenRegister.h"
-#include "host/WrenActionRegistry.h"
-#include "host/WrenModule.h"
-#include "host/WrenOptionsStore.h"
+#include "runtime/WrenActionRegistry.h"
+#include "runtime/WrenModule.h"
+#include "runtime/WrenOptionsStore.h"
 
 namespace wren {
 namespace {

@@ -5,7 +5,7 @@
 #include <filesystem>
 
 #include "dotnet/WrenDotNetTestFixtures.h"
-#include "host/WrenStepHost.h"
+#include "runtime/WrenStepHost.h"
 
 namespace wren {
 namespace {

@@ -9,7 +9,7 @@
 #include "dotnet/WrenDotNetOptionsImpl.h"
 #include "dotnet/WrenDotNetTestFixtures.h"
 #include "dotnet/WrenDotNetUtils.h"
-#include "host/WrenActionRegistry.h"
+#include "runtime/WrenActionRegistry.h"
 #include "pages/WrenDotNetOptionsFrame.h"
 
 namespace wren {

@@ -13,8 +13,8 @@
 #include "WrenRegistry.h"
 #include "dotnet/WrenDotNetFrameWorkAPI.h"
 #include "dotnet/WrenDotNetOptionsImpl.h"
-#include "host/WrenOptionsStore.h"
-#include "host/WrenRegistryHive.h"
+#include "runtime/WrenOptionsStore.h"
+#include "runtime/WrenRegistryHive.h"
 
 namespace wren::test {
 

@@ -2,7 +2,7 @@
 // to the process-wide options store.
 #include <algorithm>
 
-#include "WrenOptionsStore.h"
+#include "runtime/WrenOptionsStore.h"
 #include "WrenUtils.h"
 
 namespace wren {

@@ -7,7 +7,7 @@
 #include "compilers/WrenJSharpDotNetCompilerAction.h"
 #include "compilers/WrenMSBuildAction.h"
 #include "compilers/WrenVBDotNetCompilerAction.h"
-#include "host/WrenActionRegistry.h"
+#include "runtime/WrenActionRegistry.h"
 #include "pages/WrenCSharpCompilerFrames.h"
 #include "pages/WrenMSBuildFrame.h"
 #include "pages/WrenVBDotNetCompilerFrames.h"

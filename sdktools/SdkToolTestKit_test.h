@@ -20,8 +20,8 @@
 #include "WrenUtils.h"
 #include "dotnet/WrenDotNetAction.h"
 #include "dotnet/WrenDotNetFrameWorkAPI.h"
-#include "host/WrenRegistryHive.h"
-#include "host/WrenStepHost.h"
+#include "runtime/WrenRegistryHive.h"
+#include "runtime/WrenStepHost.h"
 
 namespace wren::test {
 

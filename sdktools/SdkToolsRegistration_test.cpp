@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "WrenRegister.h"
-#include "host/WrenActionRegistry.h"
+#include "runtime/WrenActionRegistry.h"
 
 namespace wren {
 

@@ -16,8 +16,8 @@
 #include "TestProperties.h"
 #include "TestSupport.h"
 #include "WrenActionAPI.h"
-#include "host/WrenOptionsStore.h"
-#include "host/WrenStepHost.h"
+#include "runtime/WrenOptionsStore.h"
+#include "runtime/WrenStepHost.h"
 
 namespace wren::test {
 

@@ -10,8 +10,8 @@
 #include "compilers/WrenCSharpCompilerAction.h"
 #include "compilers/WrenMSBuildAction.h"
 #include "dotnet/WrenDotNetFrameWorkAPI.h"
-#include "host/WrenMonoSetup.h"
-#include "host/WrenRegistryHive.h"
+#include "runtime/WrenMonoSetup.h"
+#include "runtime/WrenRegistryHive.h"
 
 namespace wren {
 namespace {

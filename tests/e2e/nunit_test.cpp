@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "TestSupport.h"
-#include "host/WrenMonoSetup.h"
+#include "runtime/WrenMonoSetup.h"
 #include "tools/ToolsTestKit_test.h"
 #include "tools/WrenNUnitAction.h"
 #include "tools/WrenNUnitOptions.h"

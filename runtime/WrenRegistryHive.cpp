@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "WrenFiles.h"
-#include "WrenTextDecode.h"
+#include "host/WrenTextDecode.h"
 
 namespace wren {
 

@@ -1,8 +1,8 @@
 #include <dlfcn.h>
 
-#include "host/WrenActionRegistry.h"
-#include "host/WrenModule.h"
-#include "host/WrenOptionsStore.h"
+#include "runtime/WrenActionRegistry.h"
+#include "runtime/WrenModule.h"
+#include "runtime/WrenOptionsStore.h"
 
 namespace wren {
 
