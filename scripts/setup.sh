@@ -1,12 +1,14 @@
 #!/usr/bin/env bash
 # Installs every Debian package the project needs: the tool chain, the libraries and the real .NET
-# tools (Mono, xbuild, NUnit) that the end-to-end tests and the example build run.
+# tools (Mono, xbuild, NUnit) that the end-to-end tests and the example build run, and clang with
+# its libFuzzer runtime for the fuzz targets.
 set -euo pipefail
 packages=(
   build-essential cmake ninja-build pkg-config
   libgtest-dev libgmock-dev libbenchmark-dev
   libpugixml-dev liblua5.4-dev libcli11-dev nlohmann-json3-dev
   mono-devel mono-xbuild nunit-console
+  clang libclang-rt-14-dev
 )
 missing=()
 for p in "${packages[@]}"; do
