@@ -228,26 +228,28 @@ void TWrenProject::TDocument::SyncAction(pugi::xml_node element, const std::stri
     element.append_attribute("enabled").set_value("false");
   }
 
-  const std::string description = action.GetDescription();
-  pugi::xml_attribute stored = element.attribute("description");
-  if (stored) {
-    if (description == stored.value()) {
-      // unchanged, also when written as description=""
-    } else if (description.empty()) {
-      element.remove_attribute(stored);
-    } else {
-      stored.set_value(description.c_str());
-    }
-  } else if (!description.empty()) {
-    element.append_attribute("description").set_value(description.c_str());
-  }
-
-  // Values at creation: a property the file does not name is written only when it differs.
+  // Values at creation: what the file does not name is written only when it differs. This also
+  // holds for a description an action gives itself in its constructor.
   std::unique_ptr<TCustomWrenAction> fresh;
   if (factory)
     fresh = factory(className);
   else
     fresh = CreateRegisteredAction(className);
+
+  const std::string description = action.GetDescription();
+  const std::string initialDescription = fresh ? fresh->GetDescription() : "";
+  pugi::xml_attribute stored = element.attribute("description");
+  if (stored) {
+    if (description == stored.value()) {
+      // unchanged, also when written as description=""
+    } else if (description.empty() && initialDescription.empty()) {
+      element.remove_attribute(stored);
+    } else {
+      stored.set_value(description.c_str());
+    }
+  } else if (description != initialDescription) {
+    element.append_attribute("description").set_value(description.c_str());
+  }
 
   const TPropertyTable& table = action.GetPublishedProperties();
   std::vector<pugi::xml_node> found(table.size());

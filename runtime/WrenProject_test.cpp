@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "TestSupport.h"
+#include "sdktools/WrenDotNetGACAction.h"
 #include "WrenUtils.h"
 
 namespace wren {
@@ -221,6 +222,51 @@ TEST(WrenProject, NewProjectHasTheDocumentedShapeAndFollowsStepsMovedRemovedAdde
                      "<Property name=\"Tail\">second</Property><Property name=\"Force\">" +
                          force + "</Property></Action>\n</Actions></MarrowbyProject>\n");
     EXPECT_EQ(TestAction(loaded, 0).tail, force == "true" ? "second" : "") << "Force=" << force;
+  }
+}
+
+// Actions whose constructor gives them a description of their own.
+std::unique_ptr<TCustomWrenAction> GacFactory(const std::string& name) {
+  if (name == "TGACInstallAction") return std::make_unique<TGACInstallAction>();
+  if (name == "TGACUninstallAction") return std::make_unique<TGACUninstallAction>();
+  return nullptr;
+}
+
+TEST(WrenProject, DescriptionGivenAtCreationIsSavedOnlyWhenChanged) {
+  const std::string head = "<MarrowbyProject version=\"1\">\n<Actions>\n";
+  const std::string tail = "</Actions>\n</MarrowbyProject>\n";
+  const std::string install = "<Action class=\"TGACInstallAction\"/>\n";
+  const struct {
+    const char* label;
+    std::string action;
+    std::string setTo;  // "-": left alone
+    std::string saved;
+    std::string loaded;
+  } cases[] = {
+      {"unchanged", install, "-", install, "GAC Install"},
+      {"uninstall too", "<Action class=\"TGACUninstallAction\"/>\n", "-",
+       "<Action class=\"TGACUninstallAction\"/>\n", "GAC Uninstall"},
+      {"set to the value at creation", install, "GAC Install", install, "GAC Install"},
+      {"changed", install, "Mine", "<Action class=\"TGACInstallAction\" description=\"Mine\"/>\n",
+       "Mine"},
+      {"cleared", install, "", "<Action class=\"TGACInstallAction\" description=\"\"/>\n", ""},
+      {"stored empty", "<Action class=\"TGACInstallAction\" description=\"\"/>\n", "-",
+       "<Action class=\"TGACInstallAction\" description=\"\"/>\n", ""},
+      {"stored, then cleared", "<Action class=\"TGACInstallAction\" description=\"x\"/>\n", "",
+       "<Action class=\"TGACInstallAction\" description=\"\"/>\n", ""},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.label);
+    TWrenProject project;
+    TWrenProjectError error;
+    ASSERT_TRUE(project.LoadFromText(head + c.action + tail, "g.mbproj", GacFactory, error))
+        << error.ToString();
+    if (c.setTo != "-") project.steps.at(0).action->SetDescription(c.setTo);
+    const std::string saved = project.SaveToText();
+    EXPECT_EQ(saved, head + c.saved + tail);
+    TWrenProject again;
+    ASSERT_TRUE(again.LoadFromText(saved, "g.mbproj", GacFactory, error)) << error.ToString();
+    EXPECT_EQ(again.steps.at(0).action->GetDescription(), c.loaded);
   }
 }
 
