@@ -9,6 +9,7 @@
 
 #include "WrenActionRegistry.h"
 #include "WrenFiles.h"
+#include "WrenSuggest.h"
 #include "WrenUtils.h"
 #include "WrenXmlDocument.h"
 
@@ -336,7 +337,84 @@ void TWrenProject::TDocument::WritePropertyValue(pugi::xml_node element,
 
 namespace {
 
+/// "a", "a or b", "a, b or c".
+std::string OneOf(const std::vector<std::string>& names) {
+  std::string text;
+  for (size_t i = 0; i < names.size(); ++i)
+    text += (i == 0 ? "" : i + 1 == names.size() ? " or " : ", ") + names[i];
+  return text;
+}
+
+/// "; did you mean X?" when a candidate is near the word. Long words are not compared: no
+/// one mistypes a name that long, and the distance is quadratic in it.
+std::string Suggestion(const std::string& word, const std::vector<std::string>& candidates) {
+  if (word.size() > 64) return "";
+  const std::string hint = DidYouMean(word, candidates);
+  return hint.empty() ? "" : "; " + hint;
+}
+
+/// What an element of the project may hold.
+struct TShape {
+  std::vector<std::string> attributes;
+  std::vector<std::string> children;  // element names
+  bool text = false;                  // text (or CDATA) beyond whitespace
+};
+
+/// An attribute the shape does not allow; false with the message.
+bool CheckAttributes(pugi::xml_node element, const TShape& shape, std::string& message) {
+  for (pugi::xml_attribute a : element.attributes()) {
+    if (std::find(shape.attributes.begin(), shape.attributes.end(), a.name()) !=
+        shape.attributes.end())
+      continue;
+    message = std::string("unknown attribute '") + a.name() + "' in <" + element.name() + "> (" +
+              (shape.attributes.empty() ? "it takes none"
+                                        : "expected " + OneOf(shape.attributes)) +
+              ")" + Suggestion(a.name(), shape.attributes);
+    return false;
+  }
+  return true;
+}
+
+/// The first attribute or child the shape does not allow: the node at fault and why.
+bool CheckShape(pugi::xml_node element, const TShape& shape, std::string& message,
+                pugi::xml_node& at) {
+  at = element;
+  if (!CheckAttributes(element, shape, message)) return false;
+  for (pugi::xml_node child : element.children()) {
+    at = child;
+    if (child.type() == pugi::node_element) {
+      if (std::find(shape.children.begin(), shape.children.end(), child.name()) !=
+          shape.children.end())
+        continue;
+      std::vector<std::string> expected;
+      for (const std::string& c : shape.children) expected.push_back("<" + c + ">");
+      message = std::string("unexpected element <") + child.name() + "> in <" +
+                element.name() + "> (" +
+                (shape.children.empty() ? "it holds text only" : "expected " + OneOf(expected)) +
+                ")" + Suggestion(child.name(), shape.children);
+      return false;
+    }
+    if ((child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata) && !shape.text &&
+        !IsBlank(child.value())) {
+      message = std::string("unexpected text in <") + element.name() + ">";
+      return false;
+    }
+  }
+  return true;
+}
+
+const TShape kRootShape{{"version"}, {"Variables", "Actions"}};
+const TShape kVariablesShape{{}, {"Variable"}};
+const TShape kVariableShape{{"name"}, {}, true};
+const TShape kActionsShape{{}, {"Action"}};
+const TShape kActionShape{{"class", "enabled", "description"}, {"Property", "Script"}};
+const TShape kScalarPropertyShape{{"name"}, {}, true};
+const TShape kListPropertyShape{{"name"}, {"Item"}};
+const TShape kItemShape{{}, {}, true};
+const TShape kScriptShape{{"name", "language"}, {}, true};
+
 /// Reads the document into variables and steps; fills the error and answers false on bad input.
+/// Anything the file format does not know is an error, so that a typo never passes unnoticed.
 class TProjectReader {
  public:
   TProjectReader(const std::string& text, const std::string& file,
@@ -348,29 +426,32 @@ class TProjectReader {
             std::unordered_map<const TCustomWrenAction*, pugi::xml_node>& elements) {
     if (!root || std::strcmp(root.name(), "MarrowbyProject") != 0)
       return Fail(root, "", "", "the root element must be <MarrowbyProject>");
+    if (!Check(root, kRootShape, "")) return false;
     const std::string version = root.attribute("version").value();
     if (version != "1")
       return Fail(root, "", "",
                   version.empty() ? "the project has no version (expected version=\"1\")"
                                   : "unsupported project version '" + version + "' (expected 1)");
+    pugi::xml_node variablesSeen, actionsSeen;
     for (pugi::xml_node child : root.children()) {
       if (child.type() != pugi::node_element) continue;
-      if (std::strcmp(child.name(), "Variables") == 0) {
-        if (!ReadVariables(child, variables)) return false;
-      } else if (std::strcmp(child.name(), "Actions") == 0) {
-        for (pugi::xml_node e : child.children()) {
-          if (e.type() != pugi::node_element) continue;
-          if (std::strcmp(e.name(), "Action") != 0)
-            return Fail(e, "", "",
-                        std::string("unexpected element <") + e.name() + "> in <Actions>");
-          TWrenProjectStep step;
-          if (!ReadAction(e, step)) return false;
-          elements[step.action.get()] = e;
-          steps.push_back(std::move(step));
-        }
-      } else {
+      const bool isVariables = std::strcmp(child.name(), "Variables") == 0;
+      pugi::xml_node& seen = isVariables ? variablesSeen : actionsSeen;
+      if (seen)
         return Fail(child, "", "",
-                    std::string("unexpected element <") + child.name() + "> in <MarrowbyProject>");
+                    std::string("<") + child.name() + "> is given twice (first on line " +
+                        std::to_string(LineOf(seen)) + ")");
+      seen = child;
+      if (isVariables) {
+        if (!ReadVariables(child, variables)) return false;
+        continue;
+      }
+      if (!Check(child, kActionsShape, "")) return false;
+      for (pugi::xml_node e : child.children("Action")) {
+        TWrenProjectStep step;
+        if (!ReadAction(e, step)) return false;
+        elements[step.action.get()] = e;
+        steps.push_back(std::move(step));
       }
     }
     return true;
@@ -379,7 +460,7 @@ class TProjectReader {
   bool Fail(pugi::xml_node at, const std::string& action, const std::string& property,
             const std::string& message) {
     error_.file = file_;
-    error_.line = lines_.LineOf(at ? at.offset_debug() : 0);
+    error_.line = LineOf(at);
     error_.action = action;
     error_.property = property;
     error_.message = message;
@@ -387,20 +468,45 @@ class TProjectReader {
   }
 
  private:
+  /// The line of a node; for text, of its first visible character.
+  int LineOf(pugi::xml_node node) const {
+    if (!node) return lines_.LineOf(0);
+    ptrdiff_t offset = node.offset_debug();
+    if (node.type() == pugi::node_pcdata) {
+      const std::string value = node.value();
+      offset += static_cast<ptrdiff_t>(std::min(value.find_first_not_of(" \t\r\n"), value.size()));
+    }
+    return lines_.LineOf(offset);
+  }
+
+  bool Check(pugi::xml_node element, const TShape& shape, const std::string& action,
+             const std::string& property = "") {
+    std::string message;
+    pugi::xml_node at;
+    return CheckShape(element, shape, message, at) || Fail(at, action, property, message);
+  }
+
   bool ReadVariables(pugi::xml_node container, std::vector<TWrenProjectVariable>& variables) {
-    for (pugi::xml_node e : container.children()) {
-      if (e.type() != pugi::node_element) continue;
-      if (std::strcmp(e.name(), "Variable") != 0)
-        return Fail(e, "", "", std::string("unexpected element <") + e.name() + "> in <Variables>");
+    if (!Check(container, kVariablesShape, "")) return false;
+    std::vector<pugi::xml_node> seen;
+    for (pugi::xml_node e : container.children("Variable")) {
+      if (!Check(e, kVariableShape, "")) return false;
       const std::string name = e.attribute("name").value();
       if (name.empty()) return Fail(e, "", "", "<Variable> has no name");
+      for (size_t i = 0; i < variables.size(); ++i)
+        if (SameText(variables[i].name, name))
+          return Fail(e, "", "",
+                      "variable '" + name + "' is given twice (first on line " +
+                          std::to_string(LineOf(seen[i])) + ")");
       variables.push_back({name, ElementText(e)});
+      seen.push_back(e);
     }
     return true;
   }
 
   bool ReadAction(pugi::xml_node e, TWrenProjectStep& step) {
     const std::string className = e.attribute("class").value();
+    if (!Check(e, kActionShape, className)) return false;
     if (className.empty()) return Fail(e, "", "", "<Action> has no class");
     std::unique_ptr<TCustomWrenAction> action = factory_ ? factory_(className) : nullptr;
     if (!action) return Fail(e, className, "", "unknown action class '" + className + "'");
@@ -421,40 +527,29 @@ class TProjectReader {
     for (pugi::xml_node child : e.children()) {
       if (child.type() != pugi::node_element) continue;
       if (std::strcmp(child.name(), "Property") == 0) {
-        const std::string name = child.attribute("name").value();
-        if (name.empty()) return Fail(child, className, "", "<Property> has no name");
-        const TPublishedProperty* prop = FindProperty(table, name);
-        if (!prop) return Fail(child, className, name, "unknown property");
-        const size_t index = static_cast<size_t>(prop - table.data());
-        if (values[index])
-          return Fail(child, className, prop->name,
-                      "the property is given twice (first on line " +
-                          std::to_string(lines_.LineOf(where[index].offset_debug())) + ")");
-        TPropertyValue value;
-        std::string message;
-        pugi::xml_node at;
-        if (!ReadPropertyValue(child, *prop, value, message, at))
-          return Fail(at, className, prop->name, message);
-        values[index] = std::move(value);
-        where[index] = child;
-      } else if (std::strcmp(child.name(), "Script") == 0) {
-        const std::string name = child.attribute("name").value();
-        if (name.empty()) return Fail(child, className, "", "<Script> has no name");
-        TWrenActionScript* script = action->GetScriptByName(name);
-        if (!script) return Fail(child, className, name, "the action has no script of that name");
-        const pugi::xml_attribute language = child.attribute("language");
-        if (language && !SameText(language.value(), "lua"))
-          return Fail(child, className, name,
-                      std::string("unsupported script language '") + language.value() +
-                          "' (scripts are lua)");
-        if (!scriptsSeen.insert(script).second)
-          return Fail(child, className, name, "the script is given twice");
-        script->text = ElementText(child);
-        script->language = "lua";
-      } else {
-        return Fail(child, className, "",
-                    std::string("unexpected element <") + child.name() + "> in an action");
+        if (!ReadProperty(child, className, table, values, where)) return false;
+        continue;
       }
+      // A <Script>: the shape check above allows nothing else.
+      const std::string name = child.attribute("name").value();
+      if (!Check(child, kScriptShape, className, name)) return false;
+      if (name.empty()) return Fail(child, className, "", "<Script> has no name");
+      TWrenActionScript* script = action->GetScriptByName(name);
+      if (!script) {
+        std::vector<std::string> names;
+        for (const TWrenActionScript& s : action->Scripts()) names.push_back(s.name);
+        return Fail(child, className, name,
+                    "the action has no script of that name" + Suggestion(name, names));
+      }
+      const pugi::xml_attribute language = child.attribute("language");
+      if (language && !SameText(language.value(), "lua"))
+        return Fail(child, className, name,
+                    std::string("unsupported script language '") + language.value() +
+                        "' (scripts are lua)");
+      if (!scriptsSeen.insert(script).second)
+        return Fail(child, className, name, "the script is given twice");
+      script->text = ElementText(child);
+      script->language = "lua";
     }
 
     // Declaration order, whatever the file's order: a setter may depend on an earlier property.
@@ -474,7 +569,47 @@ class TProjectReader {
     step.className = action->ClassName();
     step.action = std::move(action);
     step.enabled = enabled;
-    step.line = lines_.LineOf(e.offset_debug());
+    step.line = LineOf(e);
+    return true;
+  }
+
+  bool ReadProperty(pugi::xml_node child, const std::string& className,
+                    const TPropertyTable& table, std::vector<std::optional<TPropertyValue>>& values,
+                    std::vector<pugi::xml_node>& where) {
+    const std::string name = child.attribute("name").value();
+    std::string message;
+    pugi::xml_node at;
+    if (!CheckAttributes(child, kListPropertyShape, message))  // the same for every kind
+      return Fail(child, className, name, message);
+    if (name.empty()) return Fail(child, className, "", "<Property> has no name");
+    const TPublishedProperty* prop = FindProperty(table, name);
+    if (!prop) {
+      std::vector<std::string> names;
+      for (const TPublishedProperty& p : table) names.push_back(p.name);
+      return Fail(child, className, name, "unknown property" + Suggestion(name, names));
+    }
+    const size_t index = static_cast<size_t>(prop - table.data());
+    if (values[index])
+      return Fail(child, className, prop->name,
+                  "the property is given twice (first on line " +
+                      std::to_string(LineOf(where[index])) + ")");
+    if (prop->kind == TPropertyKind::pkStringList) {
+      if (!CheckShape(child, kListPropertyShape, message, at)) {
+        // Text beside the items most likely means a value written the single-value way.
+        if (at.type() != pugi::node_element && at != child)
+          message = "a string list holds one <Item> per line, not text";
+        return Fail(at, className, prop->name, message);
+      }
+      for (pugi::xml_node item : child.children("Item"))
+        if (!Check(item, kItemShape, className, prop->name)) return false;
+    } else if (!Check(child, kScalarPropertyShape, className, prop->name)) {
+      return false;
+    }
+    TPropertyValue value;
+    if (!ReadPropertyValue(child, *prop, value, message, at))
+      return Fail(at, className, prop->name, message);
+    values[index] = std::move(value);
+    where[index] = child;
     return true;
   }
 
@@ -508,11 +643,11 @@ bool TWrenProject::LoadFromText(const std::string& text, const std::string& file
                                 const TWrenActionFactory& factory, TWrenProjectError& error) {
   *this = TWrenProject();
   auto doc = std::make_unique<TDocument>();
-  pugi::xml_parse_result parsed;
+  TXmlParseError parsed;
   const size_t bomSize = text.compare(0, 3, kUtf8Bom) == 0 ? 3 : 0;
   if (!doc->document.Parse(text, parsed)) {
     const TLineIndex lines(text.substr(bomSize));
-    error = TWrenProjectError{file, lines.LineOf(parsed.offset), "", "", parsed.description()};
+    error = TWrenProjectError{file, lines.LineOf(parsed.offset), "", "", parsed.message};
     return false;
   }
   std::vector<TWrenProjectVariable> loadedVariables;
@@ -532,7 +667,7 @@ bool TWrenProject::LoadFromText(const std::string& text, const std::string& file
 std::string TWrenProject::SaveToText() {
   if (!doc_) {
     doc_ = std::make_unique<TDocument>();
-    pugi::xml_parse_result parsed;
+    TXmlParseError parsed;
     doc_->document.Parse(kNewProjectText, parsed);
   }
   pugi::xml_node root = doc_->document.xml.document_element();

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <string_view>
+#include <unordered_set>
 
 #include "WrenUtils.h"
 
@@ -16,6 +18,12 @@ constexpr unsigned kParseOptions = pugi::parse_cdata | pugi::parse_escapes | pug
                                    pugi::parse_doctype | pugi::parse_ws_pcdata;
 
 constexpr char kUtf8Bom[] = "\xEF\xBB\xBF";
+
+// Deeper nesting than any sane document needs; it also bounds the recursion of scanning and
+// writing, so no input can exhaust the stack.
+constexpr unsigned kMaxDepth = 100;
+
+size_t FirstNonBlank(const std::string& text) { return text.find_first_not_of(" \t\r\n"); }
 
 bool HasNewline(const std::string& text) { return text.find('\n') != std::string::npos; }
 
@@ -65,19 +73,33 @@ int TLineIndex::LineOf(ptrdiff_t offset) const {
   return static_cast<int>(it - starts_.begin());
 }
 
-bool TWrenXmlDocument::Parse(const std::string& text, pugi::xml_parse_result& result) {
+bool TWrenXmlDocument::Parse(const std::string& text, TXmlParseError& error) {
   std::string src = text;
   if (src.compare(0, 3, kUtf8Bom) == 0) {
     bom_ = kUtf8Bom;
     src.erase(0, 3);
   }
-  result = xml.load_buffer(src.data(), src.size(), kParseOptions, pugi::encoding_utf8);
-  if (!result) return false;
+  const auto fail = [&error](const std::string& message, ptrdiff_t offset) {
+    error.message = message;
+    error.offset = offset;
+    return false;
+  };
+  // The parser reads C strings: a NUL would silently end a value or the document.
+  if (const size_t nul = src.find('\0'); nul != std::string::npos)
+    return fail("a NUL byte is not allowed in XML", static_cast<ptrdiff_t>(nul));
+  const pugi::xml_parse_result result =
+      xml.load_buffer(src.data(), src.size(), kParseOptions, pugi::encoding_utf8);
+  if (!result) return fail(result.description(), result.offset);
+  if (!CheckTree(error)) return false;
 
   size_t pos = 0;
   for (pugi::xml_node child : xml.children()) {
+    const size_t from = pos;
     pos = Scan(child, pos, src);
     if (pos == std::string::npos) break;
+    if (const size_t stray = FirstNonBlank(spans_[child.internal_object()].gapBefore);
+        stray != std::string::npos)
+      return fail("text outside the root element", static_cast<ptrdiff_t>(from + stray));
   }
   if (pos == std::string::npos) {
     // Some node could not be traced to its bytes: write everything afresh rather than guess.
@@ -85,6 +107,8 @@ bool TWrenXmlDocument::Parse(const std::string& text, pugi::xml_parse_result& re
     trailing_ = "\n";
   } else {
     trailing_ = src.substr(pos);
+    if (const size_t stray = FirstNonBlank(trailing_); stray != std::string::npos)
+      return fail("text outside the root element", static_cast<ptrdiff_t>(pos + stray));
   }
 
   // The indentation step of the file, taken from the first child of the root.
@@ -100,6 +124,49 @@ bool TWrenXmlDocument::Parse(const std::string& text, pugi::xml_parse_result& re
     break;
   }
   return true;
+}
+
+// What the parser lets through but XML forbids: a second root element and an attribute given
+// twice; and nesting too deep to walk safely.
+bool TWrenXmlDocument::CheckTree(TXmlParseError& error) {
+  pugi::xml_node root;
+  for (pugi::xml_node child : xml.children()) {
+    if (child.type() != pugi::node_element) continue;
+    if (root) {
+      error.message = std::string("a second root element <") + child.name() + "> after <" +
+                      root.name() + "> (a document has one)";
+      error.offset = child.offset_debug();
+      return false;
+    }
+    root = child;
+  }
+
+  // pugixml's own walk is iterative, so the depth can be measured before anything recurses.
+  struct TChecker : pugi::xml_tree_walker {
+    TXmlParseError* error = nullptr;
+    bool for_each(pugi::xml_node& node) override {
+      if (static_cast<unsigned>(depth()) >= kMaxDepth) {
+        error->message = "elements nested more than " + std::to_string(kMaxDepth) + " deep";
+        error->offset = node.offset_debug();
+        return false;
+      }
+      if (node.type() != pugi::node_element || !node.first_attribute() ||
+          !node.first_attribute().next_attribute())
+        return true;
+      std::unordered_set<std::string_view> names;
+      for (pugi::xml_attribute a : node.attributes()) {
+        if (!names.insert(a.name()).second) {
+          error->message = std::string("attribute '") + a.name() + "' given twice in <" +
+                           node.name() + ">";
+          error->offset = node.offset_debug();
+          return false;
+        }
+      }
+      return true;
+    }
+  } checker;
+  checker.error = &error;
+  return xml.traverse(checker);
 }
 
 // Records the bytes of a node that starts at or after `from`; answers where it ends, npos when

@@ -51,6 +51,12 @@ struct TSpan {
   bool selfClosing = false;
 };
 
+/// Why text is not a well-formed document; offset counts bytes after a byte-order mark.
+struct TXmlParseError {
+  std::string message;
+  ptrdiff_t offset = 0;
+};
+
 /// A parsed XML document with the original bytes of every node, and editing operations that
 /// keep the surrounding layout (line ends, indentation, quotes).
 class TWrenXmlDocument {
@@ -58,8 +64,10 @@ class TWrenXmlDocument {
   pugi::xml_document xml;
 
   /// Parses the text (a UTF-8 byte-order mark is kept aside) and records the bytes of each node.
-  /// False with result set on malformed XML.
-  bool Parse(const std::string& text, pugi::xml_parse_result& result);
+  /// False on malformed XML, including what the parser itself lets through (text or a second
+  /// element after the root, an attribute given twice, a NUL byte) and nesting deeper than
+  /// any document needs.
+  bool Parse(const std::string& text, TXmlParseError& error);
   std::string Write() const;
 
   pugi::xml_node AppendChildElement(pugi::xml_node parent, const char* name);
@@ -78,6 +86,7 @@ class TWrenXmlDocument {
   }
 
  private:
+  bool CheckTree(TXmlParseError& error);
   size_t Scan(pugi::xml_node node, size_t from, const std::string& src);
   void WriteNode(pugi::xml_node node, std::string& out) const;
   void WriteElement(pugi::xml_node node, const TSpan* span, std::string& out) const;

@@ -7,8 +7,8 @@ namespace {
 
 TWrenXmlDocument ParseGood(const std::string& text) {
   TWrenXmlDocument doc;
-  pugi::xml_parse_result result;
-  EXPECT_TRUE(doc.Parse(text, result)) << result.description();
+  TXmlParseError error;
+  EXPECT_TRUE(doc.Parse(text, error)) << error.message;
   return doc;
 }
 
@@ -41,6 +41,44 @@ TEST(WrenXmlDocument, EditsKeepTheLayoutAroundThem) {
   EXPECT_EQ(doc.Write(),
             "<r>\r\n\t<a k='it&apos;s' m=\"&lt;\">new &amp; more</a>\r\n\t<b>filled</b>\r\n"
             "\t<c x=\"1\"/>\r\n\t<empty>\r\n\t\t<item/>\r\n\t</empty>\r\n</r>\r\n");
+}
+
+std::string Repeat(const std::string& part, size_t times) {
+  std::string text;
+  for (size_t i = 0; i < times; ++i) text += part;
+  return text;
+}
+
+TEST(WrenXmlDocument, RejectsWhatTheParserLetsThroughAndNestingTooDeep) {
+  const struct {
+    std::string text;
+    std::string message;  // a part of it
+    ptrdiff_t offset;
+  } cases[] = {
+      {"<r/>\n<s/>\n", "a second root element <s> after <r>", 6},
+      {"<r/>\n<!-- c -->\n  tail\n", "text outside the root element", 18},
+      {"lead <r/>", "text outside the root element", 0},
+      {"<r><e a=\"1\" b=\"2\" a=\"3\"/></r>", "attribute 'a' given twice in <e>", 4},
+      {std::string("<r>a\0b</r>", 10), "NUL byte", 4},
+      {"<r>" + Repeat("<e>", 100) + Repeat("</e>", 100) + "</r>", "nested more than 100 deep",
+       3 + 99 * 3 + 1},
+      // Deep enough to exhaust the stack of any recursive walk, closed and unclosed.
+      {Repeat("<e>", 200000) + Repeat("</e>", 200000), "nested more than 100 deep", 100 * 3 + 1},
+      {Repeat("<e a='1'>", 200000), "", -1},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.text.substr(0, 60));
+    TWrenXmlDocument doc;
+    TXmlParseError error;
+    EXPECT_FALSE(doc.Parse(c.text, error));
+    EXPECT_NE(error.message.find(c.message), std::string::npos) << error.message;
+    if (c.offset >= 0) {
+      EXPECT_EQ(error.offset, c.offset);
+    }
+  }
+  // Exactly as deep as allowed still parses and writes back.
+  const std::string deepest = Repeat("<e>", 100) + Repeat("</e>", 100);
+  EXPECT_EQ(ParseGood(deepest).Write(), deepest);
 }
 
 TEST(WrenXmlDocument, LineIndexCountsFromOne) {
