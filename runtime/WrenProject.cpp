@@ -23,19 +23,28 @@ const char kNewProjectText[] =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<MarrowbyProject version=\"1\">\n"
     "</MarrowbyProject>\n";
 
+/// Booleans are written "true" or "false" exactly, for properties and for enabled= alike.
+bool ParseBoolean(const std::string& text, bool& value, std::string& message) {
+  if (text != "true" && text != "false") {
+    message = "'" + text + "' is not a boolean (true or false)";
+    return false;
+  }
+  value = text == "true";
+  return true;
+}
+
 bool ParseScalar(const TPublishedProperty& prop, const std::string& text, TPropertyValue& value,
                  std::string& message) {
   switch (prop.kind) {
     case TPropertyKind::pkString:
       value = text;
       return true;
-    case TPropertyKind::pkBoolean:
-      if (text == "true" || text == "false") {
-        value = text == "true";
-        return true;
-      }
-      message = "'" + text + "' is not a boolean (true or false)";
-      return false;
+    case TPropertyKind::pkBoolean: {
+      bool flag = false;
+      if (!ParseBoolean(text, flag, message)) return false;
+      value = flag;
+      return true;
+    }
     case TPropertyKind::pkInteger: {
       int32_t number = 0;
       const char* end = text.data() + text.size();
@@ -513,10 +522,9 @@ class TProjectReader {
 
     bool enabled = true;
     if (pugi::xml_attribute a = e.attribute("enabled")) {
-      const std::string text = a.value();
-      if (text != "true" && text != "false")
-        return Fail(e, className, "", "enabled must be true or false, not '" + text + "'");
-      enabled = text == "true";
+      std::string message;
+      if (!ParseBoolean(a.value(), enabled, message))
+        return Fail(e, className, "", "enabled: " + message);
     }
     if (pugi::xml_attribute a = e.attribute("description")) action->SetDescription(a.value());
 

@@ -297,7 +297,8 @@ TEST(WrenProject, BadInputNamesFileLineActionAndProperty) {
        "given twice (first on line 5)"},
       {A("\n<Script name=\"OnStop\">x()</Script>\n"), 5, "OnStop", "no script"},
       {A("\n<Script name=\"OnRun\" language=\"python\">x</Script>\n"), 5, "OnRun", "'python'"},
-      {"<Action class=\"TTestAction\" enabled=\"no\"/>\n", 4, "", "enabled must be true or false"},
+      {"<Action class=\"TTestAction\" enabled=\"no\"/>\n", 4, "",
+       "enabled: 'no' is not a boolean (true or false)"},
       {A(P("References", "\n<Item>a</Item>b.dll\n")), 5, "References", "one <Item> per line"},
       // Typos and strays anywhere are errors, not silently ignored.
       {"<Action class=\"TTestAction\" enable=\"false\"/>\n", 4, "",
@@ -305,7 +306,7 @@ TEST(WrenProject, BadInputNamesFileLineActionAndProperty) {
        "did you mean enabled?"},
       {"<Action class=\"TTestAction\"\n descripton=\"x\"/>\n", 4, "",
        "did you mean description?"},
-      {"<Action class=\"TTestAction\" enabled=\"True\"/>\n", 4, "", "not 'True'"},
+      {"<Action class=\"TTestAction\" enabled=\"True\"/>\n", 4, "", "'True' is not a boolean"},
       {"<Actio class=\"TTestAction\"/>\n", 4, "",
        "unexpected element <Actio> in <Actions> (expected <Action>); did you mean Action?", ""},
       {"\nstray\n", 5, "", "unexpected text in <Actions>", ""},

@@ -32,7 +32,8 @@ class ProjectMachine {
   std::string sn;
 };
 
-const char kHead[] = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<MarrowbyProject version=\"1\">\n";
+const char kHead[] =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<MarrowbyProject version=\"1\">\n";
 
 std::string SnAction(const std::string& attributes) {
   return "  <Actions>\n    <Action class=\"TSNGenericSN\"" + attributes + ">\n"
@@ -57,7 +58,7 @@ TEST(ProjectFiles, MalformedOrMistypedFilesAreRefusedAndNothingRuns) {
       {"description mistyped", kHead + SnAction(" descripton=\"x\"") + "</MarrowbyProject>\n",
        ":4: action 'TSNGenericSN': unknown attribute 'descripton' in <Action>"},
       {"bad enabled value", kHead + SnAction(" enabled=\"yes\"") + "</MarrowbyProject>\n",
-       ":4: action 'TSNGenericSN': enabled must be true or false, not 'yes'"},
+       ":4: action 'TSNGenericSN': enabled: 'yes' is not a boolean (true or false)"},
       {"second root element",
        kHead + SnAction("") + "</MarrowbyProject>\n<MarrowbyProject version=\"1\"/>\n",
        ":10: a second root element <MarrowbyProject> after <MarrowbyProject>"},
