@@ -185,6 +185,7 @@ void TWrenProject::TDocument::SyncSteps(pugi::xml_node root,
   if (!container) container = document.AppendChildElement(root, "Actions");
 
   std::vector<pugi::xml_node> wanted;
+  std::unordered_set<const void*> taken;  // the elements in wanted, found without a search
   std::unordered_map<const TCustomWrenAction*, pugi::xml_node> placed;
   for (const TWrenProjectStep& step : steps) {
     if (!step.action) continue;
@@ -195,19 +196,20 @@ void TWrenProject::TDocument::SyncSteps(pugi::xml_node root,
     if (it != actionElements.end() && it->second.parent() == container &&
         SameText(it->second.attribute("class").value(), className))
       element = it->second;
-    if (!element || std::find(wanted.begin(), wanted.end(), element) != wanted.end()) {
+    if (!element || taken.count(element.internal_object())) {
       element = document.AppendChildElement(container, "Action");
       element.append_attribute("class").set_value(className.c_str());
     }
     SyncAction(element, className, step);
     wanted.push_back(element);
+    taken.insert(element.internal_object());
     placed[step.action.get()] = element;
   }
 
   // Action elements of steps that are gone.
   std::vector<pugi::xml_node> stale;
   for (pugi::xml_node e : container.children("Action"))
-    if (std::find(wanted.begin(), wanted.end(), e) == wanted.end()) stale.push_back(e);
+    if (!taken.count(e.internal_object())) stale.push_back(e);
   for (pugi::xml_node e : stale) document.RemoveElement(e);
 
   // Put the elements in the order of the steps, each moving with its indentation.
@@ -497,18 +499,17 @@ class TProjectReader {
 
   bool ReadVariables(pugi::xml_node container, std::vector<TWrenProjectVariable>& variables) {
     if (!Check(container, kVariablesShape, "")) return false;
-    std::vector<pugi::xml_node> seen;
+    std::unordered_map<std::string, pugi::xml_node> seen;  // by name without regard to case
     for (pugi::xml_node e : container.children("Variable")) {
       if (!Check(e, kVariableShape, "")) return false;
       const std::string name = e.attribute("name").value();
       if (name.empty()) return Fail(e, "", "", "<Variable> has no name");
-      for (size_t i = 0; i < variables.size(); ++i)
-        if (SameText(variables[i].name, name))
-          return Fail(e, "", "",
-                      "variable '" + name + "' is given twice (first on line " +
-                          std::to_string(LineOf(seen[i])) + ")");
+      const auto [first, added] = seen.emplace(LowerCase(name), e);
+      if (!added)
+        return Fail(e, "", "",
+                    "variable '" + name + "' is given twice (first on line " +
+                        std::to_string(LineOf(first->second)) + ")");
       variables.push_back({name, ElementText(e)});
-      seen.push_back(e);
     }
     return true;
   }
