@@ -4,23 +4,18 @@
 #include <charconv>
 #include <cstring>
 #include <optional>
-#include <pugixml.hpp>
 #include <unordered_map>
 #include <unordered_set>
 
 #include "WrenActionRegistry.h"
 #include "WrenFiles.h"
+#include "WrenSuggest.h"
 #include "WrenUtils.h"
+#include "WrenXmlDocument.h"
 
 namespace wren {
 
 namespace {
-
-// Everything the file holds becomes a node, so each byte of it can be traced back to one node.
-// Line ends are kept as written (no parse_eol) and attribute whitespace is left alone.
-constexpr unsigned kParseOptions = pugi::parse_cdata | pugi::parse_escapes | pugi::parse_pi |
-                                   pugi::parse_comments | pugi::parse_declaration |
-                                   pugi::parse_doctype | pugi::parse_ws_pcdata;
 
 constexpr char kUtf8Bom[] = "\xEF\xBB\xBF";
 
@@ -28,78 +23,15 @@ const char kNewProjectText[] =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<MarrowbyProject version=\"1\">\n"
     "</MarrowbyProject>\n";
 
-bool IsXmlSpace(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
-
-bool IsBlank(const char* text) {
-  for (; *text; ++text)
-    if (!IsXmlSpace(*text)) return false;
+/// Booleans are written "true" or "false" exactly, for properties and for enabled= alike.
+bool ParseBoolean(const std::string& text, bool& value, std::string& message) {
+  if (text != "true" && text != "false") {
+    message = "'" + text + "' is not a boolean (true or false)";
+    return false;
+  }
+  value = text == "true";
   return true;
 }
-
-bool IsBlankText(pugi::xml_node node) {
-  return node.type() == pugi::node_pcdata && IsBlank(node.value());
-}
-
-bool HasNewline(const std::string& text) { return text.find('\n') != std::string::npos; }
-
-/// The last line break of a run of whitespace and the indentation after it ("\r\n    ");
-/// the run itself when it holds no line break.
-std::string LastLineOf(const std::string& ws) {
-  size_t pos = ws.rfind('\n');
-  if (pos == std::string::npos) return ws;
-  if (pos > 0 && ws[pos - 1] == '\r') --pos;
-  return ws.substr(pos);
-}
-
-/// The text of an element: its text and CDATA children joined.
-std::string ElementText(pugi::xml_node element) {
-  std::string text;
-  for (pugi::xml_node child : element.children())
-    if (child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata)
-      text += child.value();
-  return text;
-}
-
-
-/// An attribute as written in a start tag, so that a changed value replaces only its own bytes.
-struct TRawAttribute {
-  std::string name;
-  std::string value;      // decoded, as loaded
-  size_t begin = 0;       // the whitespace before the name, relative to the tag
-  size_t valueBegin = 0;  // first byte inside the quotes
-  size_t valueEnd = 0;    // the closing quote
-  char quote = '"';
-};
-
-/// The bytes one node was read from and what it held then. A node whose content still equals
-/// what it held is written back as those bytes.
-struct TSpan {
-  std::string gapBefore;  // bytes between the previous node and this one (document level)
-  std::string raw;        // elements: the start tag; other nodes: the whole node
-  std::string rawEnd;     // elements: the end tag, "" when self-closing
-  std::string name;
-  std::string value;
-  std::vector<TRawAttribute> attributes;
-  bool selfClosing = false;
-};
-
-/// Line numbers from byte offsets.
-class TLineIndex {
- public:
-  explicit TLineIndex(const std::string& text) {
-    starts_.push_back(0);
-    for (size_t i = 0; i < text.size(); ++i)
-      if (text[i] == '\n') starts_.push_back(i + 1);
-  }
-  int LineOf(ptrdiff_t offset) const {
-    if (offset < 0) return 0;
-    auto it = std::upper_bound(starts_.begin(), starts_.end(), static_cast<size_t>(offset));
-    return static_cast<int>(it - starts_.begin());
-  }
-
- private:
-  std::vector<size_t> starts_;
-};
 
 bool ParseScalar(const TPublishedProperty& prop, const std::string& text, TPropertyValue& value,
                  std::string& message) {
@@ -107,13 +39,12 @@ bool ParseScalar(const TPublishedProperty& prop, const std::string& text, TPrope
     case TPropertyKind::pkString:
       value = text;
       return true;
-    case TPropertyKind::pkBoolean:
-      if (text == "true" || text == "false") {
-        value = text == "true";
-        return true;
-      }
-      message = "'" + text + "' is not a boolean (true or false)";
-      return false;
+    case TPropertyKind::pkBoolean: {
+      bool flag = false;
+      if (!ParseBoolean(text, flag, message)) return false;
+      value = flag;
+      return true;
+    }
     case TPropertyKind::pkInteger: {
       int32_t number = 0;
       const char* end = text.data() + text.size();
@@ -196,31 +127,13 @@ std::string TWrenProjectError::ToString() const {
   return text;
 }
 
-/// The document a project was read from, with the original bytes of every node, and the
-/// operations that bring it in line with the project's current state.
+/// The document a project was read from and the operations that bring it in line with the
+/// project's current state.
 struct TWrenProject::TDocument {
-  pugi::xml_document xml;
-  std::string bom;
-  std::string trailing;  // bytes after the last top-level node
-  std::unordered_map<const void*, TSpan> spans;
-  std::string indentUnit = "  ";
+  TWrenXmlDocument document;
   TWrenActionFactory factory;
   std::unordered_map<const TCustomWrenAction*, pugi::xml_node> actionElements;
 
-  /// Parses the text and records the bytes of each node. False with result set on malformed XML.
-  bool Parse(const std::string& text, pugi::xml_parse_result& result);
-  std::string Write() const;
-
-  // Editing that keeps the surrounding layout.
-  pugi::xml_node AppendChildElement(pugi::xml_node parent, const char* name);
-  pugi::xml_node InsertElementAfter(pugi::xml_node anchor, const char* name);
-  pugi::xml_node InsertElementBefore(pugi::xml_node anchor, const char* name);
-  void RemoveElement(pugi::xml_node element);
-  void RemoveNode(pugi::xml_node node);
-  void SetElementText(pugi::xml_node element, const std::string& text);
-  std::string IndentBefore(pugi::xml_node element) const;
-
-  // Bringing the document in line with the project.
   void SyncVariables(pugi::xml_node root, const std::vector<TWrenProjectVariable>& variables);
   void SyncSteps(pugi::xml_node root, const std::vector<TWrenProjectStep>& steps);
   void SyncAction(pugi::xml_node element, const std::string& className,
@@ -229,389 +142,7 @@ struct TWrenProject::TDocument {
                     const TPropertyValue& value);
   void WritePropertyValue(pugi::xml_node element, const TPublishedProperty& prop,
                           const TPropertyValue& value);
-
- private:
-  size_t Scan(pugi::xml_node node, size_t from, const std::string& src);
-  void WriteNode(pugi::xml_node node, std::string& out) const;
-  void WriteElement(pugi::xml_node node, const TSpan* span, std::string& out) const;
-  std::string PatchStartTag(pugi::xml_node node, const TSpan& span) const;
-  const TSpan* SpanOf(pugi::xml_node node) const {
-    auto it = spans.find(node.internal_object());
-    return it == spans.end() ? nullptr : &it->second;
-  }
 };
-
-bool TWrenProject::TDocument::Parse(const std::string& text, pugi::xml_parse_result& result) {
-  std::string src = text;
-  if (src.compare(0, 3, kUtf8Bom) == 0) {
-    bom = kUtf8Bom;
-    src.erase(0, 3);
-  }
-  result = xml.load_buffer(src.data(), src.size(), kParseOptions, pugi::encoding_utf8);
-  if (!result) return false;
-
-  size_t pos = 0;
-  for (pugi::xml_node child : xml.children()) {
-    pos = Scan(child, pos, src);
-    if (pos == std::string::npos) break;
-  }
-  if (pos == std::string::npos) {
-    // Some node could not be traced to its bytes: write everything afresh rather than guess.
-    spans.clear();
-    trailing = "\n";
-  } else {
-    trailing = src.substr(pos);
-  }
-
-  // The indentation step of the file, taken from the first child of the root.
-  pugi::xml_node root = xml.document_element();
-  for (pugi::xml_node child = root.first_child(); child; child = child.next_sibling()) {
-    if (child.type() != pugi::node_element) continue;
-    pugi::xml_node before = child.previous_sibling();
-    if (before && IsBlankText(before)) {
-      std::string line = LastLineOf(before.value());
-      size_t indent = line.find_first_not_of("\r\n");
-      if (HasNewline(line) && indent != std::string::npos) indentUnit = line.substr(indent);
-    }
-    break;
-  }
-  return true;
-}
-
-// Records the bytes of a node that starts at or after `from`; answers where it ends, npos when
-// the node cannot be located.
-size_t TWrenProject::TDocument::Scan(pugi::xml_node node, size_t from, const std::string& src) {
-  const ptrdiff_t offset = node.offset_debug();
-  if (offset < 0) return std::string::npos;
-  const size_t at = static_cast<size_t>(offset);
-  const size_t n = src.size();
-  TSpan span;
-  size_t start = 0;
-  size_t end = 0;
-
-  switch (node.type()) {
-    case pugi::node_element: {
-      if (at < 1 || src[at - 1] != '<') return std::string::npos;
-      start = at - 1;
-      span.name = node.name();
-      size_t p = at + span.name.size();
-      while (true) {
-        const size_t wsBegin = p;
-        while (p < n && IsXmlSpace(src[p])) ++p;
-        if (p >= n) return std::string::npos;
-        if (src[p] == '>') {
-          ++p;
-          break;
-        }
-        if (src[p] == '/') {
-          if (p + 1 >= n || src[p + 1] != '>') return std::string::npos;
-          span.selfClosing = true;
-          p += 2;
-          break;
-        }
-        TRawAttribute attr;
-        attr.begin = wsBegin - start;
-        const size_t nameBegin = p;
-        while (p < n && src[p] != '=' && !IsXmlSpace(src[p])) ++p;
-        attr.name = src.substr(nameBegin, p - nameBegin);
-        while (p < n && IsXmlSpace(src[p])) ++p;
-        if (p >= n || src[p] != '=') return std::string::npos;
-        ++p;
-        while (p < n && IsXmlSpace(src[p])) ++p;
-        if (p >= n || (src[p] != '"' && src[p] != '\'')) return std::string::npos;
-        attr.quote = src[p++];
-        attr.valueBegin = p - start;
-        p = src.find(attr.quote, p);
-        if (p == std::string::npos) return std::string::npos;
-        attr.valueEnd = p - start;
-        ++p;
-        span.attributes.push_back(std::move(attr));
-      }
-      span.raw = src.substr(start, p - start);
-      size_t index = 0;
-      for (pugi::xml_attribute a : node.attributes()) {
-        if (index >= span.attributes.size() || span.attributes[index].name != a.name())
-          return std::string::npos;
-        span.attributes[index++].value = a.value();
-      }
-      if (index != span.attributes.size()) return std::string::npos;
-      end = p;
-      if (!span.selfClosing) {
-        for (pugi::xml_node child : node.children()) {
-          end = Scan(child, end, src);
-          if (end == std::string::npos) return end;
-        }
-        if (src.compare(end, 2, "</") != 0) return std::string::npos;
-        const size_t close = src.find('>', end);
-        if (close == std::string::npos) return std::string::npos;
-        span.rawEnd = src.substr(end, close + 1 - end);
-        end = close + 1;
-      }
-      break;
-    }
-    case pugi::node_pcdata:
-      start = at;
-      end = std::min(src.find('<', at), n);
-      span.value = node.value();
-      span.raw = src.substr(start, end - start);
-      break;
-    case pugi::node_cdata:
-    case pugi::node_comment: {
-      const bool cdata = node.type() == pugi::node_cdata;
-      const char* open = cdata ? "<![CDATA[" : "<!--";
-      const char* close = cdata ? "]]>" : "-->";
-      const size_t openSize = std::strlen(open);
-      if (at < openSize || src.compare(at - openSize, openSize, open) != 0)
-        return std::string::npos;
-      start = at - openSize;
-      end = src.find(close, at);
-      if (end == std::string::npos) return end;
-      end += 3;
-      span.value = node.value();
-      span.raw = src.substr(start, end - start);
-      break;
-    }
-    case pugi::node_pi:
-    case pugi::node_declaration:
-      if (at < 2 || src.compare(at - 2, 2, "<?") != 0) return std::string::npos;
-      start = at - 2;
-      end = src.find("?>", at);
-      if (end == std::string::npos) return end;
-      end += 2;
-      span.name = node.name();
-      span.value = node.value();
-      for (pugi::xml_attribute a : node.attributes())
-        span.attributes.push_back({a.name(), a.value(), 0, 0, 0, '"'});
-      span.raw = src.substr(start, end - start);
-      break;
-    case pugi::node_doctype:
-      start = src.rfind("<!DOCTYPE", at);
-      end = src.find('>', at + std::strlen(node.value()));
-      if (start == std::string::npos || end == std::string::npos) return std::string::npos;
-      ++end;
-      span.value = node.value();
-      span.raw = src.substr(start, end - start);
-      break;
-    default:
-      return std::string::npos;
-  }
-  if (start < from) return std::string::npos;
-  span.gapBefore = src.substr(from, start - from);
-  spans[node.internal_object()] = std::move(span);
-  return end;
-}
-
-std::string TWrenProject::TDocument::Write() const {
-  std::string out = bom;
-  bool first = true;
-  for (pugi::xml_node child : xml.children()) {
-    if (!SpanOf(child) && !first) out += "\n";
-    WriteNode(child, out);
-    first = false;
-  }
-  out += trailing;
-  return out;
-}
-
-void TWrenProject::TDocument::WriteNode(pugi::xml_node node, std::string& out) const {
-  const TSpan* span = SpanOf(node);
-  if (span) out += span->gapBefore;
-  const std::string value = node.value();
-  switch (node.type()) {
-    case pugi::node_element:
-      WriteElement(node, span, out);
-      break;
-    case pugi::node_pcdata:
-      out += span && span->value == value ? span->raw : EscapeXml(value);
-      break;
-    case pugi::node_cdata:
-      if (span && span->value == value) {
-        out += span->raw;
-      } else {
-        // "]]>" cannot stand inside a section: end it and start another between ']]' and '>'.
-        std::string text = value;
-        for (size_t pos = 0; (pos = text.find("]]>", pos)) != std::string::npos; pos += 15)
-          text.replace(pos, 3, "]]]]><![CDATA[>");
-        out += "<![CDATA[" + text + "]]>";
-      }
-      break;
-    case pugi::node_comment:
-      out += span && span->value == value ? span->raw : "<!--" + value + "-->";
-      break;
-    case pugi::node_pi:
-      if (span && span->name == node.name() && span->value == value)
-        out += span->raw;
-      else
-        out += std::string("<?") + node.name() + (value.empty() ? "" : " " + value) + "?>";
-      break;
-    case pugi::node_declaration: {
-      std::vector<TRawAttribute> now;
-      for (pugi::xml_attribute a : node.attributes())
-        now.push_back({a.name(), a.value(), 0, 0, 0, '"'});
-      bool same = span && now.size() == span->attributes.size();
-      for (size_t i = 0; same && i < now.size(); ++i)
-        same = now[i].name == span->attributes[i].name && now[i].value == span->attributes[i].value;
-      if (same) {
-        out += span->raw;
-      } else {
-        out += std::string("<?") + node.name();
-        for (const TRawAttribute& a : now)
-          out += " " + a.name + "=\"" + EscapeXml(a.value, '"') + "\"";
-        out += "?>";
-      }
-      break;
-    }
-    case pugi::node_doctype:
-      out += span && span->value == value ? span->raw : "<!DOCTYPE " + value + ">";
-      break;
-    default:
-      break;
-  }
-}
-
-void TWrenProject::TDocument::WriteElement(pugi::xml_node node, const TSpan* span,
-                                           std::string& out) const {
-  const bool hasChildren = static_cast<bool>(node.first_child());
-  std::string endTag = std::string("</") + node.name() + ">";
-  if (!span || span->name != node.name()) {
-    out += std::string("<") + node.name();
-    for (pugi::xml_attribute a : node.attributes())
-      out += std::string(" ") + a.name() + "=\"" + EscapeXml(a.value(), '"') + "\"";
-    if (!hasChildren) {
-      out += "/>";
-      return;
-    }
-    out += ">";
-  } else {
-    std::string tag = PatchStartTag(node, *span);
-    if (span->selfClosing && !hasChildren) {
-      out += tag;
-      return;
-    }
-    if (span->selfClosing) {
-      // The element gained content: "<Item />" becomes "<Item>...</Item>".
-      tag.erase(tag.rfind('/'));
-      while (!tag.empty() && IsXmlSpace(tag.back())) tag.pop_back();
-      tag += ">";
-    } else {
-      endTag = span->rawEnd;
-    }
-    out += tag;
-  }
-  for (pugi::xml_node child : node.children()) WriteNode(child, out);
-  out += endTag;
-}
-
-// The original start tag with changed attribute values replaced in place, removed attributes cut
-// out and new ones added after the last.
-std::string TWrenProject::TDocument::PatchStartTag(pugi::xml_node node, const TSpan& span) const {
-  std::string tag = span.raw;
-  std::string added;
-  for (pugi::xml_attribute a : node.attributes()) {
-    bool known = false;
-    for (const TRawAttribute& raw : span.attributes) known = known || raw.name == a.name();
-    if (!known)
-      added += std::string(" ") + a.name() + "=\"" + EscapeXml(a.value(), '"') + "\"";
-  }
-  if (!added.empty()) {
-    const size_t pos =
-        span.attributes.empty() ? 1 + span.name.size() : span.attributes.back().valueEnd + 1;
-    tag.insert(pos, added);
-  }
-  for (size_t i = span.attributes.size(); i-- > 0;) {
-    const TRawAttribute& raw = span.attributes[i];
-    pugi::xml_attribute now = node.attribute(raw.name.c_str());
-    if (!now)
-      tag.erase(raw.begin, raw.valueEnd + 1 - raw.begin);
-    else if (raw.value != now.value())
-      tag.replace(raw.valueBegin, raw.valueEnd - raw.valueBegin,
-                  EscapeXml(now.value(), raw.quote));
-  }
-  return tag;
-}
-
-// The line break and indentation in front of an element; "" when it stands inline.
-std::string TWrenProject::TDocument::IndentBefore(pugi::xml_node element) const {
-  pugi::xml_node before = element.previous_sibling();
-  if (before && IsBlankText(before)) return LastLineOf(before.value());
-  if (element.parent().type() == pugi::node_document) {
-    const TSpan* span = SpanOf(element);
-    return span && HasNewline(span->gapBefore) ? LastLineOf(span->gapBefore) : "\n";
-  }
-  return "";
-}
-
-pugi::xml_node TWrenProject::TDocument::InsertElementAfter(pugi::xml_node anchor,
-                                                           const char* name) {
-  pugi::xml_node parent = anchor.parent();
-  pugi::xml_node before = anchor.previous_sibling();
-  const std::string ws = before && IsBlankText(before) ? LastLineOf(before.value()) : "";
-  pugi::xml_node element = parent.insert_child_after(name, anchor);
-  if (!ws.empty()) parent.insert_child_after(pugi::node_pcdata, anchor).set_value(ws.c_str());
-  return element;
-}
-
-pugi::xml_node TWrenProject::TDocument::InsertElementBefore(pugi::xml_node anchor,
-                                                            const char* name) {
-  pugi::xml_node parent = anchor.parent();
-  pugi::xml_node before = anchor.previous_sibling();
-  const std::string ws = before && IsBlankText(before) ? LastLineOf(before.value()) : "";
-  pugi::xml_node element = parent.insert_child_before(name, anchor);
-  if (!ws.empty()) parent.insert_child_after(pugi::node_pcdata, element).set_value(ws.c_str());
-  return element;
-}
-
-// Appends an element after the parent's last element (or comment), indented like it; an empty
-// parent gets its first child one indentation step deeper than itself.
-pugi::xml_node TWrenProject::TDocument::AppendChildElement(pugi::xml_node parent,
-                                                           const char* name) {
-  for (pugi::xml_node child = parent.last_child(); child; child = child.previous_sibling())
-    if (child.type() != pugi::node_pcdata) return InsertElementAfter(child, name);
-
-  const std::string outer = IndentBefore(parent);
-  const bool layout = HasNewline(outer);
-  for (pugi::xml_node child = parent.first_child(); child;) {
-    pugi::xml_node next = child.next_sibling();
-    if (IsBlankText(child)) RemoveNode(child);
-    child = next;
-  }
-  if (layout) parent.append_child(pugi::node_pcdata).set_value((outer + indentUnit).c_str());
-  pugi::xml_node element = parent.append_child(name);
-  if (layout) parent.append_child(pugi::node_pcdata).set_value(outer.c_str());
-  return element;
-}
-
-void TWrenProject::TDocument::RemoveNode(pugi::xml_node node) {
-  // Freed nodes may be reused for new ones: forget their bytes so nothing stale is written.
-  struct TForget : pugi::xml_tree_walker {
-    std::unordered_map<const void*, TSpan>* spans;
-    bool for_each(pugi::xml_node& n) override {
-      spans->erase(n.internal_object());
-      return true;
-    }
-  } forget;
-  forget.spans = &spans;
-  node.traverse(forget);
-  spans.erase(node.internal_object());
-  node.parent().remove_child(node);
-}
-
-void TWrenProject::TDocument::RemoveElement(pugi::xml_node element) {
-  pugi::xml_node before = element.previous_sibling();
-  if (before && IsBlankText(before)) RemoveNode(before);
-  RemoveNode(element);
-}
-
-void TWrenProject::TDocument::SetElementText(pugi::xml_node element, const std::string& text) {
-  pugi::xml_node only = element.first_child();
-  if (only && !only.next_sibling() &&
-      (only.type() == pugi::node_pcdata || only.type() == pugi::node_cdata)) {
-    only.set_value(text.c_str());
-    return;
-  }
-  while (pugi::xml_node child = element.first_child()) RemoveNode(child);
-  if (!text.empty()) element.append_child(pugi::node_pcdata).set_value(text.c_str());
-}
 
 void TWrenProject::TDocument::SyncVariables(pugi::xml_node root,
                                             const std::vector<TWrenProjectVariable>& variables) {
@@ -630,30 +161,31 @@ void TWrenProject::TDocument::SyncVariables(pugi::xml_node root,
       pugi::xml_node e = elements[found];
       if (variable.name != e.attribute("name").value())
         e.attribute("name").set_value(variable.name.c_str());
-      if (ElementText(e) != variable.value) SetElementText(e, variable.value);
+      if (ElementText(e) != variable.value) document.SetElementText(e, variable.value);
       continue;
     }
     if (!container) {
       pugi::xml_node actions = root.child("Actions");
-      container = actions ? InsertElementBefore(actions, "Variables")
-                          : AppendChildElement(root, "Variables");
+      container = actions ? document.InsertElementBefore(actions, "Variables")
+                          : document.AppendChildElement(root, "Variables");
     }
-    pugi::xml_node e = AppendChildElement(container, "Variable");
+    pugi::xml_node e = document.AppendChildElement(container, "Variable");
     e.append_attribute("name").set_value(variable.name.c_str());
     if (!variable.value.empty())
       e.append_child(pugi::node_pcdata).set_value(variable.value.c_str());
   }
   for (size_t i = 0; i < elements.size(); ++i)
-    if (!used[i]) RemoveElement(elements[i]);
+    if (!used[i]) document.RemoveElement(elements[i]);
 }
 
 void TWrenProject::TDocument::SyncSteps(pugi::xml_node root,
                                         const std::vector<TWrenProjectStep>& steps) {
   pugi::xml_node container = root.child("Actions");
   if (!container && steps.empty()) return;
-  if (!container) container = AppendChildElement(root, "Actions");
+  if (!container) container = document.AppendChildElement(root, "Actions");
 
   std::vector<pugi::xml_node> wanted;
+  std::unordered_set<const void*> taken;  // the elements in wanted, found without a search
   std::unordered_map<const TCustomWrenAction*, pugi::xml_node> placed;
   for (const TWrenProjectStep& step : steps) {
     if (!step.action) continue;
@@ -664,20 +196,21 @@ void TWrenProject::TDocument::SyncSteps(pugi::xml_node root,
     if (it != actionElements.end() && it->second.parent() == container &&
         SameText(it->second.attribute("class").value(), className))
       element = it->second;
-    if (!element || std::find(wanted.begin(), wanted.end(), element) != wanted.end()) {
-      element = AppendChildElement(container, "Action");
+    if (!element || taken.count(element.internal_object())) {
+      element = document.AppendChildElement(container, "Action");
       element.append_attribute("class").set_value(className.c_str());
     }
     SyncAction(element, className, step);
     wanted.push_back(element);
+    taken.insert(element.internal_object());
     placed[step.action.get()] = element;
   }
 
   // Action elements of steps that are gone.
   std::vector<pugi::xml_node> stale;
   for (pugi::xml_node e : container.children("Action"))
-    if (std::find(wanted.begin(), wanted.end(), e) == wanted.end()) stale.push_back(e);
-  for (pugi::xml_node e : stale) RemoveElement(e);
+    if (!taken.count(e.internal_object())) stale.push_back(e);
+  for (pugi::xml_node e : stale) document.RemoveElement(e);
 
   // Put the elements in the order of the steps, each moving with its indentation.
   pugi::xml_node previous;
@@ -707,26 +240,28 @@ void TWrenProject::TDocument::SyncAction(pugi::xml_node element, const std::stri
     element.append_attribute("enabled").set_value("false");
   }
 
-  const std::string description = action.GetDescription();
-  pugi::xml_attribute stored = element.attribute("description");
-  if (stored) {
-    if (description == stored.value()) {
-      // unchanged, also when written as description=""
-    } else if (description.empty()) {
-      element.remove_attribute(stored);
-    } else {
-      stored.set_value(description.c_str());
-    }
-  } else if (!description.empty()) {
-    element.append_attribute("description").set_value(description.c_str());
-  }
-
-  // Values at creation: a property the file does not name is written only when it differs.
+  // Values at creation: what the file does not name is written only when it differs. This also
+  // holds for a description an action gives itself in its constructor.
   std::unique_ptr<TCustomWrenAction> fresh;
   if (factory)
     fresh = factory(className);
   else
     fresh = CreateRegisteredAction(className);
+
+  const std::string description = action.GetDescription();
+  const std::string initialDescription = fresh ? fresh->GetDescription() : "";
+  pugi::xml_attribute stored = element.attribute("description");
+  if (stored) {
+    if (description == stored.value()) {
+      // unchanged, also when written as description=""
+    } else if (description.empty() && initialDescription.empty()) {
+      element.remove_attribute(stored);
+    } else {
+      stored.set_value(description.c_str());
+    }
+  } else if (description != initialDescription) {
+    element.append_attribute("description").set_value(description.c_str());
+  }
 
   const TPropertyTable& table = action.GetPublishedProperties();
   std::vector<pugi::xml_node> found(table.size());
@@ -746,9 +281,9 @@ void TWrenProject::TDocument::SyncAction(pugi::xml_node element, const std::stri
     }
     if (fresh && table[i].get(*fresh) == value) continue;
     pugi::xml_node script = element.child("Script");
-    pugi::xml_node p = lastProperty ? InsertElementAfter(lastProperty, "Property")
-                       : script     ? InsertElementBefore(script, "Property")
-                                    : AppendChildElement(element, "Property");
+    pugi::xml_node p = lastProperty ? document.InsertElementAfter(lastProperty, "Property")
+                       : script     ? document.InsertElementBefore(script, "Property")
+                                    : document.AppendChildElement(element, "Property");
     p.append_attribute("name").set_value(table[i].name.c_str());
     WritePropertyValue(p, table[i], value);
     lastProperty = p;
@@ -762,13 +297,13 @@ void TWrenProject::TDocument::SyncAction(pugi::xml_node element, const std::stri
       const TWrenActionScript* initial = fresh ? fresh->GetScriptByName(script.name) : nullptr;
       const std::string initialText = initial ? initial->text : "";
       if (script.text == initialText) continue;
-      e = AppendChildElement(element, "Script");
+      e = document.AppendChildElement(element, "Script");
       e.append_attribute("name").set_value(script.name.c_str());
       e.append_attribute("language").set_value(script.language.c_str());
       if (!script.text.empty()) e.append_child(pugi::node_pcdata).set_value(script.text.c_str());
       continue;
     }
-    if (ElementText(e) != script.text) SetElementText(e, script.text);
+    if (ElementText(e) != script.text) document.SetElementText(e, script.text);
     pugi::xml_attribute language = e.attribute("language");
     if (!SameText(language ? language.value() : "lua", script.language)) {
       if (!language) language = e.append_attribute("language");
@@ -785,19 +320,19 @@ void TWrenProject::TDocument::SyncProperty(pugi::xml_node element, const TPublis
     std::string message;
     pugi::xml_node at;
     if (ReadPropertyValue(element, prop, stored, message, at) && stored == value) return;
-    SetElementText(element, PropertyValueToString(prop, value));
+    document.SetElementText(element, PropertyValueToString(prop, value));
     return;
   }
   const TStrings& lines = std::get<TStrings>(value);
   std::vector<pugi::xml_node> items;
   for (pugi::xml_node item : element.children("Item")) items.push_back(item);
   for (size_t i = 0; i < std::min(items.size(), lines.size()); ++i)
-    if (ElementText(items[i]) != lines[i]) SetElementText(items[i], lines[i]);
+    if (ElementText(items[i]) != lines[i]) document.SetElementText(items[i], lines[i]);
   for (size_t i = items.size(); i < lines.size(); ++i) {
-    pugi::xml_node item = AppendChildElement(element, "Item");
+    pugi::xml_node item = document.AppendChildElement(element, "Item");
     if (!lines[i].empty()) item.append_child(pugi::node_pcdata).set_value(lines[i].c_str());
   }
-  for (size_t i = lines.size(); i < items.size(); ++i) RemoveElement(items[i]);
+  for (size_t i = lines.size(); i < items.size(); ++i) document.RemoveElement(items[i]);
 }
 
 void TWrenProject::TDocument::WritePropertyValue(pugi::xml_node element,
@@ -813,7 +348,84 @@ void TWrenProject::TDocument::WritePropertyValue(pugi::xml_node element,
 
 namespace {
 
+/// "a", "a or b", "a, b or c".
+std::string OneOf(const std::vector<std::string>& names) {
+  std::string text;
+  for (size_t i = 0; i < names.size(); ++i)
+    text += (i == 0 ? "" : i + 1 == names.size() ? " or " : ", ") + names[i];
+  return text;
+}
+
+/// "; did you mean X?" when a candidate is near the word. Long words are not compared: no
+/// one mistypes a name that long, and the distance is quadratic in it.
+std::string Suggestion(const std::string& word, const std::vector<std::string>& candidates) {
+  if (word.size() > 64) return "";
+  const std::string hint = DidYouMean(word, candidates);
+  return hint.empty() ? "" : "; " + hint;
+}
+
+/// What an element of the project may hold.
+struct TShape {
+  std::vector<std::string> attributes;
+  std::vector<std::string> children;  // element names
+  bool text = false;                  // text (or CDATA) beyond whitespace
+};
+
+/// An attribute the shape does not allow; false with the message.
+bool CheckAttributes(pugi::xml_node element, const TShape& shape, std::string& message) {
+  for (pugi::xml_attribute a : element.attributes()) {
+    if (std::find(shape.attributes.begin(), shape.attributes.end(), a.name()) !=
+        shape.attributes.end())
+      continue;
+    message = std::string("unknown attribute '") + a.name() + "' in <" + element.name() + "> (" +
+              (shape.attributes.empty() ? "it takes none"
+                                        : "expected " + OneOf(shape.attributes)) +
+              ")" + Suggestion(a.name(), shape.attributes);
+    return false;
+  }
+  return true;
+}
+
+/// The first attribute or child the shape does not allow: the node at fault and why.
+bool CheckShape(pugi::xml_node element, const TShape& shape, std::string& message,
+                pugi::xml_node& at) {
+  at = element;
+  if (!CheckAttributes(element, shape, message)) return false;
+  for (pugi::xml_node child : element.children()) {
+    at = child;
+    if (child.type() == pugi::node_element) {
+      if (std::find(shape.children.begin(), shape.children.end(), child.name()) !=
+          shape.children.end())
+        continue;
+      std::vector<std::string> expected;
+      for (const std::string& c : shape.children) expected.push_back("<" + c + ">");
+      message = std::string("unexpected element <") + child.name() + "> in <" +
+                element.name() + "> (" +
+                (shape.children.empty() ? "it holds text only" : "expected " + OneOf(expected)) +
+                ")" + Suggestion(child.name(), shape.children);
+      return false;
+    }
+    if ((child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata) && !shape.text &&
+        !IsBlank(child.value())) {
+      message = std::string("unexpected text in <") + element.name() + ">";
+      return false;
+    }
+  }
+  return true;
+}
+
+const TShape kRootShape{{"version"}, {"Variables", "Actions"}};
+const TShape kVariablesShape{{}, {"Variable"}};
+const TShape kVariableShape{{"name"}, {}, true};
+const TShape kActionsShape{{}, {"Action"}};
+const TShape kActionShape{{"class", "enabled", "description"}, {"Property", "Script"}};
+const TShape kScalarPropertyShape{{"name"}, {}, true};
+const TShape kListPropertyShape{{"name"}, {"Item"}};
+const TShape kItemShape{{}, {}, true};
+const TShape kScriptShape{{"name", "language"}, {}, true};
+
 /// Reads the document into variables and steps; fills the error and answers false on bad input.
+/// Anything the file format does not know is an error, so that a typo never passes unnoticed.
 class TProjectReader {
  public:
   TProjectReader(const std::string& text, const std::string& file,
@@ -825,29 +437,32 @@ class TProjectReader {
             std::unordered_map<const TCustomWrenAction*, pugi::xml_node>& elements) {
     if (!root || std::strcmp(root.name(), "MarrowbyProject") != 0)
       return Fail(root, "", "", "the root element must be <MarrowbyProject>");
+    if (!Check(root, kRootShape, "")) return false;
     const std::string version = root.attribute("version").value();
     if (version != "1")
       return Fail(root, "", "",
                   version.empty() ? "the project has no version (expected version=\"1\")"
                                   : "unsupported project version '" + version + "' (expected 1)");
+    pugi::xml_node variablesSeen, actionsSeen;
     for (pugi::xml_node child : root.children()) {
       if (child.type() != pugi::node_element) continue;
-      if (std::strcmp(child.name(), "Variables") == 0) {
-        if (!ReadVariables(child, variables)) return false;
-      } else if (std::strcmp(child.name(), "Actions") == 0) {
-        for (pugi::xml_node e : child.children()) {
-          if (e.type() != pugi::node_element) continue;
-          if (std::strcmp(e.name(), "Action") != 0)
-            return Fail(e, "", "",
-                        std::string("unexpected element <") + e.name() + "> in <Actions>");
-          TWrenProjectStep step;
-          if (!ReadAction(e, step)) return false;
-          elements[step.action.get()] = e;
-          steps.push_back(std::move(step));
-        }
-      } else {
+      const bool isVariables = std::strcmp(child.name(), "Variables") == 0;
+      pugi::xml_node& seen = isVariables ? variablesSeen : actionsSeen;
+      if (seen)
         return Fail(child, "", "",
-                    std::string("unexpected element <") + child.name() + "> in <MarrowbyProject>");
+                    std::string("<") + child.name() + "> is given twice (first on line " +
+                        std::to_string(LineOf(seen)) + ")");
+      seen = child;
+      if (isVariables) {
+        if (!ReadVariables(child, variables)) return false;
+        continue;
+      }
+      if (!Check(child, kActionsShape, "")) return false;
+      for (pugi::xml_node e : child.children("Action")) {
+        TWrenProjectStep step;
+        if (!ReadAction(e, step)) return false;
+        elements[step.action.get()] = e;
+        steps.push_back(std::move(step));
       }
     }
     return true;
@@ -856,7 +471,7 @@ class TProjectReader {
   bool Fail(pugi::xml_node at, const std::string& action, const std::string& property,
             const std::string& message) {
     error_.file = file_;
-    error_.line = lines_.LineOf(at ? at.offset_debug() : 0);
+    error_.line = LineOf(at);
     error_.action = action;
     error_.property = property;
     error_.message = message;
@@ -864,13 +479,36 @@ class TProjectReader {
   }
 
  private:
+  /// The line of a node; for text, of its first visible character.
+  int LineOf(pugi::xml_node node) const {
+    if (!node) return lines_.LineOf(0);
+    ptrdiff_t offset = node.offset_debug();
+    if (node.type() == pugi::node_pcdata) {
+      const std::string value = node.value();
+      offset += static_cast<ptrdiff_t>(std::min(value.find_first_not_of(" \t\r\n"), value.size()));
+    }
+    return lines_.LineOf(offset);
+  }
+
+  bool Check(pugi::xml_node element, const TShape& shape, const std::string& action,
+             const std::string& property = "") {
+    std::string message;
+    pugi::xml_node at;
+    return CheckShape(element, shape, message, at) || Fail(at, action, property, message);
+  }
+
   bool ReadVariables(pugi::xml_node container, std::vector<TWrenProjectVariable>& variables) {
-    for (pugi::xml_node e : container.children()) {
-      if (e.type() != pugi::node_element) continue;
-      if (std::strcmp(e.name(), "Variable") != 0)
-        return Fail(e, "", "", std::string("unexpected element <") + e.name() + "> in <Variables>");
+    if (!Check(container, kVariablesShape, "")) return false;
+    std::unordered_map<std::string, pugi::xml_node> seen;  // by name without regard to case
+    for (pugi::xml_node e : container.children("Variable")) {
+      if (!Check(e, kVariableShape, "")) return false;
       const std::string name = e.attribute("name").value();
       if (name.empty()) return Fail(e, "", "", "<Variable> has no name");
+      const auto [first, added] = seen.emplace(LowerCase(name), e);
+      if (!added)
+        return Fail(e, "", "",
+                    "variable '" + name + "' is given twice (first on line " +
+                        std::to_string(LineOf(first->second)) + ")");
       variables.push_back({name, ElementText(e)});
     }
     return true;
@@ -878,16 +516,16 @@ class TProjectReader {
 
   bool ReadAction(pugi::xml_node e, TWrenProjectStep& step) {
     const std::string className = e.attribute("class").value();
+    if (!Check(e, kActionShape, className)) return false;
     if (className.empty()) return Fail(e, "", "", "<Action> has no class");
     std::unique_ptr<TCustomWrenAction> action = factory_ ? factory_(className) : nullptr;
     if (!action) return Fail(e, className, "", "unknown action class '" + className + "'");
 
     bool enabled = true;
     if (pugi::xml_attribute a = e.attribute("enabled")) {
-      const std::string text = a.value();
-      if (text != "true" && text != "false")
-        return Fail(e, className, "", "enabled must be true or false, not '" + text + "'");
-      enabled = text == "true";
+      std::string message;
+      if (!ParseBoolean(a.value(), enabled, message))
+        return Fail(e, className, "", "enabled: " + message);
     }
     if (pugi::xml_attribute a = e.attribute("description")) action->SetDescription(a.value());
 
@@ -898,40 +536,29 @@ class TProjectReader {
     for (pugi::xml_node child : e.children()) {
       if (child.type() != pugi::node_element) continue;
       if (std::strcmp(child.name(), "Property") == 0) {
-        const std::string name = child.attribute("name").value();
-        if (name.empty()) return Fail(child, className, "", "<Property> has no name");
-        const TPublishedProperty* prop = FindProperty(table, name);
-        if (!prop) return Fail(child, className, name, "unknown property");
-        const size_t index = static_cast<size_t>(prop - table.data());
-        if (values[index])
-          return Fail(child, className, prop->name,
-                      "the property is given twice (first on line " +
-                          std::to_string(lines_.LineOf(where[index].offset_debug())) + ")");
-        TPropertyValue value;
-        std::string message;
-        pugi::xml_node at;
-        if (!ReadPropertyValue(child, *prop, value, message, at))
-          return Fail(at, className, prop->name, message);
-        values[index] = std::move(value);
-        where[index] = child;
-      } else if (std::strcmp(child.name(), "Script") == 0) {
-        const std::string name = child.attribute("name").value();
-        if (name.empty()) return Fail(child, className, "", "<Script> has no name");
-        TWrenActionScript* script = action->GetScriptByName(name);
-        if (!script) return Fail(child, className, name, "the action has no script of that name");
-        const pugi::xml_attribute language = child.attribute("language");
-        if (language && !SameText(language.value(), "lua"))
-          return Fail(child, className, name,
-                      std::string("unsupported script language '") + language.value() +
-                          "' (scripts are lua)");
-        if (!scriptsSeen.insert(script).second)
-          return Fail(child, className, name, "the script is given twice");
-        script->text = ElementText(child);
-        script->language = "lua";
-      } else {
-        return Fail(child, className, "",
-                    std::string("unexpected element <") + child.name() + "> in an action");
+        if (!ReadProperty(child, className, table, values, where)) return false;
+        continue;
       }
+      // A <Script>: the shape check above allows nothing else.
+      const std::string name = child.attribute("name").value();
+      if (!Check(child, kScriptShape, className, name)) return false;
+      if (name.empty()) return Fail(child, className, "", "<Script> has no name");
+      TWrenActionScript* script = action->GetScriptByName(name);
+      if (!script) {
+        std::vector<std::string> names;
+        for (const TWrenActionScript& s : action->Scripts()) names.push_back(s.name);
+        return Fail(child, className, name,
+                    "the action has no script of that name" + Suggestion(name, names));
+      }
+      const pugi::xml_attribute language = child.attribute("language");
+      if (language && !SameText(language.value(), "lua"))
+        return Fail(child, className, name,
+                    std::string("unsupported script language '") + language.value() +
+                        "' (scripts are lua)");
+      if (!scriptsSeen.insert(script).second)
+        return Fail(child, className, name, "the script is given twice");
+      script->text = ElementText(child);
+      script->language = "lua";
     }
 
     // Declaration order, whatever the file's order: a setter may depend on an earlier property.
@@ -951,7 +578,47 @@ class TProjectReader {
     step.className = action->ClassName();
     step.action = std::move(action);
     step.enabled = enabled;
-    step.line = lines_.LineOf(e.offset_debug());
+    step.line = LineOf(e);
+    return true;
+  }
+
+  bool ReadProperty(pugi::xml_node child, const std::string& className,
+                    const TPropertyTable& table, std::vector<std::optional<TPropertyValue>>& values,
+                    std::vector<pugi::xml_node>& where) {
+    const std::string name = child.attribute("name").value();
+    std::string message;
+    pugi::xml_node at;
+    if (!CheckAttributes(child, kListPropertyShape, message))  // the same for every kind
+      return Fail(child, className, name, message);
+    if (name.empty()) return Fail(child, className, "", "<Property> has no name");
+    const TPublishedProperty* prop = FindProperty(table, name);
+    if (!prop) {
+      std::vector<std::string> names;
+      for (const TPublishedProperty& p : table) names.push_back(p.name);
+      return Fail(child, className, name, "unknown property" + Suggestion(name, names));
+    }
+    const size_t index = static_cast<size_t>(prop - table.data());
+    if (values[index])
+      return Fail(child, className, prop->name,
+                  "the property is given twice (first on line " +
+                      std::to_string(LineOf(where[index])) + ")");
+    if (prop->kind == TPropertyKind::pkStringList) {
+      if (!CheckShape(child, kListPropertyShape, message, at)) {
+        // Text beside the items most likely means a value written the single-value way.
+        if (at.type() != pugi::node_element && at != child)
+          message = "a string list holds one <Item> per line, not text";
+        return Fail(at, className, prop->name, message);
+      }
+      for (pugi::xml_node item : child.children("Item"))
+        if (!Check(item, kItemShape, className, prop->name)) return false;
+    } else if (!Check(child, kScalarPropertyShape, className, prop->name)) {
+      return false;
+    }
+    TPropertyValue value;
+    if (!ReadPropertyValue(child, *prop, value, message, at))
+      return Fail(at, className, prop->name, message);
+    values[index] = std::move(value);
+    where[index] = child;
     return true;
   }
 
@@ -985,17 +652,18 @@ bool TWrenProject::LoadFromText(const std::string& text, const std::string& file
                                 const TWrenActionFactory& factory, TWrenProjectError& error) {
   *this = TWrenProject();
   auto doc = std::make_unique<TDocument>();
-  pugi::xml_parse_result parsed;
+  TXmlParseError parsed;
   const size_t bomSize = text.compare(0, 3, kUtf8Bom) == 0 ? 3 : 0;
-  if (!doc->Parse(text, parsed)) {
+  if (!doc->document.Parse(text, parsed)) {
     const TLineIndex lines(text.substr(bomSize));
-    error = TWrenProjectError{file, lines.LineOf(parsed.offset), "", "", parsed.description()};
+    error = TWrenProjectError{file, lines.LineOf(parsed.offset), "", "", parsed.message};
     return false;
   }
   std::vector<TWrenProjectVariable> loadedVariables;
   std::vector<TWrenProjectStep> loadedSteps;
   TProjectReader reader(text.substr(bomSize), file, factory, error);
-  if (!reader.Read(doc->xml.document_element(), loadedVariables, loadedSteps, doc->actionElements))
+  if (!reader.Read(doc->document.xml.document_element(), loadedVariables, loadedSteps,
+                   doc->actionElements))
     return false;
   doc->factory = factory;
   fileName = file;
@@ -1008,13 +676,13 @@ bool TWrenProject::LoadFromText(const std::string& text, const std::string& file
 std::string TWrenProject::SaveToText() {
   if (!doc_) {
     doc_ = std::make_unique<TDocument>();
-    pugi::xml_parse_result parsed;
-    doc_->Parse(kNewProjectText, parsed);
+    TXmlParseError parsed;
+    doc_->document.Parse(kNewProjectText, parsed);
   }
-  pugi::xml_node root = doc_->xml.document_element();
+  pugi::xml_node root = doc_->document.xml.document_element();
   doc_->SyncVariables(root, variables);
   doc_->SyncSteps(root, steps);
-  return doc_->Write();
+  return doc_->document.Write();
 }
 
 bool TWrenProject::Save(const std::string& path, std::string& error) {

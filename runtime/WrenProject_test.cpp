@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "TestSupport.h"
+#include "sdktools/WrenDotNetGACAction.h"
 #include "WrenUtils.h"
 
 namespace wren {
@@ -96,6 +97,10 @@ TEST(WrenProject, SavesUnchangedProjectsByteForByteAndOnlyWhatChanged) {
        "   version = \"1\"><Actions><Action class=\"TTestAction\"\n description='it&apos;s'>"
        "<?mark x?><Property name=\"Name\" >x&#x20;y</Property "
        "></Action></Actions></MarrowbyProject >\n\n"},
+      {"bytes that are not UTF-8 in names, values and descriptions",
+       "<MarrowbyProject version=\"1\"><Variables><Variable name=\"V\xFF\">\xC3\x28</Variable>"
+       "</Variables><Actions><Action class=\"TTestAction\" description=\"\xE2\x82\">"
+       "<Property name=\"Name\">\x80\xBF</Property></Action></Actions></MarrowbyProject>\n"},
   };
   for (const auto& [label, text] : cases) {
     SCOPED_TRACE(label);
@@ -224,6 +229,51 @@ TEST(WrenProject, NewProjectHasTheDocumentedShapeAndFollowsStepsMovedRemovedAdde
   }
 }
 
+// Actions whose constructor gives them a description of their own.
+std::unique_ptr<TCustomWrenAction> GacFactory(const std::string& name) {
+  if (name == "TGACInstallAction") return std::make_unique<TGACInstallAction>();
+  if (name == "TGACUninstallAction") return std::make_unique<TGACUninstallAction>();
+  return nullptr;
+}
+
+TEST(WrenProject, DescriptionGivenAtCreationIsSavedOnlyWhenChanged) {
+  const std::string head = "<MarrowbyProject version=\"1\">\n<Actions>\n";
+  const std::string tail = "</Actions>\n</MarrowbyProject>\n";
+  const std::string install = "<Action class=\"TGACInstallAction\"/>\n";
+  const struct {
+    const char* label;
+    std::string action;
+    std::string setTo;  // "-": left alone
+    std::string saved;
+    std::string loaded;
+  } cases[] = {
+      {"unchanged", install, "-", install, "GAC Install"},
+      {"uninstall too", "<Action class=\"TGACUninstallAction\"/>\n", "-",
+       "<Action class=\"TGACUninstallAction\"/>\n", "GAC Uninstall"},
+      {"set to the value at creation", install, "GAC Install", install, "GAC Install"},
+      {"changed", install, "Mine", "<Action class=\"TGACInstallAction\" description=\"Mine\"/>\n",
+       "Mine"},
+      {"cleared", install, "", "<Action class=\"TGACInstallAction\" description=\"\"/>\n", ""},
+      {"stored empty", "<Action class=\"TGACInstallAction\" description=\"\"/>\n", "-",
+       "<Action class=\"TGACInstallAction\" description=\"\"/>\n", ""},
+      {"stored, then cleared", "<Action class=\"TGACInstallAction\" description=\"x\"/>\n", "",
+       "<Action class=\"TGACInstallAction\" description=\"\"/>\n", ""},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.label);
+    TWrenProject project;
+    TWrenProjectError error;
+    ASSERT_TRUE(project.LoadFromText(head + c.action + tail, "g.mbproj", GacFactory, error))
+        << error.ToString();
+    if (c.setTo != "-") project.steps.at(0).action->SetDescription(c.setTo);
+    const std::string saved = project.SaveToText();
+    EXPECT_EQ(saved, head + c.saved + tail);
+    TWrenProject again;
+    ASSERT_TRUE(again.LoadFromText(saved, "g.mbproj", GacFactory, error)) << error.ToString();
+    EXPECT_EQ(again.steps.at(0).action->GetDescription(), c.loaded);
+  }
+}
+
 TEST(WrenProject, BadInputNamesFileLineActionAndProperty) {
   const auto A = [](const std::string& inner) {
     return "<Action class=\"TTestAction\">" + inner + "</Action>\n";
@@ -247,8 +297,35 @@ TEST(WrenProject, BadInputNamesFileLineActionAndProperty) {
        "given twice (first on line 5)"},
       {A("\n<Script name=\"OnStop\">x()</Script>\n"), 5, "OnStop", "no script"},
       {A("\n<Script name=\"OnRun\" language=\"python\">x</Script>\n"), 5, "OnRun", "'python'"},
-      {"<Action class=\"TTestAction\" enabled=\"no\"/>\n", 4, "", "enabled must be true or false"},
+      {"<Action class=\"TTestAction\" enabled=\"no\"/>\n", 4, "",
+       "enabled: 'no' is not a boolean (true or false)"},
       {A(P("References", "\n<Item>a</Item>b.dll\n")), 5, "References", "one <Item> per line"},
+      // Typos and strays anywhere are errors, not silently ignored.
+      {"<Action class=\"TTestAction\" enable=\"false\"/>\n", 4, "",
+       "unknown attribute 'enable' in <Action> (expected class, enabled or description); "
+       "did you mean enabled?"},
+      {"<Action class=\"TTestAction\"\n descripton=\"x\"/>\n", 4, "",
+       "did you mean description?"},
+      {"<Action class=\"TTestAction\" enabled=\"True\"/>\n", 4, "", "'True' is not a boolean"},
+      {"<Actio class=\"TTestAction\"/>\n", 4, "",
+       "unexpected element <Actio> in <Actions> (expected <Action>); did you mean Action?", ""},
+      {"\nstray\n", 5, "", "unexpected text in <Actions>", ""},
+      {A("\n<Property nmae=\"Force\">true</Property>"), 5, "",
+       "unknown attribute 'nmae' in <Property> (expected name); did you mean name?"},
+      {A("\n" + P("Forc", "true")), 5, "Forc", "unknown property; did you mean Force?"},
+      {A("\n" + P("Name", "<b>x</b>")), 5, "Name", "<b> in <Property> (it holds text only)"},
+      {A("\ntext"), 5, "", "unexpected text in <Action>"},
+      {A("\n<Propertys/>"), 5, "",
+       "expected <Property> or <Script>); did you mean Property?"},
+      {A(P("References", "\n<Item x=\"1\">a</Item>")), 5, "References",
+       "unknown attribute 'x' in <Item> (it takes none)"},
+      {A(P("References", "\n<Item>a<i>b</i></Item>")), 5, "References",
+       "<i> in <Item> (it holds text only)"},
+      {A("\n<Script name=\"OnRun\" langauge=\"lua\">x</Script>"), 5, "OnRun",
+       "did you mean language?"},
+      {A("\n<Script name=\"OnRnu\">x</Script>"), 5, "OnRnu", "did you mean OnRun?"},
+      {A("\n<Script name=\"OnRun\">x<![CDATA[y]]><z/></Script>"), 5, "OnRun",
+       "<z> in <Script> (it holds text only)"},
   };
   const std::string head = "<?xml version=\"1.0\"?>\n<MarrowbyProject version=\"1\">\n<Actions>\n";
   for (const auto& c : cases) {
@@ -264,6 +341,54 @@ TEST(WrenProject, BadInputNamesFileLineActionAndProperty) {
     EXPECT_EQ(error.property, c.property);
     EXPECT_NE(error.message.find(c.message), std::string::npos) << error.message;
     EXPECT_TRUE(project.steps.empty() && project.variables.empty()) << "nothing is kept";
+  }
+
+  // Deep enough to overflow the stack of any recursive walk.
+  std::string deep = "<MarrowbyProject version=\"1\">\n<Actions>";
+  for (int i = 0; i < 20000; ++i) deep += "<Action>";
+  for (int i = 0; i < 20000; ++i) deep += "</Action>";
+  deep += "</Actions></MarrowbyProject>\n";
+
+  // Outside the actions, up to the document itself.
+  const struct {
+    std::string text;
+    int line;
+    std::string message;
+  } documents[] = {
+      {"<MarrowbyProject version=\"1\"/>\n<MarrowbyProject version=\"1\"/>\n", 2,
+       "a second root element <MarrowbyProject> after <MarrowbyProject>"},
+      {"<MarrowbyProject version=\"1\"/>\n<!-- ok -->\n}\n", 3, "text outside the root element"},
+      {"<MarrowbyProject version=\"1\" verison=\"2\"/>", 1, "did you mean version?"},
+      {"<MarrowbyProject version=\"1\">\n<Varaibles/>\n</MarrowbyProject>", 2,
+       "(expected <Variables> or <Actions>); did you mean Variables?"},
+      {"<MarrowbyProject version=\"1\">\n<Variables>\n<Variable name=\"A\" value=\"1\"/>\n"
+       "</Variables>\n</MarrowbyProject>",
+       3, "unknown attribute 'value' in <Variable> (expected name)"},
+      {"<MarrowbyProject version=\"1\">\n<Variables>\n<Variable name=\"A\">1<b/></Variable>\n"
+       "</Variables>\n</MarrowbyProject>",
+       3, "<b> in <Variable> (it holds text only)"},
+      {"<MarrowbyProject version=\"1\">\n<Variables>\n<Variable name=\"A\"/>\n"
+       "<Variable name=\"a\"/>\n</Variables>\n</MarrowbyProject>",
+       4, "variable 'a' is given twice (first on line 3)"},
+      {"<MarrowbyProject version=\"1\">\n<Actions/>\n<Actions/>\n</MarrowbyProject>", 3,
+       "<Actions> is given twice (first on line 2)"},
+      {"<MarrowbyProject version=\"1\">\n<Variables>x</Variables>\n</MarrowbyProject>", 2,
+       "unexpected text in <Variables>"},
+      {"<MarrowbyProject version=\"1\">\n<Actions class=\"x\"/>\n</MarrowbyProject>", 2,
+       "unknown attribute 'class' in <Actions> (it takes none)"},
+      {"<MarrowbyProject version=\"1\">\n<Actions><Action class=\"TTestAction\" \xE9\xFF=\"1\"/>"
+       "</Actions></MarrowbyProject>",
+       2, "unknown attribute '\xE9\xFF' in <Action>"},
+      {deep, 2, "elements nested more than 100 deep"},
+  };
+  for (const auto& d : documents) {
+    SCOPED_TRACE(d.text.substr(0, 80));
+    TWrenProject project;
+    TWrenProjectError error;
+    EXPECT_FALSE(project.LoadFromText(d.text, "doc.mbproj", Factory, error));
+    EXPECT_EQ(error.file, "doc.mbproj");
+    EXPECT_EQ(error.line, d.line);
+    EXPECT_NE(error.message.find(d.message), std::string::npos) << error.message;
   }
 
   TWrenProject project;
