@@ -124,5 +124,37 @@ TEST(Leftovers, NoProcessOfABuildOutlivesTheHost) {
   }
 }
 
+// A run killed while rewriting left a temporary file among the sources; the next run over "*.*"
+// must neither take it (or a live run's) for a source nor leave it behind, and its rewrites show
+// through every hard link of a source.
+TEST(Leftovers, UpdaterSkipsAndClearsTemporaryFilesAndKeepsHardLinks) {
+  ScriptMachine m("#!/bin/sh\nexit 0\n");
+  const pid_t dead = ::fork();
+  if (dead == 0) ::_exit(0);
+  ::waitpid(dead, nullptr, 0);
+  const std::string source = "[assembly: AssemblyVersion(\"1.0\")]\r\n";
+  test::WriteFile(m.dir / "src/A.cs", source);
+  test::WriteFile(m.dir / "other/keep.txt", "");
+  ASSERT_EQ(::link((m.dir / "src/A.cs").c_str(), (m.dir / "other/A.cs").c_str()), 0);
+  const std::string deadTemp = m.dir / ("src/.B.cs.tmp" + std::to_string(dead) + "-1-2");
+  const std::string liveTemp = m.dir / ("src/.C.cs.tmp" + std::to_string(::getpid()) + "-1-2");
+  test::WriteFile(deadTemp, source);
+  test::WriteFile(liveTemp, source);
+  m.WriteProject("stamp.mbproj",
+                 "    <Action class=\"TWrenAssemblyInfoUpdaterAction\">\n"
+                 "      <Property name=\"Selection\"><Item>%ProjectDir%/src/*.*</Item></Property>\n"
+                 "      <Property name=\"BackupFiles\">false</Property>\n"
+                 "      <Property name=\"Attributes\"><Item>AssemblyVersion=\"2.0\"</Item></Property>\n"
+                 "    </Action>\n");
+  std::string out;
+  ASSERT_EQ(test::RunProgram(m.Command({"run", m.dir / "stamp.mbproj"}), &out), 0) << out;
+  EXPECT_EQ(out.find(".tmp"), std::string::npos) << out;
+  const std::string stamped = "[assembly: AssemblyVersion(\"2.0\")]\r\n";
+  EXPECT_EQ(test::ReadFile(m.dir / "src/A.cs"), stamped);
+  EXPECT_EQ(test::ReadFile(m.dir / "other/A.cs"), stamped);
+  EXPECT_FALSE(test::Exists(deadTemp));
+  EXPECT_EQ(test::ReadFile(liveTemp), source);
+}
+
 }  // namespace
 }  // namespace wren
