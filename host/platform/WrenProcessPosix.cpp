@@ -234,13 +234,21 @@ int ExitCodeOf(int status) {
   return -1;
 }
 
-// Closes every descriptor from 3 up but the ones listed (ascending).
-void CloseAllBut(std::initializer_list<int> keep) {
+// Closes every descriptor from 3 up but the ones listed.
+void CloseAllBut(std::initializer_list<int> keepList) {
+  int keep[8];
+  size_t n = 0;
+  for (int fd : keepList) {  // insertion sort: a handful of numbers
+    if (n == 8) break;
+    size_t at = n++;
+    for (; at > 0 && keep[at - 1] > fd; --at) keep[at] = keep[at - 1];
+    keep[at] = fd;
+  }
   unsigned from = 3;
-  for (int fd : keep) {
-    if (fd < 0 || static_cast<unsigned>(fd) < from) continue;
-    if (static_cast<unsigned>(fd) > from) ::syscall(SYS_close_range, from, fd - 1, 0);
-    from = static_cast<unsigned>(fd) + 1;
+  for (size_t i = 0; i < n; ++i) {
+    if (keep[i] < 0 || static_cast<unsigned>(keep[i]) < from) continue;
+    if (static_cast<unsigned>(keep[i]) > from) ::syscall(SYS_close_range, from, keep[i] - 1, 0);
+    from = static_cast<unsigned>(keep[i]) + 1;
   }
   ::syscall(SYS_close_range, from, ~0U, 0);
 }
@@ -375,7 +383,8 @@ void KillChildren() {
     ::poll(fds, count, reported ? -1 : 100);
     if (fds[0].revents != 0) {
       char byte;
-      if (::read(launch.lifelineFd, &byte, 1) <= 0 && errno != EINTR) break;
+      const ssize_t r = ::read(launch.lifelineFd, &byte, 1);
+      if (r == 0 || (r < 0 && errno != EINTR)) break;
     }
     if (reported) continue;
     siginfo_t info{};
