@@ -300,24 +300,33 @@ TEST_F(WrenFilesPosix, RewriteKeepsHardLinksAndWorksInLockedDirectories) {
   EXPECT_EQ(Read("b.cs"), "batched");
   EXPECT_EQ(Entries(), (std::vector<std::string>{"a.cs", "b.cs"}));  // no journal left
 
-  // A writable file in a directory the writer may not change: as root, the test drops to an
-  // unprivileged user to be such a writer.
+  // A writable file in a directory the writer may not change, and one of another owner: as root,
+  // the test drops to an unprivileged user to be such a writer.
   fs::create_directory(Path("locked"));
   fs::create_directory(Path("recovery"));
+  fs::create_directory(Path("open"));
   Write("locked/c.cs", "old c", 0666);
+  Write("open/d.cs", "old d", 0666);
   ASSERT_EQ(::chmod(Path("recovery").c_str(), 0777), 0);
+  ASSERT_EQ(::chmod(Path("open").c_str(), 0777), 0);
   ASSERT_EQ(::chmod(Path("locked").c_str(), 0555), 0);
   ASSERT_EQ(::chmod(dir_.c_str(), 0755), 0);
   const int code = InChild([&] {
     if (::geteuid() == 0 && (::setgid(65534) != 0 || ::setuid(65534) != 0)) return 3;
     ::setenv("MARROWBY_RECOVERY_DIR", Path("recovery").c_str(), 1);
     std::string childError;
-    if (WriteFileAtomic(Path("locked/c.cs"), "new c", childError)) return 0;
+    if (WriteFileAtomic(Path("locked/c.cs"), "new c", childError) &&
+        WriteFileAtomic(Path("open/d.cs"), "new d", childError))
+      return 0;
     std::fprintf(stderr, "%s\n", childError.c_str());
     return 1;
   });
   EXPECT_EQ(code, 0);
   EXPECT_EQ(Read("locked/c.cs"), "new c");
+  EXPECT_EQ(Read("open/d.cs"), "new d");
+  struct stat st {};
+  ASSERT_EQ(::stat(Path("open/d.cs").c_str(), &st), 0);
+  EXPECT_EQ(st.st_uid, ::geteuid());  // still the test's, not the writer's
   EXPECT_TRUE(fs::is_empty(Path("recovery")));
   ASSERT_EQ(::chmod(Path("locked").c_str(), 0755), 0);
 }

@@ -335,7 +335,7 @@ bool WriteFileAtomic(const std::string& path, const std::string& bytes, std::str
   // A rename would cut the other names off, hand the file to us, or is not allowed here.
   if (exists && (st.st_nlink > 1 || !RenameKeepsOwner(st) ||
                  ::access(DirectoryOf(target).c_str(), W_OK) != 0))
-    return RewriteInPlace(target, st, bytes, error);
+    return RewriteInPlace(target, bytes, error);
 
   int err = 0;
   std::string temp;

@@ -166,7 +166,6 @@ bool WriteJournal(const std::string& dir, const TJournal& journal, std::string& 
     if (r < 0) break;
     done += static_cast<size_t>(r);
   }
-  err = errno;
   const bool ok = done == text.size() && ::fsync(fd) == 0;
   if (!ok) err = errno;
   ::close(fd);
@@ -227,9 +226,7 @@ bool RenameKeepsOwner(const struct stat& st) {
   return st.st_uid == ::geteuid() && InGroup(st.st_gid);
 }
 
-bool RewriteInPlace(const std::string& target, const struct stat& st, const std::string& bytes,
-                    std::string& error) {
-  (void)st;
+bool RewriteInPlace(const std::string& target, const std::string& bytes, std::string& error) {
   const int fd = ::open(target.c_str(), O_RDWR | O_CLOEXEC);
   if (fd < 0) {
     error = OsError("Cannot open for writing", target, errno);

@@ -32,8 +32,7 @@ bool RenameKeepsOwner(const struct stat& st);
 
 /// Rewrites an existing file through its own inode, so every hard link, the mode and the owner
 /// stay; the old content is journaled first and put back if the write fails half way.
-bool RewriteInPlace(const std::string& target, const struct stat& st, const std::string& bytes,
-                    std::string& error);
+bool RewriteInPlace(const std::string& target, const std::string& bytes, std::string& error);
 
 /// Removes the leftovers of dead writers among the entry name of directory dir (with a trailing
 /// '/'), rolling back a torn in-place rewrite from its journal. A live run's files stay.
