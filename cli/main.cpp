@@ -146,11 +146,10 @@ int CmdRun(TCliContext& ctx, const std::string& projectPath, const std::vector<s
     listeners.Add(&log);
   }
 
-  std::signal(SIGINT, OnStopSignal);
-  std::signal(SIGTERM, OnStopSignal);
+  // A closed terminal stops the build like Ctrl-C.
+  for (int sig : {SIGINT, SIGTERM, SIGHUP}) std::signal(sig, OnStopSignal);
   const TWrenBuildResult result = RunBuild(project, options, listeners);
-  std::signal(SIGINT, SIG_DFL);
-  std::signal(SIGTERM, SIG_DFL);
+  for (int sig : {SIGINT, SIGTERM, SIGHUP}) std::signal(sig, SIG_DFL);
 
   if (ctx.json)
     json.Summary(result);

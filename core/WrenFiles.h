@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,9 +26,19 @@ struct TWrenFindData {
 /// a mask without a dot also matching names that have none.
 bool MatchesMask(const std::string& name, const std::string& mask);
 
+/// A temporary file of the writer below: ".<name>.tmp<pid>-<n>-<r>" holds new content on its way to
+/// <name>; ".<name>.jrn<pid>-<n>-<r>" is the journal of a rewrite in place (old and new content).
+struct TWrenScratchName {
+  bool journal = false;
+  long pid = 0;  // the writing process
+};
+std::optional<TWrenScratchName> ParseScratchFileName(const std::string& name);
+
 /// Lists the entries matching pattern (a directory followed by a mask, "dir/v*.*"), sorted without
 /// regard to case as NTFS returns them. Directories (with "." and "..", as Windows gives them) are
-/// included only when withDirectories is set; onlyDirectories drops the files.
+/// included only when withDirectories is set; onlyDirectories drops the files. The writer's
+/// temporary files are never listed; those a dead process left behind are removed on the way (a
+/// torn rewrite in place is rolled back from its journal).
 std::vector<TWrenFindData> FindFiles(const std::string& pattern, bool withDirectories,
                                      bool onlyDirectories = false);
 
@@ -35,7 +46,12 @@ bool ReadFileBytes(const std::string& path, std::string& bytes, std::string& err
 
 /// Writes the bytes to a temporary file beside path, flushes it and renames it over path, so the
 /// target is either untouched or complete. The file keeps the target's permissions.
-/// Under an open TWrenWriteBatch, rewrites of existing files are left pending for its Commit.
+/// A file a rename would change otherwise (a second hard link, an owner other than us, a
+/// directory we may not write to) is rewritten in place instead, after its old content is safe in
+/// a journal: beside it, or in the recovery directory (MARROWBY_RECOVERY_DIR, else
+/// $XDG_STATE_HOME/marrowby/recovery, else ~/.local/state/marrowby/recovery).
+/// Under an open TWrenWriteBatch, renamed rewrites of existing files are left pending for its
+/// Commit; rewrites in place happen at once.
 bool WriteFileAtomic(const std::string& path, const std::string& bytes, std::string& error);
 
 /// Groups the atomic rewrites of existing files made on this thread, so that thousands of them
@@ -61,7 +77,8 @@ class TWrenWriteBatch {
   bool outermost_;
 };
 
-/// Test hook: the next atomic writes fail after this many bytes (SIZE_MAX: never).
-void SetAtomicWriteFailAfter(size_t bytes);
+/// Test hook: writes of new content fail after this many bytes as on a full disk (SIZE_MAX:
+/// never); with crash set the process ends there instead, as a kill -9 would end it.
+void SetAtomicWriteFailAfter(size_t bytes, bool crash = false);
 
 }  // namespace wren

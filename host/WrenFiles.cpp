@@ -1,5 +1,7 @@
 #include "WrenFiles.h"
 
+#include <cctype>
+#include <cstdlib>
 #include <string_view>
 #include <vector>
 
@@ -63,6 +65,37 @@ bool MatchesMask(const std::string& name, const std::string& mask) {
   if (m.size() >= 2 && m.substr(m.size() - 2) == ".*" && name.find('.') == std::string::npos)
     return Match(name, m.substr(0, m.size() - 2));
   return false;
+}
+
+namespace {
+
+bool AllDigits(std::string_view text) {
+  if (text.empty() || text.size() > 18) return false;
+  for (char c : text)
+    if (!std::isdigit(static_cast<unsigned char>(c))) return false;
+  return true;
+}
+
+}  // namespace
+
+std::optional<TWrenScratchName> ParseScratchFileName(const std::string& name) {
+  if (name.size() < 2 || name[0] != '.') return std::nullopt;
+  // Tail: "<pid>-<n>-<r>", read from the end.
+  const std::string_view text(name);
+  const size_t dash2 = text.rfind('-');
+  if (dash2 == std::string_view::npos || !AllDigits(text.substr(dash2 + 1))) return std::nullopt;
+  const size_t dash1 = text.rfind('-', dash2 - 1);
+  if (dash1 == std::string_view::npos || !AllDigits(text.substr(dash1 + 1, dash2 - dash1 - 1)))
+    return std::nullopt;
+  const size_t tag = text.rfind('.', dash1);
+  if (tag == std::string_view::npos || tag == 0 || dash1 < tag + 4) return std::nullopt;
+  const std::string_view kind = text.substr(tag + 1, 3);
+  const std::string_view pid = text.substr(tag + 4, dash1 - tag - 4);
+  if ((kind != "tmp" && kind != "jrn") || !AllDigits(pid)) return std::nullopt;
+  TWrenScratchName parsed;
+  parsed.journal = kind == "jrn";
+  parsed.pid = std::strtol(std::string(pid).c_str(), nullptr, 10);
+  return parsed;
 }
 
 }  // namespace wren

@@ -1,7 +1,10 @@
 #include "WrenFiles.h"
 
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
+
+#include <functional>
 
 #include <cstdint>
 #include <cstdlib>
@@ -263,6 +266,132 @@ TEST_F(WrenFilesPosix, WriteBatchReplacesOnCommit) {
   // Closing the batch commits what is still pending.
   EXPECT_EQ(onDisk("fresh.txt"), "left pending");
   EXPECT_EQ(Entries(), (std::vector<std::string>{"a.cs", "b.cs", "fresh.txt"}));
+}
+
+// Runs body in a forked process and returns its exit code; the process ends without unwinding,
+// as a killed run would.
+int InChild(const std::function<int()>& body) {
+  const pid_t pid = ::fork();
+  if (pid == 0) ::_exit(body());
+  int status = 0;
+  ::waitpid(pid, &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+// A rewrite through one name shows through all of them, whatever the writer can and cannot do
+// in the file's directory, and a failed one leaves the old content under every name.
+TEST_F(WrenFilesPosix, RewriteKeepsHardLinksAndWorksInLockedDirectories) {
+  Write("a.cs", "old", 0640);
+  ASSERT_EQ(::link(Path("a.cs").c_str(), Path("b.cs").c_str()), 0);
+  std::string error;
+  ASSERT_TRUE(WriteFileAtomic(Path("a.cs"), "new", error)) << error;
+  EXPECT_EQ(Read("b.cs"), "new");
+  EXPECT_EQ(Mode("a.cs"), 0640u);
+  {
+    TWrenWriteBatch batch;
+    ASSERT_TRUE(WriteFileAtomic(Path("b.cs"), "batched", error)) << error;
+    ASSERT_TRUE(batch.Commit(error)) << error;
+  }
+  EXPECT_EQ(Read("a.cs"), "batched");
+  SetAtomicWriteFailAfter(3);
+  EXPECT_FALSE(WriteFileAtomic(Path("a.cs"), "much longer text", error));
+  SetAtomicWriteFailAfter(SIZE_MAX);
+  EXPECT_NE(error.find("No space left on device"), std::string::npos) << error;
+  EXPECT_EQ(Read("b.cs"), "batched");
+  EXPECT_EQ(Entries(), (std::vector<std::string>{"a.cs", "b.cs"}));  // no journal left
+
+  // A writable file in a directory the writer may not change, and one of another owner: as root,
+  // the test drops to an unprivileged user to be such a writer.
+  fs::create_directory(Path("locked"));
+  fs::create_directory(Path("recovery"));
+  fs::create_directory(Path("open"));
+  Write("locked/c.cs", "old c", 0666);
+  Write("open/d.cs", "old d", 0666);
+  ASSERT_EQ(::chmod(Path("recovery").c_str(), 0777), 0);
+  ASSERT_EQ(::chmod(Path("open").c_str(), 0777), 0);
+  ASSERT_EQ(::chmod(Path("locked").c_str(), 0555), 0);
+  ASSERT_EQ(::chmod(dir_.c_str(), 0755), 0);
+  const int code = InChild([&] {
+    if (::geteuid() == 0 && (::setgid(65534) != 0 || ::setuid(65534) != 0)) return 3;
+    ::setenv("MARROWBY_RECOVERY_DIR", Path("recovery").c_str(), 1);
+    std::string childError;
+    if (WriteFileAtomic(Path("locked/c.cs"), "new c", childError) &&
+        WriteFileAtomic(Path("open/d.cs"), "new d", childError))
+      return 0;
+    std::fprintf(stderr, "%s\n", childError.c_str());
+    return 1;
+  });
+  EXPECT_EQ(code, 0);
+  EXPECT_EQ(Read("locked/c.cs"), "new c");
+  EXPECT_EQ(Read("open/d.cs"), "new d");
+  struct stat st {};
+  ASSERT_EQ(::stat(Path("open/d.cs").c_str(), &st), 0);
+  EXPECT_EQ(st.st_uid, ::geteuid());  // still the test's, not the writer's
+  EXPECT_TRUE(fs::is_empty(Path("recovery")));
+  ASSERT_EQ(::chmod(Path("locked").c_str(), 0755), 0);
+}
+
+// A run killed while writing leaves files that no selection sees and that the next run removes;
+// a torn rewrite in place is rolled back from its journal. Files of a live run are left alone.
+TEST_F(WrenFilesPosix, KilledRunLeftoversAreHiddenAndCleanedUp) {
+  for (const char* name : {"a.cs", "b.cs", "c.cs"}) Write(name, std::string("old ") + name);
+  ASSERT_EQ(::link(Path("c.cs").c_str(), Path("c-link.cs").c_str()), 0);
+  EXPECT_EQ(InChild([&]() -> int {
+              TWrenWriteBatch batch;
+              std::string e;
+              WriteFileAtomic(Path("a.cs"), "new a", e);
+              WriteFileAtomic(Path("b.cs"), "new b", e);
+              ::_exit(0);  // ends before the batch commits
+            }),
+            0);
+  EXPECT_EQ(Entries().size(), 6u);  // two temporary files
+  // The next run's first write in the directory clears them, then dies rewriting in place.
+  EXPECT_EQ(InChild([&] {
+              SetAtomicWriteFailAfter(5, true);
+              std::string e;
+              WriteFileAtomic(Path("c.cs"), "brand new c", e);
+              return 0;  // not reached
+            }),
+            137);
+  ASSERT_EQ(Entries().size(), 5u);  // the journal
+  EXPECT_EQ(Read("a.cs"), "old a.cs");
+  std::string torn;
+  std::string error;
+  ASSERT_TRUE(ReadFileBytes(Path("c.cs"), torn, error));
+  EXPECT_EQ(torn, "brand.cs");  // five new bytes over the old ones
+
+  // A live run's temporary file (this process's) stays, but is not listed either.
+  std::string live = Path(".d.cs.tmp" + std::to_string(::getpid()) + "-1-2");
+  std::ofstream(live) << "pending";
+  EXPECT_EQ(Names(FindFiles(Path("*.*"), true)),
+            (std::vector<std::string>{".", "..", "a.cs", "b.cs", "c-link.cs", "c.cs"}));
+  EXPECT_EQ(Entries(), (std::vector<std::string>{".d.cs.tmp" + std::to_string(::getpid()) + "-1-2",
+                                                 "a.cs", "b.cs", "c-link.cs", "c.cs"}));
+  EXPECT_EQ(Read("c-link.cs"), "old c.cs");
+  fs::remove(live);
+}
+
+TEST(WrenFilesScratch, NamesOfTemporaryFiles) {
+  struct Case {
+    const char* name;
+    bool scratch, journal;
+    long pid;
+  } cases[] = {
+      {".a.cs.tmp123-4-567", true, false, 123}, {".a.cs.jrn9-0-0", true, true, 9},
+      {".tmp1-2-3", false, false, 0},           {"a.cs.tmp1-2-3", false, false, 0},
+      {".a.cs.tmp-2-3", false, false, 0},       {".a.cs.tmp1-2-", false, false, 0},
+      {".a.cs.bak1-2-3", false, false, 0},      {".a.cs.tmp1-2x-3", false, false, 0},
+      {".x.tmp12-3", false, false, 0},          {".gitignore", false, false, 0},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    const auto parsed = ParseScratchFileName(c.name);
+    ASSERT_EQ(parsed.has_value(), c.scratch);
+    if (parsed) {
+      EXPECT_EQ(parsed->journal, c.journal);
+      EXPECT_EQ(parsed->pid, c.pid);
+    }
+  }
 }
 
 }  // namespace

@@ -17,18 +17,93 @@
 #include <vector>
 
 #include "WrenFiles.h"
+#include "WrenRewritePosix.h"
 
 namespace wren {
+
+namespace posix {
 
 namespace {
 
 std::atomic<size_t> gAtomicWriteFailAfter{SIZE_MAX};
+std::atomic<bool> gAtomicWriteCrash{false};
 
-std::string Reason(int err) { return std::generic_category().message(err); }
+}  // namespace
 
 std::string OsError(const std::string& what, const std::string& path, int err) {
-  return what + " " + path + ": " + Reason(err);
+  return what + " " + path + ": " + std::generic_category().message(err);
 }
+
+bool WriteAll(int fd, const std::string& bytes, int& err) {
+  const size_t limit = gAtomicWriteFailAfter.load();
+  size_t written = 0;
+  while (written < bytes.size()) {
+    size_t chunk = bytes.size() - written;
+    if (limit != SIZE_MAX) {
+      if (written >= limit) {
+        if (gAtomicWriteCrash.load()) ::_exit(137);  // the test hook stands for a kill -9
+        err = ENOSPC;  // the test hook stands for a full disk
+        return false;
+      }
+      chunk = std::min(chunk, limit - written);
+    }
+    const ssize_t r = ::write(fd, bytes.data() + written, chunk);
+    if (r < 0) {
+      if (errno == EINTR) continue;
+      err = errno;
+      return false;
+    }
+    written += static_cast<size_t>(r);
+  }
+  return true;
+}
+
+int CreateScratch(const std::string& dir, const std::string& target, std::string& scratchName,
+                  int& err) {
+  const size_t slash = target.rfind('/');
+  // Keep the name well under NAME_MAX however long the target's name is.
+  const std::string base = target.substr(slash == std::string::npos ? 0 : slash + 1).substr(0, 200);
+  static std::atomic<unsigned> counter{0};
+  // Seeded once: a random device read per file costs more than the rest of the name.
+  thread_local std::minstd_rand random(std::random_device{}());
+  for (int attempt = 0; attempt < 100; ++attempt) {
+    scratchName = dir + "." + base + ".tmp" + std::to_string(::getpid()) + "-" +
+                  std::to_string(counter++) + "-" + std::to_string(random() % 1000000);
+    const int fd = ::open(scratchName.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (fd >= 0) return fd;
+    if (errno != EEXIST) {
+      err = errno;
+      return -1;
+    }
+  }
+  err = EEXIST;
+  return -1;
+}
+
+std::string ScratchNameAs(const std::string& scratchName, TScratchKind kind) {
+  const size_t tag = scratchName.rfind(".tmp");
+  if (tag == std::string::npos) return scratchName;
+  return scratchName.substr(0, tag) + (kind == TScratchKind::Journal ? ".jrn" : ".tmp") +
+         scratchName.substr(tag + 4);
+}
+
+std::string DirectoryOf(const std::string& path) {
+  const size_t slash = path.rfind('/');
+  return slash == std::string::npos ? "." : (slash == 0 ? "/" : path.substr(0, slash));
+}
+
+void SyncDirectoryOf(const std::string& path) {
+  const int fd = ::open(DirectoryOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (fd < 0) return;
+  ::fsync(fd);  // best effort: the rename is done, this only hastens its durability
+  ::close(fd);
+}
+
+}  // namespace posix
+
+namespace {
+
+using namespace posix;
 
 bool ReadOnlyMode(mode_t mode) { return (mode & S_IWUSR) == 0; }
 
@@ -47,62 +122,9 @@ bool NameLess(const TWrenFindData& a, const TWrenFindData& b) {
   return a.name < b.name;
 }
 
-bool WriteAll(int fd, const std::string& bytes, int& err) {
-  const size_t limit = gAtomicWriteFailAfter.load();
-  size_t written = 0;
-  while (written < bytes.size()) {
-    size_t chunk = bytes.size() - written;
-    if (limit != SIZE_MAX) {
-      if (written >= limit) {
-        err = ENOSPC;  // the test hook stands for a full disk
-        return false;
-      }
-      chunk = std::min(chunk, limit - written);
-    }
-    const ssize_t r = ::write(fd, bytes.data() + written, chunk);
-    if (r < 0) {
-      if (errno == EINTR) continue;
-      err = errno;
-      return false;
-    }
-    written += static_cast<size_t>(r);
-  }
-  return true;
-}
-
-// Creates a new file beside target with a name no one else holds (O_EXCL).
-int CreateTempBeside(const std::string& target, std::string& tempName, int& err) {
+std::string DirWithSlash(const std::string& target) {
   const size_t slash = target.rfind('/');
-  const std::string dir = slash == std::string::npos ? "" : target.substr(0, slash + 1);
-  // Keep the name well under NAME_MAX however long the target's name is.
-  const std::string base = target.substr(slash == std::string::npos ? 0 : slash + 1).substr(0, 200);
-  static std::atomic<unsigned> counter{0};
-  // Seeded once: a random device read per file costs more than the rest of the name.
-  thread_local std::minstd_rand random(std::random_device{}());
-  for (int attempt = 0; attempt < 100; ++attempt) {
-    tempName = dir + "." + base + ".tmp" + std::to_string(::getpid()) + "-" +
-               std::to_string(counter++) + "-" + std::to_string(random() % 1000000);
-    const int fd = ::open(tempName.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    if (fd >= 0) return fd;
-    if (errno != EEXIST) {
-      err = errno;
-      return -1;
-    }
-  }
-  err = EEXIST;
-  return -1;
-}
-
-std::string DirectoryOf(const std::string& path) {
-  const size_t slash = path.rfind('/');
-  return slash == std::string::npos ? "." : (slash == 0 ? "/" : path.substr(0, slash));
-}
-
-void SyncDirectoryOf(const std::string& path) {
-  const int fd = ::open(DirectoryOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (fd < 0) return;
-  ::fsync(fd);  // best effort: the rename is done, this only hastens its durability
-  ::close(fd);
+  return slash == std::string::npos ? "" : target.substr(0, slash + 1);
 }
 
 /// A rewrite waiting for its batch's commit; the target is known by device and inode so that any
@@ -207,7 +229,7 @@ std::vector<TWrenFindData> FindFiles(const std::string& pattern, bool withDirect
                                      bool onlyDirectories) {
   std::vector<TWrenFindData> found;
   const size_t split = pattern.find_last_of("/\\");
-  std::string dir = split == std::string::npos ? "." : pattern.substr(0, split + 1);
+  std::string dir = split == std::string::npos ? "./" : pattern.substr(0, split + 1);
   const std::string mask = split == std::string::npos ? pattern : pattern.substr(split + 1);
   std::replace(dir.begin(), dir.end(), '\\', '/');
   if (mask.empty()) return found;
@@ -239,7 +261,13 @@ std::vector<TWrenFindData> FindFiles(const std::string& pattern, bool withDirect
 
   while (const dirent* e = ::readdir(d)) {
     const std::string name = e->d_name;
-    if (name == "." || name == ".." || !MatchesMask(name, mask)) continue;
+    if (name == "." || name == "..") continue;
+    // The writer's temporary files are no one's sources; a dead run's are cleared on the way.
+    if (name[0] == '.' && ParseScratchFileName(name)) {
+      CleanUpLeftover(dir, name);
+      continue;
+    }
+    if (!MatchesMask(name, mask)) continue;
     TWrenFindData data;
     if (entryOf(e->d_name, data) && wanted(data)) found.push_back(std::move(data));
   }
@@ -303,9 +331,15 @@ bool WriteFileAtomic(const std::string& path, const std::string& bytes, std::str
     }
   }
 
+  CleanUpDirectoryOnce(DirWithSlash(target));
+  // A rename would cut the other names off, hand the file to us, or is not allowed here.
+  if (exists && (st.st_nlink > 1 || !RenameKeepsOwner(st) ||
+                 ::access(DirectoryOf(target).c_str(), W_OK) != 0))
+    return RewriteInPlace(target, bytes, error);
+
   int err = 0;
   std::string temp;
-  const int fd = CreateTempBeside(target, temp, err);
+  const int fd = CreateScratch(DirWithSlash(target), target, temp, err);
   if (fd < 0) {
     error = OsError("Cannot create a temporary file to write", path, err);
     return false;
@@ -357,7 +391,10 @@ bool WriteFileAtomic(const std::string& path, const std::string& bytes, std::str
   return true;
 }
 
-void SetAtomicWriteFailAfter(size_t bytes) { gAtomicWriteFailAfter.store(bytes); }
+void SetAtomicWriteFailAfter(size_t bytes, bool crash) {
+  posix::gAtomicWriteFailAfter.store(bytes);
+  posix::gAtomicWriteCrash.store(crash);
+}
 
 TWrenWriteBatch::TWrenWriteBatch() : outermost_(tBatch == nullptr) {
   if (outermost_) tBatch = std::make_unique<TBatchState>();

@@ -1,11 +1,12 @@
-// Child processes on POSIX: posix_spawn in a process group of their own, output read through two
-// pipes with poll(), stop by SIGTERM then SIGKILL to the whole group.
+// Child processes on POSIX: started by a supervisor process in a process group of their own,
+// output read through two pipes with poll(), stop by SIGTERM then SIGKILL to the whole group; the
+// supervisor kills what is left of the program's tree when the run ends or the host dies.
 #include "WrenProcess.h"
 
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
-#include <spawn.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -14,6 +15,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cstdint>
+#include <initializer_list>
+#include <optional>
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
@@ -52,6 +56,11 @@ class TFd {
   void Reset(int fd) {
     Close();
     fd_ = fd;
+  }
+  int Release() {
+    const int fd = fd_;
+    fd_ = -1;
+    return fd;
   }
   void Close() {
     if (fd_ >= 0) ::close(fd_);  // not retried on EINTR: on Linux the fd is gone either way
@@ -196,69 +205,292 @@ int KillGraceMs() {
   return static_cast<int>(std::min<long>(value, 600000));
 }
 
-/// The spawned child until it is reaped; kills its group when Run leaves early (a throwing
-/// handler), so no child outlives the run whatever happens.
-class TChild {
- public:
-  explicit TChild(pid_t pid) : pid_(pid) {}
-  TChild(const TChild&) = delete;
-  TChild& operator=(const TChild&) = delete;
-  ~TChild() {
-    if (!reaped_) {
-      ::kill(-pid_, SIGKILL);
-      Reap();
+/// What the supervisor tells the host about the program.
+struct TSupervisorMessage {
+  enum : int32_t { Started, SpawnFailed, Exited } kind;
+  int32_t value;  // the program's pid, the errno of the failed start, or the exit code
+};
+
+/// Everything the program is started with, prepared before the fork: after it only
+/// async-signal-safe calls are allowed (another thread of the host may hold the heap's lock).
+struct TLaunch {
+  const char* path;
+  char* const* argv;
+  const char* workingDir;  // null: the host's
+  int outFd;
+  int errFd;
+  int lifelineFd;  // the supervisor's end: EOF when the host has finished with the run, or died
+  int statusFd;    // the supervisor's end of its messages to the host
+};
+
+void WriteMessage(int fd, TSupervisorMessage message) {
+  while (::write(fd, &message, sizeof message) < 0 && errno == EINTR) {
+  }
+}
+
+int ExitCodeOf(int status) {
+  if (WIFEXITED(status)) return WEXITSTATUS(status);
+  if (WIFSIGNALED(status)) return 128 + WTERMSIG(status);
+  return -1;
+}
+
+// Closes every descriptor from 3 up but the ones listed.
+void CloseAllBut(std::initializer_list<int> keepList) {
+  int keep[8];
+  size_t n = 0;
+  for (int fd : keepList) {  // insertion sort: a handful of numbers
+    if (n == 8) break;
+    size_t at = n++;
+    for (; at > 0 && keep[at - 1] > fd; --at) keep[at] = keep[at - 1];
+    keep[at] = fd;
+  }
+  unsigned from = 3;
+  for (size_t i = 0; i < n; ++i) {
+    if (keep[i] < 0 || static_cast<unsigned>(keep[i]) < from) continue;
+    if (static_cast<unsigned>(keep[i]) > from) ::syscall(SYS_close_range, from, keep[i] - 1, 0);
+    from = static_cast<unsigned>(keep[i]) + 1;
+  }
+  ::syscall(SYS_close_range, from, ~0U, 0);
+}
+
+// The parent pid in /proc/<pid>/stat, read without the heap; -1 when gone.
+pid_t ParentOf(const char* pidText) {
+  char path[64] = "/proc/";
+  size_t n = 6;
+  for (const char* c = pidText; *c && n < 50; ++c) path[n++] = *c;
+  const char tail[] = "/stat";
+  for (char c : tail) path[n++] = c;
+  const int fd = ::open(path, O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return -1;
+  char text[512];
+  const ssize_t got = ::read(fd, text, sizeof text - 1);
+  ::close(fd);
+  if (got <= 0) return -1;
+  // "pid (name) state ppid ...": the name may hold anything, so look after its last ')'.
+  ssize_t close = got - 1;
+  while (close >= 0 && text[close] != ')') --close;
+  if (close < 0 || close + 4 >= got) return -1;
+  pid_t ppid = 0;
+  for (ssize_t i = close + 4; i < got && text[i] >= '0' && text[i] <= '9'; ++i)
+    ppid = ppid * 10 + (text[i] - '0');
+  return ppid;
+}
+
+// Kills every child of this process (the subreaper inherits every orphan of the program's tree).
+void KillChildren() {
+  const pid_t self = ::getpid();
+  const int dir = ::open("/proc", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (dir < 0) return;
+  alignas(8) char buffer[8192];
+  for (;;) {
+    const long got = ::syscall(SYS_getdents64, dir, buffer, sizeof buffer);
+    if (got <= 0) break;
+    for (long at = 0; at < got;) {
+      struct Entry {
+        uint64_t ino;
+        int64_t off;
+        unsigned short reclen;
+        unsigned char type;
+        char name[1];
+      };
+      const auto* e = reinterpret_cast<const Entry*>(buffer + at);
+      at += e->reclen;
+      if (e->name[0] < '1' || e->name[0] > '9') continue;
+      if (ParentOf(e->name) != self) continue;
+      pid_t pid = 0;
+      for (const char* c = e->name; *c; ++c) pid = pid * 10 + (*c - '0');
+      ::kill(pid, SIGKILL);
     }
   }
+  ::close(dir);
+}
 
-  /// True once the child has exited; it stays a zombie (so its pid, and with it the group id,
-  /// cannot be reused) until Reap().
-  bool HasExited() {
-    if (exited_) return true;
+// The program's own process, after the supervisor's fork.
+[[noreturn]] void StartProgram(const TLaunch& launch, pid_t supervisor, int execErrorFd) {
+  ::setpgid(0, 0);  // own group, so a stop reaches the tools it starts too
+  ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+  if (::getppid() != supervisor) ::_exit(127);
+  // The supervisor's ignored signals and the host's blocked ones are not passed on.
+  struct sigaction dfl {};
+  dfl.sa_handler = SIG_DFL;
+  for (int sig : {SIGPIPE, SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGCHLD}) ::sigaction(sig, &dfl, nullptr);
+  sigset_t none;
+  sigemptyset(&none);
+  ::sigprocmask(SIG_SETMASK, &none, nullptr);
+  int err = 0;
+  const int null = ::open("/dev/null", O_RDONLY);
+  if (launch.workingDir && ::chdir(launch.workingDir) != 0) {
+    err = errno;
+  } else if (null < 0 || ::dup2(null, STDIN_FILENO) < 0 ||
+             ::dup2(launch.outFd, STDOUT_FILENO) < 0 || ::dup2(launch.errFd, STDERR_FILENO) < 0) {
+    err = errno;
+  } else {
+    ::execve(launch.path, launch.argv, environ);
+    err = errno;
+  }
+  while (::write(execErrorFd, &err, sizeof err) < 0 && errno == EINTR) {
+  }
+  ::_exit(127);
+}
+
+// The supervisor: a forked copy of the host that starts the program and outlives the host just
+// long enough to kill whatever the program started, however the host ends. It is the subreaper
+// of the program's tree, so even a grandchild that left the process group (setsid) stays its
+// descendant.
+[[noreturn]] void Supervise(const TLaunch& launch) {
+  struct sigaction ignore {};
+  ignore.sa_handler = SIG_IGN;
+  // A closed terminal or Ctrl-C reaches the host's group, and with it this process: the host
+  // decides what the program gets.
+  for (int sig : {SIGHUP, SIGINT, SIGTERM, SIGQUIT, SIGPIPE}) ::sigaction(sig, &ignore, nullptr);
+  ::prctl(PR_SET_CHILD_SUBREAPER, 1);
+  int execError[2];
+  if (::pipe2(execError, O_CLOEXEC) != 0) {
+    WriteMessage(launch.statusFd, {TSupervisorMessage::SpawnFailed, errno});
+    ::_exit(0);
+  }
+  const pid_t self = ::getpid();
+  const pid_t program = ::fork();
+  if (program == 0) StartProgram(launch, self, execError[1]);
+  ::close(execError[1]);
+  ::close(launch.outFd);
+  ::close(launch.errFd);
+  if (program < 0) {
+    WriteMessage(launch.statusFd, {TSupervisorMessage::SpawnFailed, errno});
+    ::_exit(0);
+  }
+  ::setpgid(program, program);  // before the host may signal the group
+  int startError = 0;
+  ssize_t got;
+  do {
+    got = ::read(execError[0], &startError, sizeof startError);
+  } while (got < 0 && errno == EINTR);
+  ::close(execError[0]);
+  if (got == static_cast<ssize_t>(sizeof startError)) {
+    ::waitpid(program, nullptr, 0);
+    WriteMessage(launch.statusFd, {TSupervisorMessage::SpawnFailed, startError});
+    ::_exit(0);
+  }
+  WriteMessage(launch.statusFd, {TSupervisorMessage::Started, program});
+
+  // Until the host lets go: report the program's exit (it stays an unreaped zombie, so its
+  // group id cannot be reused while the host may signal it) and reap orphans meanwhile.
+  const int exitFd = static_cast<int>(::syscall(SYS_pidfd_open, program, 0));
+  bool reported = false;
+  for (;;) {
+    pollfd fds[2] = {{launch.lifelineFd, POLLIN, 0}, {exitFd, POLLIN, 0}};
+    const nfds_t count = (exitFd >= 0 && !reported) ? 2 : 1;
+    ::poll(fds, count, reported ? -1 : 100);
+    if (fds[0].revents != 0) {
+      char byte;
+      const ssize_t r = ::read(launch.lifelineFd, &byte, 1);
+      if (r == 0 || (r < 0 && errno != EINTR)) break;
+    }
+    if (reported) continue;
     siginfo_t info{};
-    int rc;
-    do {
-      rc = ::waitid(P_PID, static_cast<id_t>(pid_), &info, WEXITED | WNOHANG | WNOWAIT);
-    } while (rc < 0 && errno == EINTR);
-    exited_ = rc == 0 && info.si_pid == pid_;
-    return exited_;
+    if (::waitid(P_ALL, 0, &info, WEXITED | WNOHANG | WNOWAIT) != 0 || info.si_pid == 0) continue;
+    if (info.si_pid != program) {
+      ::waitpid(info.si_pid, nullptr, WNOHANG);
+      continue;
+    }
+    const int code = info.si_code == CLD_EXITED ? info.si_status : 128 + info.si_status;
+    WriteMessage(launch.statusFd, {TSupervisorMessage::Exited, code});
+    reported = true;
   }
 
-  void SignalGroup(int signal) { ::kill(-pid_, signal); }
-
-  /// Waits for the child and returns its exit code (128 + signal for a signal death).
-  int Reap() {
+  ::kill(-program, SIGKILL);
+  int programStatus = -1;
+  for (;;) {
+    KillChildren();
     int status = 0;
-    pid_t rc;
-    do {
-      rc = ::waitpid(pid_, &status, 0);
-    } while (rc < 0 && errno == EINTR);
-    reaped_ = true;
-    if (rc != pid_) return -1;
-    if (WIFEXITED(status)) return WEXITSTATUS(status);
-    if (WIFSIGNALED(status)) return 128 + WTERMSIG(status);
-    return -1;
+    const pid_t reaped = ::waitpid(-1, &status, WNOHANG);
+    if (reaped == program) programStatus = status;
+    if (reaped < 0 && errno == ECHILD) break;
+    if (reaped == 0) {
+      const timespec pause{0, 2000000};
+      ::nanosleep(&pause, nullptr);
+    }
+  }
+  if (!reported) WriteMessage(launch.statusFd, {TSupervisorMessage::Exited, ExitCodeOf(programStatus)});
+  ::_exit(0);
+}
+
+/// The running program, seen from the host: through its supervisor's messages, and its process
+/// group for stop signals. Letting go (Finish, or the destructor when Run leaves early) makes
+/// the supervisor kill everything the program started.
+class TChild {
+ public:
+  TChild(pid_t supervisor, int lifelineFd, int statusFd)
+      : supervisor_(supervisor), lifeline_(lifelineFd), status_(statusFd) {}
+  TChild(const TChild&) = delete;
+  TChild& operator=(const TChild&) = delete;
+  ~TChild() { Finish(); }
+
+  /// Waits for the start; false with the errno when the program could not be started.
+  bool WaitStarted(int& error) {
+    TSupervisorMessage m{};
+    if (!ReadMessage(m, true)) {
+      error = EIO;
+      return false;
+    }
+    if (m.kind == TSupervisorMessage::SpawnFailed) {
+      error = m.value;
+      return false;
+    }
+    program_ = m.value;
+    ::fcntl(status_.Get(), F_SETFL, ::fcntl(status_.Get(), F_GETFL) | O_NONBLOCK);
+    return true;
+  }
+
+  /// A descriptor that turns readable when the program's state changes.
+  int WakeFd() const { return status_.Get(); }
+
+  bool HasExited() {
+    TSupervisorMessage m{};
+    while (!exitCode_ && ReadMessage(m, false))
+      if (m.kind == TSupervisorMessage::Exited) exitCode_ = m.value;
+    return exitCode_.has_value();
+  }
+
+  void SignalGroup(int signal) {
+    if (program_ > 0) ::kill(-program_, signal);
+  }
+
+  /// Ends the run: everything the program started is killed; returns its exit code
+  /// (128 + signal for a signal death).
+  int Finish() {
+    if (supervisor_ > 0) {
+      lifeline_.Close();
+      ::fcntl(status_.Get(), F_SETFL, ::fcntl(status_.Get(), F_GETFL) & ~O_NONBLOCK);
+      TSupervisorMessage m{};
+      while (!exitCode_ && ReadMessage(m, true))
+        if (m.kind == TSupervisorMessage::Exited) exitCode_ = m.value;
+      while (::waitpid(supervisor_, nullptr, 0) < 0 && errno == EINTR) {
+      }
+      supervisor_ = -1;
+      status_.Close();
+    }
+    return exitCode_.value_or(-1);
   }
 
  private:
-  pid_t pid_;
-  bool exited_ = false;
-  bool reaped_ = false;
-};
+  // False at the end of the messages (or, not blocking, when none is waiting).
+  bool ReadMessage(TSupervisorMessage& m, bool block) {
+    if (!status_.IsOpen()) return false;
+    for (;;) {
+      const ssize_t got = ::read(status_.Get(), &m, sizeof m);
+      if (got == static_cast<ssize_t>(sizeof m)) return true;
+      if (got < 0 && errno == EINTR) continue;
+      if (got == 0 && !block) exitCode_ = exitCode_.value_or(-1);  // the supervisor is gone
+      return false;
+    }
+  }
 
-/// posix_spawn attributes and file actions, released on every path.
-struct TSpawnSetup {
-  posix_spawn_file_actions_t actions;
-  posix_spawnattr_t attr;
-  TSpawnSetup() {
-    posix_spawn_file_actions_init(&actions);
-    posix_spawnattr_init(&attr);
-  }
-  ~TSpawnSetup() {
-    posix_spawn_file_actions_destroy(&actions);
-    posix_spawnattr_destroy(&attr);
-  }
-  TSpawnSetup(const TSpawnSetup&) = delete;
-  TSpawnSetup& operator=(const TSpawnSetup&) = delete;
+  pid_t supervisor_;
+  pid_t program_ = -1;
+  TFd lifeline_;
+  TFd status_;
+  std::optional<int> exitCode_;
 };
 
 /// The POSIX implementation of IWrenProcess.
@@ -340,59 +572,57 @@ TWrenProcessResult TWrenProcessPosix::Run() {
   out.handler = &onStdOut_;
   err.handler = &onStdErr_;
 
-  pid_t pid = -1;
-  int spawnError;
-  {
-    TSpawnSetup setup;
-    if (!workingDir_.empty()) {
-      posix_spawn_file_actions_addchdir_np(&setup.actions, workingDir_.c_str());
-    }
-    posix_spawn_file_actions_addopen(&setup.actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_adddup2(&setup.actions, outWrite.Get(), STDOUT_FILENO);
-    posix_spawn_file_actions_adddup2(&setup.actions, errWrite.Get(), STDERR_FILENO);
+  std::vector<char*> argv;
+  argv.reserve(args.size() + 1);
+  for (std::string& arg : args) argv.push_back(arg.data());
+  argv.push_back(nullptr);
 
-    // Own process group, so a stop reaches the tools it starts too; signals the host ignores or
-    // blocks are not passed on.
-    sigset_t none;
-    sigemptyset(&none);
-    sigset_t defaults;
-    sigemptyset(&defaults);
-    for (int sig : {SIGPIPE, SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGCHLD}) sigaddset(&defaults, sig);
-    posix_spawnattr_setflags(&setup.attr, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK |
-                                              POSIX_SPAWN_SETSIGDEF);
-    posix_spawnattr_setpgroup(&setup.attr, 0);
-    posix_spawnattr_setsigmask(&setup.attr, &none);
-    posix_spawnattr_setsigdefault(&setup.attr, &defaults);
-
-    std::vector<char*> argv;
-    argv.reserve(args.size() + 1);
-    for (std::string& arg : args) argv.push_back(arg.data());
-    argv.push_back(nullptr);
-    spawnError = ::posix_spawn(&pid, spawnPath.c_str(), &setup.actions, &setup.attr, argv.data(),
-                               environ);
+  int lifeline[2];
+  int status[2];
+  if (::pipe2(lifeline, O_CLOEXEC) != 0) {
+    return Failure(TStatus::Failed, "cannot create a pipe: " + ErrnoText(errno));
   }
+  TFd lifelineRead(lifeline[0]);
+  TFd lifelineWrite(lifeline[1]);
+  if (::pipe2(status, O_CLOEXEC) != 0) {
+    return Failure(TStatus::Failed, "cannot create a pipe: " + ErrnoText(errno));
+  }
+  TFd statusRead(status[0]);
+  TFd statusWrite(status[1]);
+
+  const TLaunch launch{spawnPath.c_str(), argv.data(),
+                       workingDir_.empty() ? nullptr : workingDir_.c_str(),
+                       outWrite.Get(), errWrite.Get(), lifelineRead.Get(), statusWrite.Get()};
+  const pid_t supervisor = ::fork();
+  if (supervisor == 0) {
+    CloseAllBut({launch.outFd, launch.errFd, launch.lifelineFd, launch.statusFd});
+    Supervise(launch);
+  }
+  const int forkError = errno;
   outWrite.Close();
   errWrite.Close();
-  if (spawnError != 0) {
-    return Failure(TStatus::Failed, "cannot start " + executable_ + ": " + ErrnoText(spawnError));
+  lifelineRead.Close();
+  statusWrite.Close();
+  if (supervisor < 0) {
+    return Failure(TStatus::Failed, "cannot start " + executable_ + ": " + ErrnoText(forkError));
+  }
+  TChild child(supervisor, lifelineWrite.Release(), statusRead.Release());
+  int startError = 0;
+  if (!child.WaitStarted(startError)) {
+    return Failure(TStatus::Failed, "cannot start " + executable_ + ": " + ErrnoText(startError));
   }
 
-  TChild child(pid);
   TOutputStream* streams[2] = {&out, &err};
   std::vector<char> buffer(64 * 1024);
   auto anyOpen = [&] { return out.fd.IsOpen() || err.fd.IsOpen(); };
 
-  // A pidfd turns the child's exit into something poll() can wait on; without one (old kernels)
-  // the exit is checked every few milliseconds once the pipes are closed.
-  TFd exitFd(static_cast<int>(::syscall(SYS_pidfd_open, pid, 0)));
   bool stopped = false;
   while (!child.HasExited()) {
     if (StopRequested()) {
       stopped = true;
       break;
     }
-    PumpOutput(streams, buffer, exitFd.IsOpen() || anyOpen() ? kPollSliceMs : 5,
-               exitFd.IsOpen() ? exitFd.Get() : -1);
+    PumpOutput(streams, buffer, kPollSliceMs, child.WakeFd());
   }
 
   if (stopped) {
@@ -403,7 +633,8 @@ TWrenProcessResult TWrenProcessPosix::Run() {
     while (!child.HasExited()) {
       const int64_t left = graceMs - MsSince(termSent);
       if (left <= 0) break;
-      PumpOutput(streams, buffer, static_cast<int>(std::min<int64_t>(left, kPollSliceMs)));
+      PumpOutput(streams, buffer, static_cast<int>(std::min<int64_t>(left, kPollSliceMs)),
+                 child.WakeFd());
     }
     child.SignalGroup(SIGKILL);
   }
@@ -418,14 +649,13 @@ TWrenProcessResult TWrenProcessPosix::Run() {
       lastData = TClock::now();
     }
   }
-  // Nothing the program started outlives the run. The child is still an unreaped zombie here, so
-  // its group id cannot have been handed to an unrelated process.
-  child.SignalGroup(SIGKILL);
+  // Nothing the program started outlives the run.
+  const int exitCode = child.Finish();
   out.Finish();
   err.Finish();
 
   TWrenProcessResult result;
-  result.exitCode = child.Reap();
+  result.exitCode = exitCode;
   result.status = stopped ? TStatus::Stopped : TStatus::Exited;
   return result;
 }

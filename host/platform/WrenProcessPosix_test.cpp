@@ -8,7 +8,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -62,27 +64,14 @@ class TScopedEnv {
   std::optional<std::string> old_;
 };
 
-/// Makes this process the reaper of orphaned descendants, so a test can see how they ended.
-class TSubreaper {
- public:
-  TSubreaper() { ::prctl(PR_SET_CHILD_SUBREAPER, 1); }
-  ~TSubreaper() { ::prctl(PR_SET_CHILD_SUBREAPER, 0); }
-};
-
-/// Reaps an orphan handed to this process; its wait status, or nullopt when it did not end
-/// within a few seconds (it would have outlived the run).
-std::optional<int> ReapOrphan(pid_t pid) {
-  for (int i = 0; i < 500; ++i) {
-    int status = 0;
-    const pid_t rc = ::waitpid(pid, &status, WNOHANG);
-    if (rc == pid) return status;
-    if (rc < 0 && errno != EINTR) return std::nullopt;
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
-  }
-  return std::nullopt;
-}
-
 bool ProcessGone(pid_t pid) { return ::kill(pid, 0) == -1 && errno == ESRCH; }
+
+/// Waits a generous while for the process to be gone (killed and reaped by whoever reaps it).
+bool EndsSoon(pid_t pid) {
+  for (int i = 0; i < 500 && !ProcessGone(pid); ++i)
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  return ProcessGone(pid);
+}
 
 struct TRun {
   TWrenProcessResult result;
@@ -287,7 +276,6 @@ TEST(WrenProcessPosix, RunsLeaveNoDescriptorsOpen) {
 }
 
 TEST(WrenProcessPosix, StopTerminatesThenKillsTheWholeGroup) {
-  TSubreaper subreaper;
   TScopedEnv grace("MARROWBY_KILL_GRACE_MS", "300");
   TTempDir dir;
   const std::string tool = InstallRecorder(
@@ -308,10 +296,7 @@ TEST(WrenProcessPosix, StopTerminatesThenKillsTheWholeGroup) {
   const pid_t recorderPid = ReadJson(tool + ".argv.json")["pid"].get<pid_t>();
   const pid_t childPid = std::stoi(ReadText(childPidFile));
   EXPECT_TRUE(ProcessGone(recorderPid));
-  const std::optional<int> childStatus = ReapOrphan(childPid);
-  ASSERT_TRUE(childStatus.has_value()) << "the recorder's child outlived the run";
-  EXPECT_TRUE(WIFSIGNALED(*childStatus) && WTERMSIG(*childStatus) == SIGKILL);
-  EXPECT_TRUE(ProcessGone(childPid));
+  EXPECT_TRUE(EndsSoon(childPid)) << "the recorder's child outlived the run";
 }
 
 TEST(WrenProcessPosix, ThrowingHandlerStillEndsTheProgram) {
@@ -334,17 +319,52 @@ TEST(WrenProcessPosix, StopSendsSigtermFirst) {
   EXPECT_EQ(run.result.exitCode, 128 + SIGTERM);
 }
 
-TEST(WrenProcessPosix, BackgroundGrandchildDoesNotOutliveTheRun) {
-  TSubreaper subreaper;
-  // The shell exits at once; the sleep it leaves behind holds the output pipe.
-  const TRun run = RunProgram("/bin/sh", "-c \"sleep 30 & echo $!\"");
-  ASSERT_EQ(run.result.status, TStatus::Exited) << run.result.error;
-  EXPECT_EQ(run.result.exitCode, 0);
-  ASSERT_EQ(run.out.size(), 1u);
-  const pid_t sleeper = std::stoi(run.out[0]);
-  const std::optional<int> status = ReapOrphan(sleeper);
-  ASSERT_TRUE(status.has_value()) << "the background sleep outlived the run";
-  EXPECT_TRUE(WIFSIGNALED(*status) && WTERMSIG(*status) == SIGKILL);
+// Whatever the program leaves behind dies with the run: a background child holding the pipes, and
+// one that left the process group with setsid, whether the run ends, is stopped, or the host
+// itself is killed.
+TEST(WrenProcessPosix, NoDescendantOutlivesTheRunOrTheHost) {
+  TTempDir dir;
+  const std::string pids = (dir.Path() / "pids").string();
+  const std::string script =
+      "-c \"setsid sleep 30 & echo $! >> " + pids + "; sleep 30 & echo $! >> " + pids + "; %s\"";
+  auto lines = [&] {
+    const std::string text = ReadText(pids);
+    return std::count(text.begin(), text.end(), '\n');
+  };
+  auto startedPids = [&] {
+    std::vector<pid_t> found;
+    std::istringstream in(ReadText(pids));
+    for (pid_t pid; in >> pid;) found.push_back(pid);
+    fs::remove(pids);
+    return found;
+  };
+  auto expectAllEnd = [&](const std::vector<pid_t>& started) {
+    ASSERT_EQ(started.size(), 2u);
+    for (pid_t pid : started) EXPECT_TRUE(EndsSoon(pid)) << pid << " outlived the run";
+  };
+
+  char text[512];
+  std::snprintf(text, sizeof text, script.c_str(), "exit 0");
+  const TRun ended = RunProgram("/bin/sh", text);
+  EXPECT_EQ(ended.result.status, TStatus::Exited) << ended.result.error;
+  expectAllEnd(startedPids());
+
+  std::snprintf(text, sizeof text, script.c_str(), "exec sleep 30");
+  const TRun stopped = RunProgram("/bin/sh", text, "", [&] { return lines() == 2; });
+  EXPECT_EQ(stopped.result.status, TStatus::Stopped) << stopped.result.error;
+  expectAllEnd(startedPids());
+
+  // A host killed outright never gets to end the run itself.
+  const pid_t host = ::fork();
+  if (host == 0) {
+    RunProgram("/bin/sh", text);
+    ::_exit(0);
+  }
+  for (int i = 0; i < 500 && lines() < 2; ++i)
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  ::kill(host, SIGKILL);
+  ::waitpid(host, nullptr, 0);
+  expectAllEnd(startedPids());
 }
 
 }  // namespace

@@ -1,0 +1,160 @@
+// The marrowby executable leaves nothing behind: no process of a build outlives it, however it
+// ends, and no temporary file of a killed run is taken for a source by the next one.
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <sstream>
+#include <thread>
+
+#include "TestSupport.h"
+
+extern char** environ;
+
+namespace wren {
+namespace {
+
+/// A temporary machine whose SDK's sn.exe is the given shell script.
+class ScriptMachine {
+ public:
+  explicit ScriptMachine(const std::string& snScript) {
+    test::WriteFile(dir / "fw/v4.0.30319/.keep", "");
+    test::WriteFile(dir / "sdk/Bin/sn.exe", snScript);
+    ::chmod((dir / "sdk/Bin/sn.exe").c_str(), 0755);
+    test::WriteFile(dir / "registry.reg",
+                    "Windows Registry Editor Version 5.00\r\n\r\n"
+                    "[HKEY_LOCAL_MACHINE\\Software\\Microsoft\\.NETFramework]\r\n"
+                    "\"InstallRoot\"=\"" + dir.path() + "fw/\"\r\n"
+                    "\"sdkInstallRootv4.0\"=\"" + dir.path() + "sdk/\"\r\n");
+  }
+
+  std::vector<std::string> Command(std::vector<std::string> args) const {
+    args.insert(args.begin(), {MARROWBY_EXE, "--registry", dir / "registry.reg", "--options",
+                               dir / "options.xml"});
+    return args;
+  }
+
+  void WriteProject(const std::string& name, const std::string& actions) const {
+    test::WriteFile(dir / name,
+                    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<MarrowbyProject version=\"1\">\n"
+                    "  <Actions>\n" + actions + "  </Actions>\n</MarrowbyProject>\n");
+  }
+
+  /// Starts marrowby without waiting for it, its output thrown away.
+  pid_t Start(const std::vector<std::string>& args) const {
+    const std::vector<std::string> command = Command(args);
+    std::vector<char*> argv;
+    for (const std::string& a : command) argv.push_back(const_cast<char*>(a.c_str()));
+    argv.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
+    pid_t pid = -1;
+    const int rc = posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    return rc == 0 ? pid : -1;
+  }
+
+  test::TempDir dir;
+};
+
+bool Running(pid_t pid) {
+  if (::kill(pid, 0) != 0) return false;
+  // A zombie waiting for its reaper is not running.
+  const std::string text = test::ReadFile("/proc/" + std::to_string(pid) + "/stat");
+  const size_t close = text.rfind(')');
+  return close != std::string::npos && close + 2 < text.size() && text[close + 2] != 'Z';
+}
+
+std::vector<pid_t> Pids(const std::string& file) {
+  std::vector<pid_t> pids;
+  if (!test::Exists(file)) return pids;
+  std::istringstream in(test::ReadFile(file));
+  for (pid_t pid; in >> pid;) pids.push_back(pid);
+  return pids;
+}
+
+// The step's tool starts a background child and one that leaves the process group with setsid,
+// then waits; the host is ended by a closed terminal, Ctrl-C, or kill -9.
+TEST(Leftovers, NoProcessOfABuildOutlivesTheHost) {
+  for (int sig : {SIGHUP, SIGINT, SIGKILL}) {
+    SCOPED_TRACE(strsignal(sig));
+    test::TempDir pidsDir;
+    const std::string pids = pidsDir / "pids";
+    ScriptMachine m("#!/bin/sh\n"
+                    "setsid sleep 300 &\necho $! >> '" + pids + "'\n"
+                    "sleep 300 &\necho $! >> '" + pids + "'\n"
+                    "echo $$ >> '" + pids + "'\n"
+                    "exec sleep 300\n");
+    m.WriteProject("long.mbproj",
+                   "    <Action class=\"TSNGenericSN\">\n"
+                   "      <Property name=\"Options\">-wait</Property>\n"
+                   "      <Property name=\"StartDir\">%ProjectDir%</Property>\n"
+                   "    </Action>\n");
+    ::setenv("MARROWBY_KILL_GRACE_MS", "300", 1);
+    const pid_t host = m.Start({"run", m.dir / "long.mbproj"});
+    ::unsetenv("MARROWBY_KILL_GRACE_MS");
+    ASSERT_GT(host, 0);
+    for (int i = 0; i < 400 && Pids(pids).size() < 3; ++i)
+      std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    const std::vector<pid_t> started = Pids(pids);
+    ASSERT_EQ(started.size(), 3u) << "the tool never started";
+
+    ASSERT_EQ(::kill(host, sig), 0);
+    int status = 0;
+    ASSERT_EQ(::waitpid(host, &status, 0), host);
+    if (sig == SIGKILL) {
+      EXPECT_TRUE(WIFSIGNALED(status));
+    } else {
+      EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 1)  // stopped, not killed
+          << "wait status " << status;
+    }
+    for (pid_t pid : started) {
+      for (int i = 0; i < 200 && Running(pid); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+      EXPECT_FALSE(Running(pid)) << pid << " outlived the host";
+    }
+  }
+}
+
+// A run killed while rewriting left a temporary file among the sources; the next run over "*.*"
+// must neither take it (or a live run's) for a source nor leave it behind, and its rewrites show
+// through every hard link of a source.
+TEST(Leftovers, UpdaterSkipsAndClearsTemporaryFilesAndKeepsHardLinks) {
+  ScriptMachine m("#!/bin/sh\nexit 0\n");
+  const pid_t dead = ::fork();
+  if (dead == 0) ::_exit(0);
+  ::waitpid(dead, nullptr, 0);
+  const std::string source = "[assembly: AssemblyVersion(\"1.0\")]\r\n";
+  test::WriteFile(m.dir / "src/A.cs", source);
+  test::WriteFile(m.dir / "other/keep.txt", "");
+  ASSERT_EQ(::link((m.dir / "src/A.cs").c_str(), (m.dir / "other/A.cs").c_str()), 0);
+  const std::string deadTemp = m.dir / ("src/.B.cs.tmp" + std::to_string(dead) + "-1-2");
+  const std::string liveTemp = m.dir / ("src/.C.cs.tmp" + std::to_string(::getpid()) + "-1-2");
+  test::WriteFile(deadTemp, source);
+  test::WriteFile(liveTemp, source);
+  m.WriteProject("stamp.mbproj",
+                 "    <Action class=\"TWrenAssemblyInfoUpdaterAction\">\n"
+                 "      <Property name=\"Selection\"><Item>%ProjectDir%/src/*.*</Item></Property>\n"
+                 "      <Property name=\"BackupFiles\">false</Property>\n"
+                 "      <Property name=\"Attributes\"><Item>AssemblyVersion=\"2.0\"</Item></Property>\n"
+                 "    </Action>\n");
+  std::string out;
+  ASSERT_EQ(test::RunProgram(m.Command({"run", m.dir / "stamp.mbproj"}), &out), 0) << out;
+  EXPECT_EQ(out.find(".tmp"), std::string::npos) << out;
+  const std::string stamped = "[assembly: AssemblyVersion(\"2.0\")]\r\n";
+  EXPECT_EQ(test::ReadFile(m.dir / "src/A.cs"), stamped);
+  EXPECT_EQ(test::ReadFile(m.dir / "other/A.cs"), stamped);
+  EXPECT_FALSE(test::Exists(deadTemp));
+  EXPECT_EQ(test::ReadFile(liveTemp), source);
+}
+
+}  // namespace
+}  // namespace wren
