@@ -161,7 +161,8 @@ TEST(ManagedCompilerResponseFile, AValueWithALineBreakFailsNamingItsCaptionAndWr
     action.Files = "a.cs";
     setup(action, dir.path());
     EXPECT_EQ(test::CommandLineOf(action), "<failed>");
-    EXPECT_TRUE(host.Logged(std::string(caption) + ": the value holds a line break")) << host.Text();
+    EXPECT_TRUE(host.Logged(std::string(caption) + ": the value holds a line break"))
+        << host.Text();
     EXPECT_FALSE(test::Exists(dir / "wrenresp.rsp"));
   }
 }

@@ -39,7 +39,8 @@ class TMSBuildAction : public TWrenDotNetAction {
 
   bool Validate(IWrenActionValidationError& errors) override;
   bool GetCommandLine(ICommandLineBuilder& builder) override;
-  /// On POSIX, the command line with its property values kept whole (EscapeQuotedPropertySeparators).
+  /// On POSIX, the command line with each property value kept whole
+  /// (EscapeQuotedPropertySeparators).
   std::string GetProcessCommandLine(const std::string& commandLine) override;
 
   static const TPropertyTable& ClassProperties();
