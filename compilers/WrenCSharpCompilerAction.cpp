@@ -44,7 +44,7 @@ bool TWrenCustomCSharpCompilerAction::GenerateResponseFile(const std::string& pr
   lines.push_back(WarningLevelSwitch(WarningLevel));
   if (!Trim(LibLocations).empty()) {
     std::string expanded;
-    if (!TryExpandExpression("Library Locations", LibLocations, false, expanded)) return false;
+    if (!ExpandResponseValue("Library Locations", LibLocations, expanded)) return false;
     // csc takes the whole switch quoted, so the list may hold blanks and semicolons.
     lines.push_back(DoubleQuoteString("/lib:" + expanded));
   }

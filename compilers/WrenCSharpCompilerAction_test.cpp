@@ -101,7 +101,40 @@ TEST_F(LanguageCompilerRun, VjcGetsTheGoldenResponseFileAndPackageMap) {
   EXPECT_FALSE(run.success);
   EXPECT_TRUE(run.call.is_null()) << "vjc.exe must not start";
   EXPECT_TRUE(run.Logged("Could not create the jcpa file: " + map));
+  EXPECT_TRUE(run.Logged(map + " is read only")) << testing::PrintToString(run.log);
   EXPECT_FALSE(test::Exists(rsp_));
+}
+
+// The language switches are guarded like the shared ones: a line break never reaches a
+// response file, and the compiler does not start.
+TEST_F(LanguageCompilerRun, ALineBreakInALanguageValueStopsTheStepBeforeTheCompiler) {
+  const std::string injected = "x\n/out:evil.exe";
+  TWrenCSharpCompilerAction docFile, libs, icons;
+  docFile.DocFile = injected;
+  libs.LibLocations = injected;
+  icons.Icon = "a.ico;" + injected;
+  TWrenVBDotNetCompilerAction imports, rootNameSpace;
+  imports.Imports = injected;
+  rootNameSpace.RootNameSpace = injected;
+  TWrenJSharpCompilerAction win32, packages;
+  win32.Win32Resources = injected;
+  packages.JCPA = {"com.example=Example.dll", injected};
+  const std::vector<std::pair<TWrenManagedCompilerAction*, const char*>> cases = {
+      {&docFile, "Doc to XML File"}, {&libs, "Library Locations"}, {&icons, "Icons"},
+      {&imports, "Import namespace"}, {&rootNameSpace, "Root NameSpace"},
+      {&win32, "Win32 Resources"}, {&packages, "JCPA"},
+  };
+  for (const auto& [action, caption] : cases) {
+    SCOPED_TRACE(caption);
+    action->Files = "a.src";
+    const test::TToolRun run = Run(*action);
+    EXPECT_FALSE(run.success);
+    EXPECT_TRUE(run.call.is_null()) << action->GetDotNetTool() << " must not start";
+    EXPECT_TRUE(run.Logged(std::string(caption) + ": the value holds a line break"))
+        << testing::PrintToString(run.log);
+    EXPECT_FALSE(test::Exists(rsp_));
+    EXPECT_FALSE(test::Exists(project_ + "jcpa.rsp"));
+  }
 }
 
 TEST(LanguageCompilerActions, ValidateReportsBothMissingSettingsAndResetKeepsLanguageState) {

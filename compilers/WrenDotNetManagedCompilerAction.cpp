@@ -17,6 +17,10 @@ bool IsBlankChar(char c) {
 
 bool IsDelimiterChar(char c) { return c == '/' || c == '\\'; }
 
+bool HasLineBreak(const std::string& text) {
+  return text.find_first_of("\r\n") != std::string::npos;
+}
+
 bool HasDrive(const std::string& path) {
   return path.size() >= 2 && std::isalpha(static_cast<unsigned char>(path[0])) && path[1] == ':';
 }
@@ -237,9 +241,9 @@ bool TWrenManagedCompilerAction::AddOptionToResponseFile(
     const std::string& switchText, const std::string& caption, const std::string& separator,
     const std::string& secondValue, TStrings& lines, bool addIfEmpty, const std::string& value) {
   std::string expanded;
-  if (!TryExpandExpression(caption, Trim(value), false, expanded)) return false;
+  if (!ExpandResponseValue(caption, Trim(value), expanded)) return false;
   std::string second;
-  if (!TryExpandExpression(caption + " (2nd parameter)", Trim(secondValue), false, second))
+  if (!ExpandResponseValue(caption + " (2nd parameter)", Trim(secondValue), second))
     return false;
   if (!expanded.empty()) {
     if (expanded.find(' ') != std::string::npos && expanded.find('"') == std::string::npos)
@@ -254,6 +258,7 @@ bool TWrenManagedCompilerAction::AddOptionToResponseFile(
 
 void TWrenManagedCompilerAction::AddResourceLines(const std::string& expanded,
                                                   const std::string& projectDir,
+                                                  const std::string& rootNameSpace,
                                                   TManifestRule rule, TStrings& lines) const {
   for (const std::string& line : SplitToLines(expanded, ",")) {
     const size_t eq = line.find('=');
@@ -263,20 +268,21 @@ void TWrenManagedCompilerAction::AddResourceLines(const std::string& expanded,
     bool manifest = false;
     switch (rule) {
       case TManifestRule::UnlessResources:
-        manifest = !RootNameSpace.empty() &&
+        manifest = !rootNameSpace.empty() &&
                    LowerCase(ExtractFileExt(StripQuotes(entry))) != ".resources";
         break;
       case TManifestRule::WithRootNameSpace:
-        manifest = !RootNameSpace.empty();
+        manifest = !rootNameSpace.empty();
         break;
       case TManifestRule::Never:
         break;
     }
     std::string text = "/resource:" + DoubleQuoteString(entry);
     if (manifest) {
+      // The name is the same whichever delimiter the entry was written with.
       const std::string relative = RelativePathTo(projectDir, entry);
       const std::string manifestName =
-          RootNameSpace + "." + ReplaceAll(relative, std::string(1, PathDelim), ".");
+          rootNameSpace + "." + ReplaceAll(ReplaceAll(relative, "\\", "."), "/", ".");
       text += "," + DoubleQuoteString(manifestName);
     }
     lines.push_back(text);
@@ -335,7 +341,7 @@ bool TWrenManagedCompilerAction::GenerateResponseFile(const std::string& project
 
   if (!LinkResources.empty()) {
     std::string expanded;
-    if (!TryExpandExpression("Link Resource", LinkResources, false, expanded)) return false;
+    if (!ExpandResponseValue("Link Resource", LinkResources, expanded)) return false;
     // Unlike embedded resources, an empty entry is written too.
     for (const std::string& line : SplitToLines(expanded, ",")) {
       const size_t eq = line.find('=');
@@ -344,22 +350,28 @@ bool TWrenManagedCompilerAction::GenerateResponseFile(const std::string& project
     }
   }
 
+  // Manifest names carry the root namespace as the compiled code asks for it: expanded.
+  std::string rootNameSpace;
+  if ((!Resources.empty() || !ProjectResources.empty()) &&
+      !ExpandResponseValue("Root NameSpace", Trim(RootNameSpace), rootNameSpace))
+    return false;
   if (!Resources.empty()) {
     std::string expanded;
-    if (!TryExpandExpression("Resource", Resources, false, expanded)) return false;
-    AddResourceLines(expanded, projectDir, TManifestRule::UnlessResources, lines);
+    if (!ExpandResponseValue("Resource", Resources, expanded)) return false;
+    AddResourceLines(expanded, projectDir, rootNameSpace, TManifestRule::UnlessResources, lines);
   }
   if (!ProjectResources.empty()) {
     std::string joined, expanded;
     for (const std::string& line : ProjectResources) joined += (joined.empty() ? "" : ",") + line;
-    if (!TryExpandExpression("Resource", joined, false, expanded)) return false;
-    AddResourceLines(expanded, projectDir, TManifestRule::WithRootNameSpace, lines);
+    if (!ExpandResponseValue("Resource", joined, expanded)) return false;
+    AddResourceLines(expanded, projectDir, rootNameSpace, TManifestRule::WithRootNameSpace,
+                     lines);
   }
   if (!ProjectLicenses.empty()) {
     std::string joined, expanded;
     for (const std::string& line : ProjectLicenses) joined += (joined.empty() ? "" : ",") + line;
-    if (!TryExpandExpression("Licenses", joined, false, expanded)) return false;
-    AddResourceLines(expanded, projectDir, TManifestRule::Never, lines);
+    if (!ExpandResponseValue("Licenses", joined, expanded)) return false;
+    AddResourceLines(expanded, projectDir, "", TManifestRule::Never, lines);
   }
 
   // Executables are loaded at their fixed address; only libraries and modules take one.
@@ -387,7 +399,7 @@ bool TWrenManagedCompilerAction::GenerateResponseFile(const std::string& project
   if (OutputInUTF8) lines.push_back("/utf8output");
 
   std::string files;
-  if (!TryExpandExpression("Files", Files, false, files)) return false;
+  if (!ExpandResponseValue("Files", Files, files)) return false;
   if (files.empty() && RecurseFiles.empty()) {
     SendMessage("No Files to Compile!");
     return false;
@@ -399,13 +411,42 @@ bool TWrenManagedCompilerAction::GenerateResponseFile(const std::string& project
   return true;
 }
 
-bool TWrenManagedCompilerAction::SaveLinesToFile(const std::string& path, const TStrings& lines) {
+bool TWrenManagedCompilerAction::ExpandResponseValue(const std::string& caption,
+                                                      const std::string& value,
+                                                      std::string& result) {
+  return TryExpandExpression(caption, value, false, result) && CheckSingleLine(caption, result);
+}
+
+bool TWrenManagedCompilerAction::CheckSingleLine(const std::string& caption,
+                                                 const std::string& text) {
+  if (!HasLineBreak(text)) return true;
+  SendMessage(caption + ": the value holds a line break, which would add lines to the response "
+                        "file; nothing was compiled");
+  return false;
+}
+
+bool TWrenManagedCompilerAction::SaveLinesToFile(const std::string& path, const TStrings& lines,
+                                                 std::string& reason) {
   // A read-only file cannot be deleted on Windows; it is not replaced here either.
-  if (FileExists(path) && IsReadOnly(path)) return false;
+  if (FileExists(path) && IsReadOnly(path)) {
+    reason = path + " is read only";
+    return false;
+  }
   std::string bytes;
-  for (const std::string& line : lines) bytes += line + "\r\n";
-  std::string error;
-  return WriteFileAtomic(path, bytes, error);
+  for (const std::string& line : lines) {
+    // Each entry is one line; the last guard for lines that no caption check has seen.
+    if (HasLineBreak(line)) {
+      reason = "a line holds a line break: " + line.substr(0, line.find_first_of("\r\n"));
+      return false;
+    }
+    bytes += line + "\r\n";
+  }
+  return WriteFileAtomic(path, bytes, reason);
+}
+
+bool TWrenManagedCompilerAction::SaveLinesToFile(const std::string& path, const TStrings& lines) {
+  std::string reason;
+  return SaveLinesToFile(path, lines, reason);
 }
 
 bool TWrenManagedCompilerAction::GetCommandLine(ICommandLineBuilder& builder) {
@@ -415,8 +456,10 @@ bool TWrenManagedCompilerAction::GetCommandLine(ICommandLineBuilder& builder) {
   TStrings lines;
   if (!GenerateResponseFile(dir, lines)) return false;
   const std::string path = dir + kResponseFileName;
-  if (!SaveLinesToFile(path, lines)) {
+  std::string reason;
+  if (!SaveLinesToFile(path, lines, reason)) {
     SendMessage("Could not create the response file: " + path);
+    SendMessage(reason);
     return false;
   }
   builder.AddArgument("", "@\"" + path + "\"", 2);
@@ -472,7 +515,7 @@ bool TWrenManagedCompilerAction::AddFileListLines(const std::string& switchText,
                                                   const std::string& caption,
                                                   const std::string& value, TStrings& lines) {
   std::string expanded;
-  if (!TryExpandExpression(caption, value, false, expanded)) return false;
+  if (!ExpandResponseValue(caption, value, expanded)) return false;
   for (const std::string& piece : SplitToLines(expanded, ";,")) {
     const std::string file = Trim(piece);
     if (!file.empty()) lines.push_back(switchText + DoubleQuoteString(file));

@@ -127,8 +127,16 @@ class TWrenManagedCompilerAction : public TWrenDotNetAction, public IWrenManaged
   /// switchText + the quoted file per item. False when the expansion failed.
   bool AddFileListLines(const std::string& switchText, const std::string& caption,
                         const std::string& value, TStrings& lines);
+  /// Expands value under caption for a response file. A line break in the result would add a
+  /// line of its own to the file (a switch nobody set), so it fails the step, naming the caption.
+  bool ExpandResponseValue(const std::string& caption, const std::string& value,
+                           std::string& result);
+  /// False, logged under caption, when text holds a line break.
+  bool CheckSingleLine(const std::string& caption, const std::string& text);
   /// Saves lines to path, each ended by CR LF, replacing an older file. False when an older file
-  /// is read-only or the file cannot be written.
+  /// is read-only, a line holds a line break or the file cannot be written; reason says why.
+  static bool SaveLinesToFile(const std::string& path, const TStrings& lines,
+                              std::string& reason);
   static bool SaveLinesToFile(const std::string& path, const TStrings& lines);
 
  private:
@@ -136,7 +144,8 @@ class TWrenManagedCompilerAction : public TWrenDotNetAction, public IWrenManaged
   enum class TManifestRule { UnlessResources, WithRootNameSpace, Never };
   /// One "/resource:" line per entry of an expanded comma list (empty entries skipped).
   void AddResourceLines(const std::string& expanded, const std::string& projectDir,
-                        TManifestRule rule, TStrings& lines) const;
+                        const std::string& rootNameSpace, TManifestRule rule,
+                        TStrings& lines) const;
 };
 
 }  // namespace wren

@@ -17,7 +17,13 @@ class TTestCompiler : public TWrenManagedCompilerAction {
   std::string ClassName() const override { return "TTestCompiler"; }
   std::string DisplayName() const override { return "Test Compiler"; }
   std::string GetDotNetTool() const override { return "csc.exe"; }
+  bool GenerateResponseFile(const std::string& projectDir, TStrings& lines) override {
+    if (!rawLine.empty()) lines.push_back(rawLine);
+    return TWrenManagedCompilerAction::GenerateResponseFile(projectDir, lines);
+  }
   std::string projectReader;
+  /// A line added as it stands, as a subclass that checks nothing might.
+  std::string rawLine;
 
  protected:
   bool LoadBorlandProject(const std::string&) override { projectReader = "borland"; return true; }
@@ -64,6 +70,16 @@ TEST(ManagedCompilerResponseFile, MatchesGoldenFilesByteForByteOrFailsWritingNot
        "base_resources_no_root.rsp"},
       {[](auto& a, auto& dir) { a.RootNameSpace = "MyApp"; a.Resources = MixedResources(dir); },
        "base_resources_root.rsp"},
+      {[](auto& a, auto&) {
+         // Manifest names use the root namespace the code sees, and either delimiter.
+         a.RootNameSpace = "%NS%";
+         a.Resources = "i.bmp,Images\\logo.bmp,Form1.resources";
+         a.ProjectResources = {"Sub/Form2.resources"};
+       }, "base_resources_expanded_root.rsp"},
+      {[](auto& a, auto& dir) {
+         a.RootNameSpace = " %EMPTY% ";
+         a.Resources = MixedResources(dir) + ",data.txt=Data.Id";
+       }, "base_resources_no_root.rsp"},
       {[](auto& a, auto&) { a.LinkResources = "a.txt,,b.txt,c.txt=Name"; },
        "base_link_resources.rsp"},
       {[](auto& a, auto& dir) {
@@ -88,12 +104,16 @@ TEST(ManagedCompilerResponseFile, MatchesGoldenFilesByteForByteOrFailsWritingNot
        "Recurse Directory (2nd parameter)"},
       {[](auto& a, auto&) { a.References = "a.dll,%NO_SUCH_VARIABLE%.dll"; }, "References"},
       {[](auto& a, auto&) { a.OutputFile = "%NO_SUCH_VARIABLE%"; }, "Output File"},
+      {[](auto& a, auto&) { a.RootNameSpace = "%NO_SUCH_VARIABLE%"; a.Resources = "i.bmp"; },
+       "Root NameSpace"},
   };
   for (const auto& [setup, expected] : cases) {
     SCOPED_TRACE(expected);
     test::TempDir dir;
     test::TLoggingHost host;
     host.host.SetVariable("BIN", "bin");
+    host.host.SetVariable("NS", "Corp.App");
+    host.host.SetVariable("EMPTY", "");
     TTestCompiler action;
     action.SetHost(&host.host);
     action.ProjectDir = dir.path();
@@ -108,6 +128,42 @@ TEST(ManagedCompilerResponseFile, MatchesGoldenFilesByteForByteOrFailsWritingNot
       EXPECT_TRUE(host.Logged(expected)) << host.Text();
       EXPECT_FALSE(test::Exists(rsp));
     }
+  }
+}
+
+// A line break in any value would give the compiler a switch of its own (here /out:evil.exe).
+TEST(ManagedCompilerResponseFile, AValueWithALineBreakFailsNamingItsCaptionAndWritesNothing) {
+  const std::string injected = "hello.exe\n/define:INJECTED\n/out:evil.exe";
+  const std::vector<std::pair<TSetup, const char*>> cases = {
+      {[&](auto& a, auto&) { a.OutputFile = injected; }, "Output File"},
+      {[](auto& a, auto&) { a.Defines = "%INJECTED%"; }, "Define Preprocessor Symbols"},
+      {[](auto& a, auto&) { a.MainClass = "App\r/out:evil.exe"; }, "Main Class"},
+      {[](auto& a, auto&) { a.References = "a.dll,b.dll\n/out:evil.exe"; }, "References"},
+      {[](auto& a, auto&) { a.Modules = "m.netmodule\r\n/out:evil.exe"; }, "Modules"},
+      {[](auto& a, auto&) { a.RecurseDir = "src/"; a.RecurseFiles = "*.cs\n/out:evil.exe"; },
+       "Recurse Directory (2nd parameter)"},
+      {[](auto& a, auto&) { a.LinkResources = "a.txt,%INJECTED%"; }, "Link Resource"},
+      {[](auto& a, auto&) { a.Resources = "i.bmp\n/out:evil.exe"; }, "Resource"},
+      {[](auto& a, auto&) { a.ProjectResources = {"i.bmp\n/out:evil.exe"}; }, "Resource"},
+      {[](auto& a, auto&) { a.ProjectLicenses = {"l.licenses\n/out:evil.exe"}; }, "Licenses"},
+      {[](auto& a, auto&) { a.RootNameSpace = "%INJECTED%"; a.Resources = "i.bmp"; },
+       "Root NameSpace"},
+      {[](auto& a, auto&) { a.Files = "a.cs;b.cs\n/out:evil.exe"; }, "Files"},
+  };
+  for (const auto& [setup, caption] : cases) {
+    SCOPED_TRACE(caption);
+    test::TempDir dir;
+    test::TLoggingHost host;
+    host.host.SetVariable("INJECTED", injected);
+    TTestCompiler action;
+    action.SetHost(&host.host);
+    action.ProjectDir = dir.path();
+    action.Files = "a.cs";
+    setup(action, dir.path());
+    EXPECT_EQ(test::CommandLineOf(action), "<failed>");
+    EXPECT_TRUE(host.Logged(std::string(caption) + ": the value holds a line break"))
+        << host.Text();
+    EXPECT_FALSE(test::Exists(dir / "wrenresp.rsp"));
   }
 }
 
@@ -127,6 +183,7 @@ TEST(ManagedCompilerResponseFile, ReplacesAnOldFileButNotALockedOne) {
   ASSERT_EQ(chmod(path.c_str(), 0444), 0);
   EXPECT_EQ(test::CommandLineOf(action), "<failed>");
   EXPECT_TRUE(host.Logged("Could not create the response file: " + path)) << host.Text();
+  EXPECT_EQ(host.log.back(), path + " is read only");
   EXPECT_EQ(test::ReadFile(path), "locked\r\n");
   ASSERT_EQ(chmod(path.c_str(), 0644), 0);
   host.log.clear();
@@ -136,6 +193,21 @@ TEST(ManagedCompilerResponseFile, ReplacesAnOldFileButNotALockedOne) {
   EXPECT_EQ(result, "<failed>");
   EXPECT_TRUE(host.Logged("Could not create the response file: " + path)) << host.Text();
   EXPECT_EQ(test::ReadFile(path), "locked\r\n");
+  // A line no value check has seen is still never split.
+  host.log.clear();
+  action.rawLine = "/define:A\r\n/out:evil.exe";
+  EXPECT_EQ(test::CommandLineOf(action), "<failed>");
+  EXPECT_EQ(host.Text(), "Could not create the response file: " + path +
+                             "\na line holds a line break: /define:A\n");
+  EXPECT_EQ(test::ReadFile(path), "locked\r\n");
+  action.rawLine.clear();
+  // The system's reason follows the message on a line of its own.
+  host.log.clear();
+  action.ProjectDir = dir / "no such dir";
+  EXPECT_EQ(test::CommandLineOf(action), "<failed>");
+  ASSERT_EQ(host.log.size(), 2u) << host.Text();
+  EXPECT_EQ(host.log[0], "Could not create the response file: " + dir / "no such dir/wrenresp.rsp");
+  EXPECT_NE(host.log[1].find("No such file or directory"), std::string::npos) << host.log[1];
 }
 
 TEST(ManagedCompilerAction, StartingDirResetAndProjectReader) {

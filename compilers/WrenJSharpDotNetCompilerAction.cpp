@@ -32,8 +32,12 @@ bool TWrenCustomJSharpCompilerAction::GenerateResponseFile(const std::string& pr
     std::string dir;
     if (!TryExpandExpression("Project Directory", ProjectDir, false, dir)) return false;
     const std::string path = IncludeTrailingPathDelimiter(dir) + kJCPAFileName;
-    if (!SaveLinesToFile(path, JCPA)) {
+    for (const std::string& line : JCPA)
+      if (!CheckSingleLine("JCPA", line)) return false;
+    std::string reason;
+    if (!SaveLinesToFile(path, JCPA, reason)) {
       SendMessage("Could not create the jcpa file: " + path);
+      SendMessage(reason);
       return false;
     }
     // The value holds quotes, so it is not quoted again.

@@ -11,6 +11,49 @@ const std::vector<std::string>& MSLogLevelNames() {
   return names;
 }
 
+std::string EscapeQuotedPropertySeparators(const std::string& commandLine) {
+  static const std::string kSwitch = "/property:";
+  std::string text;
+  bool quoted = false;
+  bool inProperties = false;
+  bool argumentStart = true;
+  for (size_t i = 0; i < commandLine.size(); ++i) {
+    const char c = commandLine[i];
+    if (argumentStart && c != ' ' && c != '\t') {
+      inProperties = SameText(commandLine.substr(i, kSwitch.size()), kSwitch);
+      argumentStart = false;
+    }
+    if (c == '\\') {
+      // Backslashes escape a quote only in runs that end at one, as the C runtime reads them.
+      size_t end = i;
+      while (end < commandLine.size() && commandLine[end] == '\\') ++end;
+      const size_t count = end - i;
+      text.append(commandLine, i, count);
+      i = end - 1;
+      if (end < commandLine.size() && commandLine[end] == '"' && count % 2 == 1) {
+        text += '"';
+        ++i;
+      }
+      continue;
+    }
+    if (c == '"') {
+      if (quoted && i + 1 < commandLine.size() && commandLine[i + 1] == '"') {
+        text += "\"\"";
+        ++i;
+        continue;
+      }
+      quoted = !quoted;
+    } else if (!quoted && (c == ' ' || c == '\t')) {
+      argumentStart = true;
+    } else if (quoted && inProperties && c == ';') {
+      text += "%3B";
+      continue;
+    }
+    text += c;
+  }
+  return text;
+}
+
 TMSBuildAction::TMSBuildAction() {
   MinimumSDKVersion = "1.2";
   SetDefaultSDKVersion("1.2");
@@ -60,6 +103,14 @@ bool TMSBuildAction::GetCommandLine(ICommandLineBuilder& builder) {
   }
   builder.AddArgument("", buildFile, 2);
   return true;
+}
+
+std::string TMSBuildAction::GetProcessCommandLine(const std::string& commandLine) {
+#ifdef _WIN32
+  return commandLine;
+#else
+  return EscapeQuotedPropertySeparators(commandLine);
+#endif
 }
 
 const TPropertyTable& TMSBuildAction::ClassProperties() {

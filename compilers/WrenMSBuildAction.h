@@ -13,6 +13,12 @@ enum class TMSLogLevel { llQuiet, llMinimal, llNormal, llDetailed, llDiagnostic 
 
 const std::vector<std::string>& MSLogLevelNames();
 
+/// The command line with every ';' inside a quoted part of its /property: switch written as
+/// MSBuild's escape "%3B". MSBuild on Windows reads its raw command line, where the quotes keep
+/// such a ';' inside one value; a program started with an argv gets the value without its quotes,
+/// and MSBuild would cut it there into two properties. The escape means ';' on every platform.
+std::string EscapeQuotedPropertySeparators(const std::string& commandLine);
+
 /// Builds an MSBuild project with the framework's msbuild.exe; the options travel on the command
 /// line, all properties together in one /property: switch.
 class TMSBuildAction : public TWrenDotNetAction {
@@ -33,6 +39,9 @@ class TMSBuildAction : public TWrenDotNetAction {
 
   bool Validate(IWrenActionValidationError& errors) override;
   bool GetCommandLine(ICommandLineBuilder& builder) override;
+  /// On POSIX, the command line with each property value kept whole
+  /// (EscapeQuotedPropertySeparators).
+  std::string GetProcessCommandLine(const std::string& commandLine) override;
 
   static const TPropertyTable& ClassProperties();
   const TPropertyTable& GetPublishedProperties() const override { return ClassProperties(); }

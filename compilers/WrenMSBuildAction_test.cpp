@@ -50,6 +50,10 @@ TEST_F(MSBuildActionTest, CommandLineOrderAndForms) {
        [](auto& a) { a.Properties = {"Configuration=Release", "Platform=Any CPU"}; },
        "/v:normal /property:Configuration=\"Release\";Platform=\"Any CPU\" {P}",
        {"/v:normal", "/property:Configuration=Release;Platform=Any CPU"}},
+      {"a value holding a semicolon reaches msbuild as one property",
+       [](auto& a) { a.Properties = {"DefineConstants=DEBUG;TRACE", "Platform=Any CPU"}; },
+       "/v:normal /property:DefineConstants=\"DEBUG;TRACE\";Platform=\"Any CPU\" {P}",
+       {"/v:normal", "/property:DefineConstants=DEBUG%3BTRACE;Platform=Any CPU"}},
       {"lines without a name are skipped",
        [](auto& a) { a.Properties = {"=x", "  =y", "NoValueSign", " OutDir =%OUT%"}; },
        "/v:normal /property:OutDir=\"bin\" {P}", {"/v:normal", "/property:OutDir=bin"}},
@@ -75,6 +79,22 @@ TEST_F(MSBuildActionTest, CommandLineOrderAndForms) {
     args.push_back(project_);
     EXPECT_EQ(run.Args(), args);
   }
+}
+
+// Only what the quotes of the property switch hold is escaped, with the quote state read as the
+// argument split reads it.
+TEST(MSBuildPropertyEscape, EscapesSemicolonsQuotedInsideThePropertySwitchOnly) {
+  const std::vector<std::pair<std::string, std::string>> cases = {
+      {R"(/target:A;B /property:X="1;2";Y="3" "/p/a;b.proj")",
+       R"(/target:A;B /property:X="1%3B2";Y="3" "/p/a;b.proj")"},
+      {R"(/PROPERTY:X="1;2")", R"(/PROPERTY:X="1%3B2")"},
+      {R"(/property:X="a\"b;c")", R"(/property:X="a\"b%3Bc")"},  // \" is a quote, not the end
+      {R"(/property:X="a""b;c")", R"(/property:X="a""b%3Bc")"},    // so is "" inside quotes
+      {R"(/property:X="a\\";Y="b")", R"(/property:X="a\\";Y="b")"},  // \\" does end it
+      {R"(/v:normal "/x;y" /property:X=1;Y=2)", R"(/v:normal "/x;y" /property:X=1;Y=2)"},
+  };
+  for (const auto& [text, expected] : cases)
+    EXPECT_EQ(EscapeQuotedPropertySeparators(text), expected) << text;
 }
 
 TEST_F(MSBuildActionTest, FailsBeforeAnyProcessStartsWhenTheProjectIsMissingOrUnexpandable) {

@@ -21,6 +21,11 @@ class TWrenExecuteAbstractAction : public TCustomWrenAction {
   virtual std::string GetExecutable() = 0;
   virtual bool GetCommandLine(ICommandLineBuilder& builder) = 0;
   virtual bool AfterGetCommandLine() { return true; }
+  /// The text the program is started with: the builder's text unless the program reads its raw
+  /// command line by rules of its own, which the POSIX argv split (C runtime rules) would change.
+  virtual std::string GetProcessCommandLine(const std::string& commandLine) {
+    return commandLine;
+  }
   /// The directory to start in; fileName is the default the host proposes (the executable).
   virtual std::string GetStartingDir(const std::string& fileName) {
     (void)fileName;

@@ -27,7 +27,7 @@ bool TWrenExecuteAbstractAction::Execute() {
   BeforeExecute();
   TWrenProcessRequest request;
   request.executable = executable;
-  request.commandLine = builder->GetCommandLineText();
+  request.commandLine = GetProcessCommandLine(builder->GetCommandLineText());
   if (UseStartingDir) request.workingDir = GetStartingDir(executable);
   if (CaptureOutput) {
     request.onStdOut = [this](const std::string& line) {

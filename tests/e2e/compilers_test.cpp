@@ -2,6 +2,7 @@
 // msbuild.exe in a framework folder built by SetupMono, started through the real process runner.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
 
 #include "TestSupport.h"
@@ -119,6 +120,61 @@ TEST_F(CompilersOnMono, CSharpBuildsALibraryAndAnExeThatUsesIt) {
   EXPECT_EQ(output, "Hello, Marrowby\n");
 }
 
+// The code asks for its resource by the root namespace it was built with and the folder the
+// resource lies in; the response file must name it so.
+TEST_F(CompilersOnMono, EmbeddedResourceLoadsUnderTheExpandedRootNameSpace) {
+  const std::string dir = work_.path();
+  std::filesystem::create_directories(dir + "Images");
+  test::WriteFile(dir + "Images/greeting.txt", "Hello from a resource");
+  test::WriteFile(dir + "Program.cs",
+                  "class Program { static int Main() {\n"
+                  "  var stream = typeof(Program).Assembly\n"
+                  "      .GetManifestResourceStream(\"Corp.App.Images.greeting.txt\");\n"
+                  "  if (stream == null) return 3;\n"
+                  "  System.Console.Write(new System.IO.StreamReader(stream).ReadToEnd());\n"
+                  "  return 0;\n"
+                  "} }\n");
+  test::TLoggingHost host;
+  host.host.SetVariable("NS", "Corp.App");
+  TWrenCSharpCompilerAction action;
+  Prepare(action, host);
+  action.ProjectDir = dir;
+  action.Files = "Program.cs";
+  action.Target = TDotNetTarget::Exe;
+  action.RootNameSpace = "%NS%";
+  action.Resources = "Images/greeting.txt";
+  action.OutputFile = "Resource.exe";
+  ASSERT_TRUE(action.Execute()) << host.Text();
+  std::string output;
+  EXPECT_EQ(test::RunProgram({"mono", dir + "Resource.exe"}, &output), 0) << output;
+  EXPECT_EQ(output, "Hello from a resource");
+}
+
+// A line break in a value would be a line, so a switch, of the response file: here one that
+// makes mcs write another assembly. Neither from the action nor from the environment.
+TEST_F(CompilersOnMono, ALineBreakInAValueNeverReachesTheCompiler) {
+  const std::string dir = work_.path();
+  const std::string injected = "hello.exe\n/define:INJECTED\n/out:evil.exe";
+  test::WriteFile(dir + "Program.cs", "class Program { static void Main() {} }\n");
+  ASSERT_EQ(setenv("MARROWBY_TEST_INJECTED", injected.c_str(), 1), 0);
+  for (const std::string& outputFile : {injected, std::string("%MARROWBY_TEST_INJECTED%")}) {
+    SCOPED_TRACE(outputFile);
+    test::TLoggingHost host;
+    TWrenCSharpCompilerAction action;
+    Prepare(action, host);
+    action.ProjectDir = dir;
+    action.Files = "Program.cs";
+    action.Target = TDotNetTarget::Exe;
+    action.OutputFile = outputFile;
+    EXPECT_FALSE(action.Execute());
+    EXPECT_FALSE(host.host.ProcessStarted());
+    EXPECT_TRUE(host.Logged("Output File: the value holds a line break")) << host.Text();
+  }
+  unsetenv("MARROWBY_TEST_INJECTED");
+  EXPECT_FALSE(test::Exists(dir + "evil.exe"));
+  EXPECT_FALSE(test::Exists(dir + "wrenresp.rsp"));
+}
+
 TEST_F(CompilersOnMono, CSharpCompileErrorFailsTheStepWithTheCompilersMessage) {
   const std::string dir = work_.path();
   test::WriteFile(dir + "Broken.cs", "class Broken { void F() { int x = } }\n");
@@ -134,7 +190,9 @@ TEST_F(CompilersOnMono, CSharpCompileErrorFailsTheStepWithTheCompilersMessage) {
   EXPECT_FALSE(host.Logged("Project Compiled OK."));
 }
 
-TEST_F(CompilersOnMono, MSBuildPassesBothPropertiesUnquotedToTheBuild) {
+// A value holding a semicolon (DEBUG;TRACE) stays one property: msbuild reads the quotes on
+// Windows, and xbuild, which only gets an argv, would take TRACE for a property of its own.
+TEST_F(CompilersOnMono, MSBuildPassesEachPropertyWholeToTheBuild) {
   const std::string dir = work_ / "ms build/";
   std::filesystem::create_directories(dir);
   test::WriteFile(dir + "build.proj",
@@ -142,6 +200,7 @@ TEST_F(CompilersOnMono, MSBuildPassesBothPropertiesUnquotedToTheBuild) {
   <Target Name="Report">
     <WriteLinesToFile File="$(MSBuildProjectDirectory)/report.txt"
                       Lines="$(Configuration)|$(Platform)" Overwrite="true" />
+    <Message Text="DefineConstants=[$(DefineConstants)]" Importance="high" />
   </Target>
   <Target Name="Other">
     <WriteLinesToFile File="$(MSBuildProjectDirectory)/other.txt" Lines="other" Overwrite="true" />
@@ -153,11 +212,12 @@ TEST_F(CompilersOnMono, MSBuildPassesBothPropertiesUnquotedToTheBuild) {
   Prepare(action, host);
   action.BuildFile = "%BUILD_DIR%build.proj";
   host.host.SetVariable("BUILD_DIR", dir);
-  action.Properties = {"Configuration=Release", "Platform=Any CPU"};
+  action.Properties = {"Configuration=Release", "DefineConstants=DEBUG;TRACE", "Platform=Any CPU"};
   action.Targets = "Report";
   action.NoLogo = true;
   ASSERT_TRUE(action.Execute()) << host.Text();
   EXPECT_EQ(test::ReadFile(dir + "report.txt"), "Release|Any CPU\n");
+  EXPECT_TRUE(host.Logged("DefineConstants=[DEBUG;TRACE]")) << host.Text();
   EXPECT_FALSE(test::Exists(dir + "other.txt"));
 }
 
