@@ -121,6 +121,23 @@ const TPublishedProperty* FindProperty(const TCustomWrenAction& action, const st
   return nullptr;
 }
 
+/// Properties that name one file a step reads. A value that names a missing file is a mistake
+/// unless an earlier step may make the file.
+bool IsInputFileProperty(const TCustomWrenAction& action, const std::string& name) {
+  static const char* const names[] = {"Assembly", "AssemblyPath", "KeyFile", "FromKeyFile",
+                                      "FromAssembly", "BuildFile"};
+  for (const char* n : names)
+    if (SameText(name, n)) {
+      // A key file the action is told not to use is not read.
+      const TPublishedProperty* use = nullptr;
+      for (const TPublishedProperty& p : action.GetPublishedProperties())
+        if (SameText(p.name, "UseKeyFile")) use = &p;
+      return !(SameText(name, "KeyFile") && use && use->kind == TPropertyKind::pkBoolean &&
+               !std::get<bool>(use->get(action)));
+    }
+  return false;
+}
+
 bool Wanted(const std::vector<bool>* selected, size_t index) {
   return selected == nullptr || index >= selected->size() || (*selected)[index];
 }
@@ -156,10 +173,31 @@ std::vector<TWrenValidationProblem> CheckSteps(const TWrenProject& project,
     }
     return false;
   };
+  // Once a program has run, any file may exist: only the inputs of steps before the first
+  // program are known to be missing.
+  bool programRanBefore = false;
   for (size_t i = 0; i < project.steps.size(); ++i) {
     const TWrenProjectStep& step = project.steps[i];
     if (!step.enabled || !Wanted(selected, i)) continue;
     const int number = static_cast<int>(i + 1);
+    const bool runsProgram =
+        dynamic_cast<const TWrenExecuteAbstractAction*>(step.action.get()) != nullptr;
+    for (const TPublishedProperty& prop : step.action->GetPublishedProperties()) {
+      if (programRanBefore || prop.kind != TPropertyKind::pkString ||
+          !IsInputFileProperty(*step.action, prop.name))
+        continue;
+      std::string path, error;
+      const std::string text = PropertyValueToString(prop, prop.get(*step.action));
+      if (!ExpandVariables(text, lookup, path, error)) continue;
+      path = StripQuotes(Trim(path));
+      if (path.empty() || path.find_first_of("*?") != std::string::npos) continue;
+      if (path[0] != '/' && path[0] != '\\' && !(path.size() > 1 && path[1] == ':'))
+        path = folder + path;
+      if (!FileExists(path) && !DirectoryExists(path))
+        problems.push_back({number, step.className, prop.name,
+                            "the file " + path + " does not exist, and no earlier step makes it"});
+    }
+    programRanBefore = programRanBefore || runsProgram;
     for (const TPublishedProperty& prop : step.action->GetPublishedProperties()) {
       std::set<std::string> undefined;
       bool windowsPath = false;
