@@ -143,6 +143,22 @@ void TTerminalReporter::OnLog(const TWrenStepReport&, TWrenLogStream stream,
 }
 
 void TTerminalReporter::OnDryRun(const TWrenStepReport&, const TWrenDryRunRecord& r) {
+  if (r.executable.empty()) {
+    if (r.diffs.empty()) Line("    (would change no file)");
+    for (const TWrenFileDiff& d : r.diffs) {
+      Line("    would change " + d.file + ":");
+      std::string line;
+      for (char c : d.diff) {
+        if (c == '\n') {
+          Line(Paint(line, line.rfind('+', 0) == 0 ? "32" : line.rfind('-', 0) == 0 ? "31" : "0"));
+          line.clear();
+        } else {
+          line += c;
+        }
+      }
+    }
+    return;
+  }
   nlohmann::json argv = r.argv;
   Line("    executable:   " + r.executable);
   Line("    argv:         " + JsonText(argv));
@@ -259,6 +275,13 @@ void TJsonReporter::OnDryRun(const TWrenStepReport& s, const TWrenDryRunRecord& 
                        {"workingDir", r.workingDir}, {"responseFile", nullptr}};
   if (!r.responseFilePath.empty())
     event["responseFile"] = {{"path", r.responseFilePath}, {"text", r.responseFileText}};
+  if (r.executable.empty()) {
+    // An in-process step: the files it would change instead of a program.
+    event = {{"event", "dry-run"}, {"step", s.step}, {"class", s.className},
+             {"diffs", nlohmann::json::array()}};
+    for (const TWrenFileDiff& d : r.diffs)
+      event["diffs"].push_back({{"file", d.file}, {"diff", d.diff}});
+  }
   Emit(event);
 }
 

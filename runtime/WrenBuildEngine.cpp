@@ -4,10 +4,12 @@
 #include <cstdlib>
 #include <filesystem>
 #include <set>
+#include <stdlib.h>
 
 #include "WrenExecuteAction.h"
 #include "WrenExpression.h"
 #include "WrenFiles.h"
+#include "WrenUnifiedDiff.h"
 #include "WrenUtils.h"
 
 namespace wren {
@@ -295,6 +297,127 @@ std::string TestResultFile(const TCustomWrenAction& action,
   return std::filesystem::absolute(StripQuotes(Trim(expanded)), ec).string();
 }
 
+/// The files under a folder, relative, regular files only (links are not followed).
+std::vector<std::string> FilesUnder(const std::filesystem::path& root, size_t limit) {
+  std::vector<std::string> files;
+  std::error_code ec;
+  for (auto it = std::filesystem::recursive_directory_iterator(root, ec);
+       !ec && it != std::filesystem::recursive_directory_iterator(); it.increment(ec)) {
+    if (it->is_regular_file(ec) && !it->is_symlink(ec))
+      files.push_back(std::filesystem::relative(it->path(), root, ec).string());
+    if (files.size() > limit) break;
+  }
+  return files;
+}
+
+std::string ReadOrEmpty(const std::string& path) {
+  std::string bytes, error;
+  if (!ReadFileBytes(path, bytes, error)) bytes.clear();
+  return bytes;
+}
+
+/// A dry run of an in-process step: the step runs against a scratch copy of the project folder
+/// (with %ProjectDir% and the current directory pointing there) and the record holds the diff
+/// of every file it changed. Nothing outside the scratch copy is touched: a step whose values
+/// name absolute paths elsewhere is not run. False with why when the step was not run.
+bool DryRunInScratch(TWrenProjectStep& step, TWrenStepReport& report,
+                     std::map<std::string, std::string> variables, const std::string& folder,
+                     const std::atomic<bool>* stop, IWrenBuildListener& listener,
+                     std::string& why) {
+  constexpr size_t kMaxFiles = 20000;
+  const std::vector<std::string> originals = FilesUnder(folder, kMaxFiles);
+  if (originals.size() > kMaxFiles) {
+    why = "the project folder is too large to copy for a dry run";
+    return false;
+  }
+  std::string scratchTemplate =
+      (std::filesystem::temp_directory_path() / "marrowby-dry-run-XXXXXX").string();
+  if (!mkdtemp(scratchTemplate.data())) {
+    why = "no scratch folder for a dry run";
+    return false;
+  }
+  const std::string scratch = scratchTemplate;
+  struct TRemove {
+    std::string dir;
+    ~TRemove() {
+      std::error_code ec;
+      std::filesystem::remove_all(dir, ec);
+    }
+  } removeScratch{scratch};
+  std::error_code ec;
+  std::filesystem::copy(folder, scratch,
+                        std::filesystem::copy_options::recursive |
+                            std::filesystem::copy_options::copy_symlinks,
+                        ec);
+  if (ec) {
+    why = "the project folder could not be copied for a dry run (" + ec.message() + ")";
+    return false;
+  }
+  for (auto& [name, value] : variables)
+    if (SameText(name, "ProjectDir")) value = scratch;
+  const TVariableLookup lookup = [&variables](const std::string& name, std::string& out) {
+    for (const auto& [key, value] : variables)
+      if (SameText(key, name)) {
+        out = value;
+        return true;
+      }
+    const char* env = std::getenv(name.c_str());
+    if (env) out = env;
+    return env != nullptr;
+  };
+  for (const TPublishedProperty& prop : step.action->GetPublishedProperties())
+    for (const std::string& text : PropertyTexts(*step.action, prop)) {
+      std::string expanded, error;
+      ExpandVariables(text, lookup, expanded, error);
+      expanded = StripQuotes(Trim(expanded));
+      const bool absolute = !expanded.empty() && (expanded[0] == '/' || expanded[0] == '\\' ||
+                                                  (expanded.size() > 1 && expanded[1] == ':'));
+      if (absolute && expanded.rfind(scratch + "/", 0) != 0) {
+        why = prop.name + " names " + expanded + ", outside the project folder";
+        return false;
+      }
+    }
+
+  TWrenStepHost host;
+  host.SetVariables(variables);
+  host.SetStopFlag(stop);
+  host.SetLogSink([&](TWrenLogStream stream, const std::string& text) {
+    std::string line = text;
+    for (size_t at; (at = line.find(scratch)) != std::string::npos;)
+      line.replace(at, scratch.size(), folder);
+    report.log.emplace_back(stream, line);
+    listener.OnLog(report, stream, line);
+  });
+  bool ok = false;
+  {
+    TCurrentDirScope inScratch(scratch);
+    step.action->SetHost(&host);
+    try {
+      ok = step.action->Execute();
+    } catch (const std::exception& e) {
+      host.SendMessage(std::string("Internal error: ") + e.what());
+    }
+    step.action->SetHost(nullptr);
+  }
+  TWrenDryRunRecord record;
+  const std::string base = IncludeTrailingPathDelimiter(folder);
+  for (const std::string& rel : FilesUnder(scratch, kMaxFiles * 2)) {
+    const std::string before = base + rel;
+    const bool existed = FileExists(before);
+    const std::string diff = UnifiedDiff(rel, existed ? ReadOrEmpty(before) : "",
+                                         ReadOrEmpty(scratch + "/" + rel), existed, true);
+    if (!diff.empty()) record.diffs.push_back({before, diff});
+  }
+  for (const std::string& rel : originals)
+    if (!FileExists(scratch + "/" + rel))
+      record.diffs.push_back({base + rel, UnifiedDiff(rel, ReadOrEmpty(base + rel), "", true,
+                                                      false)});
+  report.success = ok;
+  report.dryRuns.push_back(record);
+  listener.OnDryRun(report, record);
+  return true;
+}
+
 }  // namespace
 
 std::vector<TWrenValidationProblem> ValidateProject(TWrenProject& project) {
@@ -416,11 +539,23 @@ TWrenBuildResult RunBuild(TWrenProject& project, const TWrenBuildOptions& option
     }
     listener.OnStepStart(report, total);
     if (options.dryRun && report.inProcess) {
-      // A dry run lists in-process steps without running them.
-      report.success = true;
-      report.listedOnly = true;
+      // In-process steps show what they would change, from a scratch copy.
+      const auto stepStart = std::chrono::steady_clock::now();
+      std::string why;
+      if (!DryRunInScratch(step, report, variables, ProjectFolder(project), stop, listener,
+                           why)) {
+        report.success = true;
+        report.listedOnly = true;
+        listener.OnLog(report, TWrenLogStream::Message, "not run in a dry run: " + why);
+      }
+      report.seconds = SecondsSince(stepStart);
+      if (!report.success) report.failureReason = "the action reported failure";
       listener.OnStepEnd(report);
       result.steps.push_back(std::move(report));
+      if (!result.steps.back().success) {
+        result.success = false;
+        ended = true;
+      }
       continue;
     }
 

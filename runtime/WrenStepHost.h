@@ -11,8 +11,16 @@
 
 namespace wren {
 
-/// What a dry run records instead of starting a program.
+/// A change a dry run found an in-process step would make to one file.
+struct TWrenFileDiff {
+  std::string file;  // the real file's path
+  std::string diff;  // unified diff
+};
+
+/// What a dry run records instead of starting a program (or, for an in-process step, the diffs
+/// of the files it would change, with executable empty).
 struct TWrenDryRunRecord {
+  std::vector<TWrenFileDiff> diffs;
   std::string executable;
   std::string commandLine;
   std::vector<std::string> argv;  // argv[1..] as the program would receive them

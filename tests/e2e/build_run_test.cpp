@@ -10,6 +10,7 @@
 
 #include <chrono>
 #include <cstdio>
+#include <map>
 #include <sstream>
 #include <thread>
 
@@ -442,6 +443,48 @@ TEST(BuildRun, VerbosityAndColour) {
   EXPECT_NE(out.find("bad thing"), std::string::npos) << out;
   EXPECT_NE(out.find("FAILED"), std::string::npos) << out;
   EXPECT_EQ(m.Run({"run", m.dir / "v.mbproj", "-v", "loud"}, &out, &err), 2);
+}
+
+TEST(BuildRun, DryRunShowsTheDiffAnInProcessStepWouldMakeAndChangesNothing) {
+  Machine m;
+  const std::string original =
+      "using System.Reflection;\r\n[assembly: AssemblyTitle(\"Lib\")]\r\n"
+      "[assembly: AssemblyVersion(\"1.0.0.0\")]\r\n";
+  test::WriteFile(m.dir / "src/Properties/AssemblyInfo.cs", original);
+  m.WriteProject("dry.mbproj", Updater("%ProjectDir%/src/Properties/AssemblyInfo.cs") + Sn("-q"));
+  std::string out, err;
+  ASSERT_EQ(m.Run({"run", m.dir / "dry.mbproj", "--dry-run", "--json"}, &out, &err), 0) << err;
+  const std::vector<json> dry = Named(Events(out), "dry-run");
+  ASSERT_EQ(dry.size(), 2u) << out;
+  std::map<std::string, std::string> diffs;
+  for (const json& d : dry[0]["diffs"]) diffs[d["file"]] = d["diff"];
+  ASSERT_EQ(diffs.size(), 2u) << out;
+  // The backup the updater makes is a new file.
+  EXPECT_EQ(diffs[m.dir / "src/Properties/AssemblyInfo.cs.bak"].rfind("--- /dev/null\n", 0), 0u);
+  EXPECT_EQ(diffs[m.dir / "src/Properties/AssemblyInfo.cs"],
+            "--- a/src/Properties/AssemblyInfo.cs\n+++ b/src/Properties/AssemblyInfo.cs\n"
+            "@@ -1,3 +1,3 @@\n using System.Reflection;\r\n [assembly: AssemblyTitle(\"Lib\")]\r\n"
+            "-[assembly: AssemblyVersion(\"1.0.0.0\")]\r\n+[assembly: AssemblyVersion(\"2.0.0.0\")]\r\n");
+  EXPECT_EQ(dry[1]["argv"], (json{"-q"}));
+  // Nothing changed: not the file, no backup, no scratch left in the project.
+  EXPECT_EQ(test::ReadFile(m.dir / "src/Properties/AssemblyInfo.cs"), original);
+  std::string listing;
+  test::RunProgram({"find", m.dir.path(), "-newer", m.dir / "dry.mbproj", "-type", "f"}, &listing);
+  EXPECT_EQ(listing.find("AssemblyInfo"), std::string::npos) << listing;
+  // The terminal shows the same diff.
+  ASSERT_EQ(m.Run({"run", m.dir / "dry.mbproj", "--dry-run"}, &out, &err), 0) << err;
+  EXPECT_NE(out.find("would change " + m.dir / "src/Properties/AssemblyInfo.cs"), std::string::npos)
+      << out;
+  EXPECT_NE(out.find("+[assembly: AssemblyVersion(\"2.0.0.0\")]"), std::string::npos) << out;
+  // A step naming files outside the project folder is listed, not run.
+  test::TempDir elsewhere;
+  test::WriteFile(elsewhere / "AssemblyInfo.cs", original);
+  m.WriteProject("out.mbproj", Updater(elsewhere / "AssemblyInfo.cs"));
+  ASSERT_EQ(m.Run({"run", m.dir / "out.mbproj", "--dry-run"}, &out, &err), 0) << err;
+  EXPECT_NE(out.find("not run in a dry run: Selection names " + elsewhere / "AssemblyInfo.cs"),
+            std::string::npos)
+      << out;
+  EXPECT_EQ(test::ReadFile(elsewhere / "AssemblyInfo.cs"), original);
 }
 
 TEST(BuildRun, AStopDuringAnInProcessLastStepIsNeverASuccess) {
