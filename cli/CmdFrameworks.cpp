@@ -2,6 +2,7 @@
 #include <nlohmann/json.hpp>
 
 #include "Commands.h"
+#include "WrenBuildReporters.h"
 #include "runtime/WrenActionRegistry.h"
 
 namespace wren {
@@ -53,12 +54,12 @@ int CmdFrameworks(TCliContext& ctx) {
   if (ctx.json) {
     nlohmann::json frameworks = nlohmann::json::array();
     for (const TFrameWorkRow& row : rows)
-      frameworks.push_back({{"FrameWorkVersion", row.frameWorkVersion},
-                            {"SDKVersion", row.sdkVersion},
-                            {"FrameWorkLocation", row.frameWorkLocation},
-                            {"SDKLocation", row.sdkLocation}});
-    *ctx.out << nlohmann::json{{"frameworks", frameworks}, {"DefaultSDKVersion", defaultSDKVersion}}
-                    .dump()
+      frameworks.push_back({{"frameworkVersion", row.frameWorkVersion},
+                            {"sdkVersion", row.sdkVersion},
+                            {"frameworkLocation", row.frameWorkLocation},
+                            {"sdkLocation", row.sdkLocation}});
+    *ctx.out << JsonText(nlohmann::json{{"frameworks", frameworks}, {"defaultSdkVersion", defaultSDKVersion}},
+                    -1)
              << "\n";
     return kExitOk;
   }

@@ -2,6 +2,7 @@
 #include <nlohmann/json.hpp>
 
 #include "Commands.h"
+#include "WrenBuildReporters.h"
 #include "runtime/WrenMonoSetup.h"
 #include "runtime/WrenOptionsStore.h"
 
@@ -31,12 +32,12 @@ int CmdSetupMono(TCliContext& ctx, const std::string& dir) {
   }
 
   if (ctx.json) {
-    *ctx.out << nlohmann::json{{"hiveFile", result.hiveFile},
+    *ctx.out << JsonText(nlohmann::json{{"hiveFile", result.hiveFile},
                                {"frameworkRoot", result.frameworkRoot},
                                {"sdkRoot", result.sdkRoot},
                                {"nunitConsole", result.nunitConsole},
-                               {"notes", result.notes}}
-                    .dump()
+                               {"notes", result.notes}},
+                    -1)
              << "\n";
     return kExitOk;
   }

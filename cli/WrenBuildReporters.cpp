@@ -1,9 +1,12 @@
 #include "WrenBuildReporters.h"
 
+#include <unistd.h>
+
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <ctime>
-#include <nlohmann/json.hpp>
+#include <pugixml.hpp>
 
 #include "WrenFiles.h"
 #include "WrenUtils.h"
@@ -29,112 +32,240 @@ const char* StreamName(TWrenLogStream stream) {
       return "stdout";
     case TWrenLogStream::StdErr:
       return "stderr";
+    case TWrenLogStream::Command:
+      return "command";
     default:
       return "message";
   }
 }
 
-// Tool output may carry control characters that XML 1.0 cannot hold at all, not even escaped.
+// Tool output may carry control characters that XML 1.0 cannot hold at all, not even escaped,
+// and bytes that are not UTF-8, which a strict reader refuses.
 std::string XmlEscape(const std::string& text, char quote = '\0') {
-  std::string clean = text;
+  const std::string utf8 = nlohmann::json(text).dump(-1, ' ', false,
+                                                     nlohmann::json::error_handler_t::replace);
+  // Back from a JSON string to raw UTF-8: the dump only escaped what the parser reverses.
+  std::string clean = nlohmann::json::parse(utf8).get<std::string>();
   for (char& c : clean)
     if (static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n' && c != '\r') c = '?';
   return EscapeXml(clean, quote);
 }
 
+std::string ProblemText(const TWrenValidationProblem& p) {
+  std::string text = p.warning ? "warning: " : "invalid: ";
+  if (p.step > 0) text += "step " + std::to_string(p.step) + " (" + p.className + ")";
+  if (!p.field.empty()) text += ", " + p.field;
+  return text + (p.step > 0 || !p.field.empty() ? ": " : "") + p.message;
+}
+
 }  // namespace
 
+std::string JsonText(const nlohmann::json& value, int indent) {
+  return value.dump(indent, ' ', false, nlohmann::json::error_handler_t::replace);
+}
+
+bool ParseVerbosity(const std::string& text, TWrenVerbosity& verbosity) {
+  static const std::pair<const char*, TWrenVerbosity> names[] = {
+      {"quiet", TWrenVerbosity::Quiet}, {"minimal", TWrenVerbosity::Minimal},
+      {"normal", TWrenVerbosity::Normal}, {"detailed", TWrenVerbosity::Detailed},
+      {"q", TWrenVerbosity::Quiet},     {"m", TWrenVerbosity::Minimal},
+      {"n", TWrenVerbosity::Normal},     {"d", TWrenVerbosity::Detailed}};
+  for (const auto& [name, value] : names)
+    if (SameText(text, name)) {
+      verbosity = value;
+      return true;
+    }
+  return false;
+}
+
+TTerminalStyle TerminalStyleFor(int fd, TWrenVerbosity verbosity) {
+  TTerminalStyle style;
+  style.verbosity = verbosity;
+  const bool tty = isatty(fd) == 1;
+  const char* noColour = std::getenv("NO_COLOR");
+  const char* term = std::getenv("TERM");
+  const bool dumb = term && std::string(term) == "dumb";
+  style.colour = tty && !dumb && !(noColour && *noColour);
+  style.statusLine = tty && !dumb && verbosity != TWrenVerbosity::Quiet;
+  return style;
+}
+
+std::string TTerminalReporter::Paint(const std::string& text, const char* code) const {
+  return style_.colour ? std::string("\033[") + code + "m" + text + "\033[0m" : text;
+}
+
+void TTerminalReporter::ClearStatus() {
+  if (statusShown_) out_ << "\r\033[K";
+  statusShown_ = false;
+}
+
+void TTerminalReporter::DrawStatus() {
+  if (!style_.statusLine || status_.empty()) return;
+  out_ << Paint(status_, "2");
+  statusShown_ = true;
+}
+
+void TTerminalReporter::Line(const std::string& text) {
+  // The status line is taken away for each log line and drawn again below it, so it never hides
+  // one.
+  ClearStatus();
+  out_ << text << "\n";
+  DrawStatus();
+  out_ << std::flush;
+}
+
 void TTerminalReporter::OnInvalid(const TWrenValidationProblem& p) {
-  out_ << "invalid: step " << p.step << " (" << p.className << ")";
-  if (!p.field.empty()) out_ << ", " << p.field;
-  out_ << ": " << p.message << "\n";
+  Line(Paint(ProblemText(p), p.warning ? "33" : "31"));
 }
 
 void TTerminalReporter::OnStepStart(const TWrenStepReport& step, int total) {
   total_ = total;
-  out_ << "[" << step.step << "/" << total << "] " << StepTitle(step);
-  if (!step.enabled) out_ << "  (disabled, skipped)";
-  out_ << "\n" << std::flush;
+  const std::string header = "[" + std::to_string(step.step) + "/" + std::to_string(total) + "] " +
+                             StepTitle(step);
+  if (!step.skipped.empty()) {
+    if (style_.verbosity >= TWrenVerbosity::Minimal) Line(header + "  (" + step.skipped + ", skipped)");
+    return;
+  }
+  if (style_.verbosity >= TWrenVerbosity::Minimal) Line(Paint(header, "1"));
+  status_ = header + " ...";
+  ClearStatus();
+  DrawStatus();
+  out_ << std::flush;
 }
 
-void TTerminalReporter::OnLog(const TWrenStepReport&, TWrenLogStream, const std::string& text) {
-  out_ << "    " << text << "\n";
+void TTerminalReporter::OnLog(const TWrenStepReport&, TWrenLogStream stream,
+                              const std::string& text) {
+  if (stream == TWrenLogStream::Command) {
+    if (style_.verbosity >= TWrenVerbosity::Detailed) Line("    " + Paint(text, "36"));
+    return;
+  }
+  if (style_.verbosity >= TWrenVerbosity::Normal) Line("    " + text);
 }
 
 void TTerminalReporter::OnDryRun(const TWrenStepReport&, const TWrenDryRunRecord& r) {
+  if (r.executable.empty()) {
+    if (r.diffs.empty()) Line("    (would change no file)");
+    for (const TWrenFileDiff& d : r.diffs) {
+      Line("    would change " + d.file + ":");
+      std::string line;
+      for (char c : d.diff) {
+        if (c == '\n') {
+          Line(Paint(line, line.rfind('+', 0) == 0 ? "32" : line.rfind('-', 0) == 0 ? "31" : "0"));
+          line.clear();
+        } else {
+          line += c;
+        }
+      }
+    }
+    return;
+  }
   nlohmann::json argv = r.argv;
-  out_ << "    executable:   " << r.executable << "\n"
-       << "    argv:         " << argv.dump() << "\n"
-       << "    command line: " << r.commandLine << "\n"
-       << "    working dir:  " << (r.workingDir.empty() ? "(current)" : r.workingDir) << "\n";
+  Line("    executable:   " + r.executable);
+  Line("    argv:         " + JsonText(argv));
+  Line("    command line: " + r.commandLine);
+  Line("    working dir:  " + (r.workingDir.empty() ? std::string("(current)") : r.workingDir));
   if (!r.responseFilePath.empty()) {
-    out_ << "    response file " << r.responseFilePath << ":\n";
+    Line("    response file " + r.responseFilePath + ":");
     std::string line;
     for (char c : r.responseFileText) {
       if (c == '\n') {
-        out_ << "      " << line << "\n";
+        Line("      " + line);
         line.clear();
       } else if (c != '\r') {
         line += c;
       }
     }
-    if (!line.empty()) out_ << "      " << line << "\n";
+    if (!line.empty()) Line("      " + line);
   }
 }
 
 void TTerminalReporter::OnStepEnd(const TWrenStepReport& step) {
-  if (!step.enabled) return;
+  if (!step.skipped.empty()) return;
+  status_.clear();
   if (step.listedOnly) {
-    out_ << "    (runs in process; not run in a dry run)\n";
+    if (style_.verbosity >= TWrenVerbosity::Minimal)
+      Line("    (runs in process; not run in a dry run)");
     return;
   }
-  out_ << "[" << step.step << "/" << total_ << "] ";
-  if (step.success)
-    out_ << "ok in " << Seconds(step.seconds) << "\n";
-  else
-    out_ << "FAILED in " << Seconds(step.seconds) << ": " << step.failureReason << "\n";
-  out_ << std::flush;
+  const std::string head = "[" + std::to_string(step.step) + "/" + std::to_string(total_) + "] ";
+  if (step.success) {
+    if (style_.verbosity >= TWrenVerbosity::Minimal)
+      Line(head + Paint("ok", "32") + " in " + Seconds(step.seconds));
+    return;
+  }
+  if (style_.verbosity < TWrenVerbosity::Minimal) {
+    // Quiet shows only failures: the failed step with what it logged.
+    Line(head + StepTitle(step));
+    for (const auto& [stream, text] : step.log)
+      if (stream != TWrenLogStream::Command) Line("    " + text);
+  } else if (style_.verbosity == TWrenVerbosity::Minimal) {
+    for (const auto& [stream, text] : step.log)
+      if (stream != TWrenLogStream::Command) Line("    " + text);
+  }
+  Line(head + Paint("FAILED", "31;1") + " in " + Seconds(step.seconds) + ": " +
+       step.failureReason);
 }
 
 void TTerminalReporter::Summary(const TWrenBuildResult& result, bool dryRun) {
+  ClearStatus();
   if (result.invalid) {
-    out_ << "Build not started: the project has validation problems.\n";
+    Line("Build not started: the project has validation problems.");
     return;
   }
   const char* what = dryRun ? "Dry run" : "Build";
-  if (result.success) {
-    out_ << what << " succeeded: " << result.steps.size() << " step(s) in "
-         << Seconds(result.seconds) << "\n";
-  } else if (result.stopped) {
-    out_ << what << " stopped by user request after " << Seconds(result.seconds) << "\n";
+  int ran = 0, skipped = 0;
+  const TWrenStepReport* failed = nullptr;
+  for (const TWrenStepReport& s : result.steps) {
+    if (!s.skipped.empty()) ++skipped;
+    else ++ran;
+    if (s.skipped.empty() && !s.success && !failed) failed = &s;
+  }
+  std::string timing = " in " + Seconds(result.seconds);
+  if (result.stopped) {
+    Line(Paint(std::string(what) + " stopped by user request", "31;1") + " after " +
+         Seconds(result.seconds));
+  } else if (result.success) {
+    Line(Paint(std::string(what) + " succeeded", "32;1") + ": " +
+         std::to_string(result.steps.size()) + " step(s)" +
+         (skipped ? " (" + std::to_string(ran) + " run, " + std::to_string(skipped) + " skipped)"
+                  : "") +
+         timing);
+  } else if (failed) {
+    Line(Paint(std::string(what) + " FAILED", "31;1") + " at step " +
+         std::to_string(failed->step) + " (" + failed->displayName +
+         "): " + failed->failureReason);
   } else {
-    const TWrenStepReport& last = result.steps.back();
-    out_ << what << " FAILED at step " << last.step << " (" << last.displayName
-         << "): " << last.failureReason << "\n";
+    Line(Paint(std::string(what) + " FAILED", "31;1"));
   }
 }
 
+void TJsonReporter::Emit(const nlohmann::json& event) {
+  out_ << JsonText(event) << "\n" << std::flush;
+}
+
+void TJsonReporter::Start(const std::string& command, const std::string& project) {
+  Emit({{"event", "start"}, {"schemaVersion", kJsonSchemaVersion}, {"command", command},
+        {"project", project}});
+}
+
+void TJsonReporter::Error(const std::string& file, int line, const std::string& action,
+                          const std::string& property, const std::string& message) {
+  Emit({{"event", "error"}, {"file", file}, {"line", line}, {"action", action},
+        {"property", property}, {"message", message}});
+}
+
 void TJsonReporter::OnInvalid(const TWrenValidationProblem& p) {
-  out_ << nlohmann::json{{"event", "invalid"}, {"step", p.step}, {"class", p.className},
-                         {"field", p.field}, {"message", p.message}}
-              .dump()
-       << "\n";
+  Emit({{"event", "invalid"}, {"step", p.step}, {"class", p.className}, {"field", p.field},
+        {"message", p.message}, {"severity", p.warning ? "warning" : "error"}});
 }
 
 void TJsonReporter::OnStepStart(const TWrenStepReport& s, int total) {
-  out_ << nlohmann::json{{"event", "step"}, {"step", s.step}, {"total", total},
-                         {"class", s.className}, {"name", s.displayName},
-                         {"description", s.description}, {"enabled", s.enabled}}
-              .dump()
-       << "\n"
-       << std::flush;
+  Emit({{"event", "step"}, {"step", s.step}, {"total", total}, {"class", s.className},
+        {"name", s.displayName}, {"description", s.description}, {"enabled", s.enabled}});
 }
 
 void TJsonReporter::OnLog(const TWrenStepReport& s, TWrenLogStream stream, const std::string& t) {
-  out_ << nlohmann::json{{"event", "log"}, {"step", s.step}, {"stream", StreamName(stream)},
-                         {"text", t}}
-              .dump(-1, ' ', false, nlohmann::json::error_handler_t::replace)
-       << "\n";
+  Emit({{"event", "log"}, {"step", s.step}, {"stream", StreamName(stream)}, {"text", t}});
 }
 
 void TJsonReporter::OnDryRun(const TWrenStepReport& s, const TWrenDryRunRecord& r) {
@@ -144,25 +275,41 @@ void TJsonReporter::OnDryRun(const TWrenStepReport& s, const TWrenDryRunRecord& 
                        {"workingDir", r.workingDir}, {"responseFile", nullptr}};
   if (!r.responseFilePath.empty())
     event["responseFile"] = {{"path", r.responseFilePath}, {"text", r.responseFileText}};
-  out_ << event.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) << "\n";
+  if (r.executable.empty()) {
+    // An in-process step: the files it would change instead of a program.
+    event = {{"event", "dry-run"}, {"step", s.step}, {"class", s.className},
+             {"diffs", nlohmann::json::array()}};
+    for (const TWrenFileDiff& d : r.diffs)
+      event["diffs"].push_back({{"file", d.file}, {"diff", d.diff}});
+  }
+  Emit(event);
 }
 
 void TJsonReporter::OnStepEnd(const TWrenStepReport& s) {
   nlohmann::json event{{"event", "result"}, {"step", s.step}, {"success", s.success},
                        {"exitCode", nullptr}, {"seconds", s.seconds}};
   if (s.exitCode) event["exitCode"] = *s.exitCode;
-  if (!s.enabled) event["skipped"] = true;
+  if (!s.skipped.empty()) {
+    event["skipped"] = true;
+    event["skipReason"] = s.skipped;
+  }
   if (!s.success) event["reason"] = s.failureReason;
-  out_ << event.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) << "\n"
-       << std::flush;
+  Emit(event);
 }
 
 void TJsonReporter::Summary(const TWrenBuildResult& result) {
-  out_ << nlohmann::json{{"event", "build"}, {"success", result.success},
-                         {"invalid", result.invalid}, {"stopped", result.stopped},
-                         {"seconds", result.seconds}}
-              .dump()
-       << "\n";
+  nlohmann::json notRun = nlohmann::json::array();
+  for (const TWrenStepReport& s : result.steps)
+    if (!s.skipped.empty()) notRun.push_back({{"step", s.step}, {"reason", s.skipped}});
+  Emit({{"event", "build"}, {"success", result.success}, {"invalid", result.invalid},
+        {"stopped", result.stopped}, {"seconds", result.seconds}, {"skipped", notRun}});
+}
+
+void TJsonReporter::Validation(const std::vector<TWrenValidationProblem>& problems, int steps) {
+  int errors = 0, warnings = 0;
+  for (const TWrenValidationProblem& p : problems) (p.warning ? warnings : errors)++;
+  Emit({{"event", "validation"}, {"valid", errors == 0}, {"steps", steps}, {"errors", errors},
+        {"warnings", warnings}});
 }
 
 bool TLogFileWriter::Open(const std::string& path, std::string& error) {
@@ -177,14 +324,18 @@ bool TLogFileWriter::Open(const std::string& path, std::string& error) {
 void TLogFileWriter::Line(const std::string& text) {
   const std::time_t now = std::time(nullptr);
   char stamp[32];
-  std::strftime(stamp, sizeof stamp, "%Y-%m-%d %H:%M:%S", std::localtime(&now));
+  std::tm local{};
+  localtime_r(&now, &local);
+  std::strftime(stamp, sizeof stamp, "%Y-%m-%d %H:%M:%S", &local);
   file_ << stamp << "  " << text << "\n";
   file_.flush();
 }
 
+void TLogFileWriter::OnInvalid(const TWrenValidationProblem& p) { Line(ProblemText(p)); }
+
 void TLogFileWriter::OnStepStart(const TWrenStepReport& s, int total) {
   Line("[" + std::to_string(s.step) + "/" + std::to_string(total) + "] " + StepTitle(s) +
-       (s.enabled ? "" : " (disabled, skipped)"));
+       (s.skipped.empty() ? "" : " (" + s.skipped + ", skipped)"));
 }
 
 void TLogFileWriter::OnLog(const TWrenStepReport&, TWrenLogStream stream, const std::string& t) {
@@ -192,38 +343,150 @@ void TLogFileWriter::OnLog(const TWrenStepReport&, TWrenLogStream stream, const 
 }
 
 void TLogFileWriter::OnStepEnd(const TWrenStepReport& s) {
-  if (!s.enabled) return;
+  if (!s.skipped.empty() || s.listedOnly) return;
   Line(s.success ? "  ok in " + Seconds(s.seconds)
                  : "  FAILED in " + Seconds(s.seconds) + ": " + s.failureReason);
 }
 
-bool WriteJUnitReport(const std::string& path, const std::string& projectName,
-                      const TWrenBuildResult& result, std::string& error) {
-  int failures = 0, skipped = 0;
-  for (const TWrenStepReport& s : result.steps) {
-    if (!s.enabled) ++skipped;
-    else if (!s.success) ++failures;
+bool CheckReportWritable(const std::string& path, std::string& error) {
+  const std::string dir = ExtractFilePath(path);
+  const std::string probe = (dir.empty() ? std::string("./") : dir) + ".marrowby-report-check";
+  std::ofstream file(probe, std::ios::out | std::ios::trunc);
+  const bool ok = static_cast<bool>(file);
+  file.close();
+  std::remove(probe.c_str());
+  if (ok && DirectoryExists(path)) {
+    error = "cannot write the JUnit report " + path + ": it is a folder";
+    return false;
   }
-  std::string xml = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
-  xml += "<testsuite name=\"" + XmlEscape(projectName, '"') + "\" tests=\"" +
-         std::to_string(result.steps.size()) + "\" failures=\"" + std::to_string(failures) +
-         "\" skipped=\"" + std::to_string(skipped) + "\" time=\"" +
-         std::to_string(result.seconds) + "\">\n";
-  for (const TWrenStepReport& s : result.steps) {
-    xml += "  <testcase classname=\"" + XmlEscape(s.className, '"') + "\" name=\"" +
-           XmlEscape(std::to_string(s.step) + ". " + StepTitle(s), '"') + "\" time=\"" +
-           std::to_string(s.seconds) + "\">\n";
-    if (!s.enabled) xml += "    <skipped message=\"disabled\"/>\n";
-    if (s.enabled && !s.success)
-      xml += "    <failure message=\"" + XmlEscape(s.failureReason, '"') + "\"/>\n";
-    if (!s.log.empty()) {
-      xml += "    <system-out>";
-      for (const auto& [stream, text] : s.log) xml += XmlEscape(text) + "\n";
-      xml += "</system-out>\n";
+  if (!ok) error = "cannot write the JUnit report " + path + ": its folder is missing or read-only";
+  return ok;
+}
+
+namespace {
+
+/// One JUnit test case.
+struct TJUnitCase {
+  std::string className;
+  std::string name;
+  double seconds = 0;
+  std::string failure;  // message; set with failed
+  std::string failureText;
+  bool failed = false;
+  bool error = false;  // could not run properly (rather than a failed assertion)
+  std::string skipped;  // message; set when skipped
+  bool isSkipped = false;
+  std::string out;
+};
+
+// Three decimals: the time format JUnit readers accept.
+std::string JUnitTime(double seconds) {
+  char buf[32];
+  std::snprintf(buf, sizeof buf, "%.3f", seconds < 0 ? 0.0 : seconds);
+  return buf;
+}
+
+double Number(const char* text) { return text && *text ? std::strtod(text, nullptr) : 0; }
+
+/// The test cases of an NUnit XML result (the 2.x and 3.x formats).
+std::vector<TJUnitCase> NUnitCases(const std::string& path) {
+  std::vector<TJUnitCase> cases;
+  pugi::xml_document doc;
+  if (!doc.load_file(path.c_str())) return cases;
+  for (const pugi::xpath_node& node : doc.select_nodes("//test-case")) {
+    const pugi::xml_node tc = node.node();
+    TJUnitCase c;
+    std::string full = tc.attribute("fullname") ? tc.attribute("fullname").value()
+                                                : tc.attribute("name").value();
+    c.className = tc.attribute("classname").value();
+    if (c.className.empty()) {
+      const size_t dot = full.rfind('.');
+      c.className = dot == std::string::npos ? "NUnit" : full.substr(0, dot);
     }
-    xml += "  </testcase>\n";
+    c.name = full.size() > c.className.size() && full.compare(0, c.className.size(), c.className) == 0
+                 ? full.substr(c.className.size() + 1)
+                 : full;
+    c.seconds = Number(tc.attribute("duration") ? tc.attribute("duration").value()
+                                                : tc.attribute("time").value());
+    const std::string result = tc.attribute("result").value();
+    const std::string executed = tc.attribute("executed").value();
+    const pugi::xml_node failure = tc.child("failure");
+    if (SameText(result, "Failed") || SameText(result, "Failure") || SameText(result, "Error")) {
+      c.failed = true;
+      c.error = SameText(result, "Error");
+      c.failure = failure.child_value("message");
+      c.failureText = failure.child_value("stack-trace");
+      if (c.failure.empty()) c.failure = result;
+    } else if (SameText(result, "Skipped") || SameText(result, "Ignored") ||
+               SameText(result, "NotRunnable") || SameText(executed, "False")) {
+      c.isSkipped = true;
+      c.skipped = tc.child("reason").child_value("message");
+      if (c.skipped.empty()) c.skipped = result.empty() ? "not executed" : result;
+    }
+    cases.push_back(std::move(c));
   }
-  xml += "</testsuite>\n";
+  return cases;
+}
+
+}  // namespace
+
+bool WriteJUnitReport(const std::string& path, const std::string& projectName,
+                      const TWrenBuildResult& result,
+                      const std::vector<TWrenValidationProblem>& problems, std::string& error) {
+  std::vector<TJUnitCase> cases;
+  for (const TWrenValidationProblem& p : problems) {
+    if (p.warning) continue;
+    TJUnitCase c;
+    c.className = p.className.empty() ? "validation" : "validation." + p.className;
+    c.name = (p.step > 0 ? "step " + std::to_string(p.step) : std::string("project")) +
+             (p.field.empty() ? "" : ", " + p.field);
+    c.failed = true;
+    c.failure = p.message;
+    cases.push_back(std::move(c));
+  }
+  for (const TWrenStepReport& s : result.steps) {
+    TJUnitCase c;
+    c.className = s.className;
+    c.name = std::to_string(s.step) + ". " + StepTitle(s);
+    c.seconds = s.seconds;
+    if (!s.skipped.empty()) {
+      c.isSkipped = true;
+      c.skipped = s.skipped;
+    } else if (!s.success) {
+      c.failed = true;
+      c.error = !s.exitCode.has_value();
+      c.failure = s.failureReason;
+    }
+    for (const auto& [stream, text] : s.log) c.out += text + "\n";
+    cases.push_back(std::move(c));
+    if (!s.testResultFile.empty() && s.skipped.empty())
+      for (TJUnitCase& t : NUnitCases(s.testResultFile)) cases.push_back(std::move(t));
+  }
+  int failures = 0, errors = 0, skipped = 0;
+  for (const TJUnitCase& c : cases) {
+    if (c.isSkipped) ++skipped;
+    else if (c.failed && c.error) ++errors;
+    else if (c.failed) ++failures;
+  }
+  const std::string counts = " tests=\"" + std::to_string(cases.size()) + "\" failures=\"" +
+                             std::to_string(failures) + "\" errors=\"" + std::to_string(errors) +
+                             "\" skipped=\"" + std::to_string(skipped) + "\" time=\"" +
+                             JUnitTime(result.seconds) + "\"";
+  std::string xml = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+  xml += "<testsuites name=\"" + XmlEscape(projectName, '"') + "\"" + counts + ">\n";
+  xml += "  <testsuite name=\"" + XmlEscape(projectName, '"') + "\"" + counts + ">\n";
+  for (const TJUnitCase& c : cases) {
+    xml += "    <testcase classname=\"" + XmlEscape(c.className, '"') + "\" name=\"" +
+           XmlEscape(c.name, '"') + "\" time=\"" + JUnitTime(c.seconds) + "\">\n";
+    if (c.isSkipped) xml += "      <skipped message=\"" + XmlEscape(c.skipped, '"') + "\"/>\n";
+    if (c.failed)
+      xml += std::string("      <") + (c.error ? "error" : "failure") + " message=\"" +
+             XmlEscape(c.failure, '"') + "\">" + XmlEscape(c.failureText) + "</" +
+             (c.error ? "error" : "failure") + ">\n";
+    if (!c.out.empty()) xml += "      <system-out>" + XmlEscape(c.out) + "</system-out>\n";
+    xml += "    </testcase>\n";
+  }
+  xml += "  </testsuite>\n</testsuites>\n";
   return WriteFileAtomic(path, xml, error);
 }
 

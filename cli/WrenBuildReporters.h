@@ -3,6 +3,7 @@
 
 #include <fstream>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -11,10 +12,35 @@
 
 namespace wren {
 
+/// The version of the --json event stream, in the first ("start") event.
+constexpr int kJsonSchemaVersion = 2;
+
+/// The one way JSON leaves the host: text that is not UTF-8 (project text, tool output, file
+/// names) becomes U+FFFD instead of aborting the program.
+std::string JsonText(const nlohmann::json& value, int indent = -1);
+
+/// How much the terminal shows, as MSBuild's -verbosity.
+enum class TWrenVerbosity { Quiet, Minimal, Normal, Detailed };
+
+/// Parses quiet|minimal|normal|detailed (or q|m|n|d); false for anything else.
+bool ParseVerbosity(const std::string& text, TWrenVerbosity& verbosity);
+
+/// Terminal settings: colour and a live status line only on a terminal.
+struct TTerminalStyle {
+  TWrenVerbosity verbosity = TWrenVerbosity::Normal;
+  bool colour = false;
+  bool statusLine = false;
+};
+
+/// The style for a stream: colour and status line when fd is a terminal and NO_COLOR is unset.
+TTerminalStyle TerminalStyleFor(int fd, TWrenVerbosity verbosity);
+
 /// Human-readable progress: step headers [n/N], indented log lines, durations, one-line reasons.
+/// Every line is flushed as it is written, so a pipe sees it at once.
 class TTerminalReporter : public IWrenBuildListener {
  public:
-  explicit TTerminalReporter(std::ostream& out) : out_(out) {}
+  explicit TTerminalReporter(std::ostream& out, TTerminalStyle style = {})
+      : out_(out), style_(style) {}
   void OnInvalid(const TWrenValidationProblem& problem) override;
   void OnStepStart(const TWrenStepReport& step, int total) override;
   void OnLog(const TWrenStepReport& step, TWrenLogStream stream, const std::string& text) override;
@@ -23,29 +49,45 @@ class TTerminalReporter : public IWrenBuildListener {
   void Summary(const TWrenBuildResult& result, bool dryRun);
 
  private:
+  void Line(const std::string& text);
+  std::string Paint(const std::string& text, const char* code) const;
+  void ClearStatus();
+  void DrawStatus();
   std::ostream& out_;
+  TTerminalStyle style_;
   int total_ = 0;
+  std::string status_;  // the running step, redrawn under the log lines
+  bool statusShown_ = false;
 };
 
 /// One JSON object per build event on a line.
 class TJsonReporter : public IWrenBuildListener {
  public:
   explicit TJsonReporter(std::ostream& out) : out_(out) {}
+  /// The first event: the schema version, the command and the project.
+  void Start(const std::string& command, const std::string& project);
+  /// A project that could not be read (followed by the "build" or "validation" event).
+  void Error(const std::string& file, int line, const std::string& action,
+             const std::string& property, const std::string& message);
   void OnInvalid(const TWrenValidationProblem& problem) override;
   void OnStepStart(const TWrenStepReport& step, int total) override;
   void OnLog(const TWrenStepReport& step, TWrenLogStream stream, const std::string& text) override;
   void OnDryRun(const TWrenStepReport& step, const TWrenDryRunRecord& record) override;
   void OnStepEnd(const TWrenStepReport& step) override;
   void Summary(const TWrenBuildResult& result);
+  /// The last event of `validate`.
+  void Validation(const std::vector<TWrenValidationProblem>& problems, int steps);
 
  private:
+  void Emit(const nlohmann::json& event);
   std::ostream& out_;
 };
 
-/// The build log file: every line with a time stamp and its step.
+/// The build log file: every line with a time stamp and its step, on disk as it is written.
 class TLogFileWriter : public IWrenBuildListener {
  public:
   bool Open(const std::string& path, std::string& error);
+  void OnInvalid(const TWrenValidationProblem& problem) override;
   void OnStepStart(const TWrenStepReport& step, int total) override;
   void OnLog(const TWrenStepReport& step, TWrenLogStream stream, const std::string& text) override;
   void OnStepEnd(const TWrenStepReport& step) override;
@@ -55,11 +97,12 @@ class TLogFileWriter : public IWrenBuildListener {
   std::ofstream file_;
 };
 
-/// Fans events out to several listeners.
+/// Fans events out to several listeners; keeps the validation problems for the reports.
 class TBuildListeners : public IWrenBuildListener {
  public:
   void Add(IWrenBuildListener* listener) { listeners_.push_back(listener); }
   void OnInvalid(const TWrenValidationProblem& p) override {
+    problems.push_back(p);
     for (auto* l : listeners_) l->OnInvalid(p);
   }
   void OnStepStart(const TWrenStepReport& s, int total) override {
@@ -74,13 +117,20 @@ class TBuildListeners : public IWrenBuildListener {
   void OnStepEnd(const TWrenStepReport& s) override {
     for (auto* l : listeners_) l->OnStepEnd(s);
   }
+  std::vector<TWrenValidationProblem> problems;
 
  private:
   std::vector<IWrenBuildListener*> listeners_;
 };
 
-/// Writes the steps of a build as a JUnit XML report (one test case per step).
+/// Checks before a build that the report file can be written (a later failure would lose it).
+bool CheckReportWritable(const std::string& path, std::string& error);
+
+/// Writes a build as a JUnit XML report: one test suite, a test case per step (skipped when it
+/// did not run), validation problems as failed cases, and the cases of NUnit XML results that
+/// steps wrote.
 bool WriteJUnitReport(const std::string& path, const std::string& projectName,
-                      const TWrenBuildResult& result, std::string& error);
+                      const TWrenBuildResult& result,
+                      const std::vector<TWrenValidationProblem>& problems, std::string& error);
 
 }  // namespace wren

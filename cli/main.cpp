@@ -108,19 +108,16 @@ bool LoadProjectFile(TCliContext& ctx, const std::string& path, TWrenProject& pr
   TWrenProjectError error;
   if (project.Load(path, CreateRegisteredAction, error)) return true;
   if (ctx.json)
-    *ctx.out << nlohmann::json{{"event", "error"}, {"file", error.file}, {"line", error.line},
-                               {"action", error.action}, {"property", error.property},
-                               {"message", error.message}}
-                    .dump()
-             << "\n";
+    TJsonReporter(*ctx.out).Error(error.file, error.line, error.action, error.property,
+                                  error.message);
   *ctx.err << "marrowby: " << error.ToString() << "\n";
   return false;
 }
 
 int CmdRun(TCliContext& ctx, const std::string& projectPath, const std::vector<std::string>& vars,
-           bool dryRun, const std::string& logFile, const std::string& junitFile) {
-  TWrenBuildOptions options;
-  options.dryRun = dryRun;
+           TWrenBuildOptions options, TWrenVerbosity verbosity, const std::string& logFile,
+           const std::string& junitFile) {
+  const bool dryRun = options.dryRun;
   for (const std::string& var : vars) {
     const size_t eq = var.find('=');
     if (eq == std::string::npos || eq == 0) {
@@ -129,22 +126,34 @@ int CmdRun(TCliContext& ctx, const std::string& projectPath, const std::vector<s
     }
     options.variables[var.substr(0, eq)] = var.substr(eq + 1);
   }
+  TJsonReporter json(*ctx.out);
+  if (ctx.json) json.Start("run", projectPath);
   TWrenProject project;
-  if (!LoadProjectFile(ctx, projectPath, project)) return kExitUsage;
+  if (!LoadProjectFile(ctx, projectPath, project)) {
+    TWrenBuildResult none;
+    none.invalid = true;
+    if (ctx.json) json.Summary(none);
+    return kExitUsage;
+  }
+  std::string error;
+  std::vector<bool> selected;
+  if ((!junitFile.empty() && !CheckReportWritable(junitFile, error)) ||
+      !SelectSteps(project, options, selected, error)) {
+    *ctx.err << "marrowby: " << error << "\n";
+    return kExitUsage;
+  }
 
   TBuildListeners listeners;
-  TTerminalReporter terminal(*ctx.out);
-  TJsonReporter json(*ctx.out);
+  TTerminalReporter terminal(*ctx.out, TerminalStyleFor(1, verbosity));
   TLogFileWriter log;
-  listeners.Add(ctx.json ? static_cast<IWrenBuildListener*>(&json) : &terminal);
   if (!logFile.empty()) {
-    std::string error;
     if (!log.Open(logFile, error)) {
       *ctx.err << "marrowby: " << error << "\n";
       return kExitUsage;
     }
-    listeners.Add(&log);
+    listeners.Add(&log);  // first: a line on stdout is already on disk
   }
+  listeners.Add(ctx.json ? static_cast<IWrenBuildListener*>(&json) : &terminal);
 
   // A closed terminal stops the build like Ctrl-C.
   for (int sig : {SIGINT, SIGTERM, SIGHUP}) std::signal(sig, OnStopSignal);
@@ -155,31 +164,47 @@ int CmdRun(TCliContext& ctx, const std::string& projectPath, const std::vector<s
     json.Summary(result);
   else
     terminal.Summary(result, dryRun);
-  if (!junitFile.empty()) {
-    std::string error;
-    if (!WriteJUnitReport(junitFile, ChangeFileExt(ExtractFileName(projectPath), ""), result,
-                          error))
-      *ctx.err << "marrowby: " << error << "\n";
+  bool reportWritten = true;
+  if (!junitFile.empty() &&
+      !WriteJUnitReport(junitFile, ChangeFileExt(ExtractFileName(projectPath), ""), result,
+                        listeners.problems, error)) {
+    *ctx.err << "marrowby: " << error << "\n";
+    reportWritten = false;
   }
-  std::string error;
   if (!SaveModifiedOptions(error)) *ctx.err << "marrowby: " << error << "\n";
   if (result.invalid) return kExitUsage;
+  if (!reportWritten) return kExitFailed;
   return result.success ? kExitOk : kExitFailed;
 }
 
-int CmdValidate(TCliContext& ctx, const std::string& projectPath) {
-  TWrenProject project;
-  if (!LoadProjectFile(ctx, projectPath, project)) return kExitUsage;
-  const std::vector<TWrenValidationProblem> problems = ValidateProject(project);
-  TTerminalReporter terminal(*ctx.out);
+int CmdValidate(TCliContext& ctx, const std::string& projectPath,
+                const std::vector<std::string>& vars) {
   TJsonReporter json(*ctx.out);
-  for (const TWrenValidationProblem& p : problems)
+  if (ctx.json) json.Start("validate", projectPath);
+  TWrenProject project;
+  if (!LoadProjectFile(ctx, projectPath, project)) {
+    if (ctx.json) json.Validation({{0, "", "", "the project could not be read"}}, 0);
+    return kExitUsage;
+  }
+  std::map<std::string, std::string> overrides;
+  for (const std::string& var : vars)
+    if (const size_t eq = var.find('='); eq != std::string::npos && eq > 0)
+      overrides[var.substr(0, eq)] = var.substr(eq + 1);
+  const std::vector<TWrenValidationProblem> problems = ValidateAll(project, overrides);
+  TTerminalReporter terminal(*ctx.out);
+  int errors = 0;
+  for (const TWrenValidationProblem& p : problems) {
     ctx.json ? json.OnInvalid(p) : terminal.OnInvalid(p);
-  if (!ctx.json)
+    if (!p.warning) ++errors;
+  }
+  const int warnings = static_cast<int>(problems.size()) - errors;
+  if (ctx.json)
+    json.Validation(problems, static_cast<int>(project.steps.size()));
+  else
     *ctx.out << projectPath << ": " << project.steps.size() << " step(s), "
-             << (problems.empty() ? "valid" : std::to_string(problems.size()) + " problem(s)")
-             << "\n";
-  return problems.empty() ? kExitOk : kExitFailed;
+             << (errors == 0 ? "valid" : std::to_string(errors) + " error(s)")
+             << (warnings ? ", " + std::to_string(warnings) + " warning(s)" : "") << "\n";
+  return errors == 0 ? kExitOk : kExitFailed;
 }
 
 int CmdActions(TCliContext& ctx) {
@@ -193,7 +218,7 @@ int CmdActions(TCliContext& ctx) {
     for (const TWrenRegisteredAction& a : actions)
       list.push_back({{"displayName", a.displayName}, {"category", a.category},
                       {"class", a.actionClass.name}, {"icon", a.iconResourceName}});
-    *ctx.out << list.dump(2) << "\n";
+    *ctx.out << JsonText(list, 2) << "\n";
     return kExitOk;
   }
   for (const std::string& category : categories) {
@@ -252,7 +277,7 @@ int CmdDescribe(TCliContext& ctx, const std::string& className) {
     scripts.push_back({{"name", s.name}, {"parameters", params}});
   }
   if (ctx.json) {
-    *ctx.out << nlohmann::json{{"class", registered->actionClass.name},
+    *ctx.out << JsonText(nlohmann::json{{"class", registered->actionClass.name},
                                {"displayName", registered->displayName},
                                {"category", registered->category},
                                {"icon", registered->iconResourceName},
@@ -260,8 +285,8 @@ int CmdDescribe(TCliContext& ctx, const std::string& className) {
                                {"helpTopic", action->GetHelpTopicID()},
                                {"quickHelp", action->GetQuickHelpFilename()},
                                {"properties", props},
-                               {"scripts", scripts}}
-                    .dump(2)
+                               {"scripts", scripts}},
+                    2)
              << "\n";
     return kExitOk;
   }
@@ -277,7 +302,7 @@ int CmdDescribe(TCliContext& ctx, const std::string& className) {
       for (const auto& n : p["values"]) names += (names.empty() ? "" : ", ") + n.get<std::string>();
       *ctx.out << " (" << names << ")";
     }
-    *ctx.out << " = " << (p["value"].is_string() ? p["value"].get<std::string>() : p["value"].dump());
+    *ctx.out << " = " << (p["value"].is_string() ? p["value"].get<std::string>() : JsonText(p["value"]));
     if (p["hidden"].get<bool>()) *ctx.out << "  [hidden]";
     *ctx.out << "\n";
   }
@@ -325,7 +350,7 @@ int CmdOptions(TCliContext& ctx, const std::vector<std::string>& setArgs) {
                     {"category", o.instance->GetOptionsCategory()}, {"values", values}});
   }
   if (ctx.json) {
-    *ctx.out << list.dump(2) << "\n";
+    *ctx.out << JsonText(list, 2) << "\n";
     return kExitOk;
   }
   *ctx.out << "options file: " << WrenOptionsStore().Path() << "\n";
@@ -353,12 +378,18 @@ int main(int argc, char** argv) {
 
   std::string projectPath, logFile, junitFile, className, setupDir;
   std::vector<std::string> vars, optionArgs;
-  bool dryRun = false;
+  TWrenBuildOptions buildOptions;
+  std::string verbosityText = "normal";
 
   auto* run = app.add_subcommand("run", "run a build project");
   run->add_option("project", projectPath, "the .mbproj file")->required();
   run->add_option("--var", vars, "NAME=VALUE, over the project's variables");
-  run->add_flag("--dry-run", dryRun, "show what would run, run nothing");
+  run->add_flag("--dry-run", buildOptions.dryRun, "show what would run, run nothing");
+  run->add_option("--only", buildOptions.only, "run only steps N[,M...] (number or description)")
+      ->delimiter(',');
+  run->add_option("--from", buildOptions.from, "start at step N (number or description)");
+  run->add_option("--skip", buildOptions.skip, "leave out step N (number or description)");
+  run->add_option("-v,--verbosity", verbosityText, "quiet|minimal|normal|detailed");
   run->add_option("--log", logFile, "write the build log to FILE");
   run->add_flag("--json", ctx.json, "one JSON object per build event");
   run->add_option("--junit", junitFile, "write a JUnit report of the steps to FILE");
@@ -366,6 +397,7 @@ int main(int argc, char** argv) {
   auto* validate = app.add_subcommand("validate", "check a build project without running it");
   validate->add_option("project", projectPath, "the .mbproj file")->required();
   validate->add_flag("--json", ctx.json, "JSON output");
+  validate->add_option("--var", vars, "NAME=VALUE, over the project's variables");
 
   auto* actions = app.add_subcommand("actions", "list the registered actions by category");
   actions->add_flag("--json", ctx.json, "JSON output");
@@ -394,6 +426,11 @@ int main(int argc, char** argv) {
   }
 
   if (setupMono->parsed()) return CmdSetupMono(ctx, setupDir);
+  TWrenVerbosity verbosity = TWrenVerbosity::Normal;
+  if (!ParseVerbosity(verbosityText, verbosity)) {
+    std::cerr << "marrowby: --verbosity wants quiet, minimal, normal or detailed\n";
+    return kExitUsage;
+  }
 
   if (options->parsed() && !optionArgs.empty() && optionArgs[0] != "set") {
     std::cerr << "marrowby: options takes no arguments, or: set KEY NAME VALUE\n";
@@ -403,8 +440,9 @@ int main(int argc, char** argv) {
   if (!PrepareHost(ctx, module, modulePath)) return kExitUsage;
 
   int code = kExitUsage;
-  if (run->parsed()) code = CmdRun(ctx, projectPath, vars, dryRun, logFile, junitFile);
-  if (validate->parsed()) code = CmdValidate(ctx, projectPath);
+  if (run->parsed())
+    code = CmdRun(ctx, projectPath, vars, buildOptions, verbosity, logFile, junitFile);
+  if (validate->parsed()) code = CmdValidate(ctx, projectPath, vars);
   if (actions->parsed()) code = CmdActions(ctx);
   if (describe->parsed()) code = CmdDescribe(ctx, className);
   if (frameworks->parsed()) code = CmdFrameworks(ctx);

@@ -50,6 +50,8 @@ class IWrenActionHost {
   /// Starts the program of an execute action and waits for it.
   virtual TWrenProcessResult RunProcess(TWrenExecuteAbstractAction& action,
                                         const TWrenProcessRequest& request) = 0;
+  /// The file name execute actions hand to GetStartingDir (the build project's); "" for none.
+  virtual std::string StartingFileName() { return ""; }
 };
 
 /// The base of all actions. Subclasses publish their settings through GetPublishedProperties and

@@ -28,7 +28,11 @@ bool TWrenExecuteAbstractAction::Execute() {
   TWrenProcessRequest request;
   request.executable = executable;
   request.commandLine = GetProcessCommandLine(builder->GetCommandLineText());
-  if (UseStartingDir) request.workingDir = GetStartingDir(executable);
+  if (UseStartingDir) {
+    // Tools start beside the build project unless the action's own rule names another folder.
+    const std::string startingFile = Host() ? Host()->StartingFileName() : "";
+    request.workingDir = GetStartingDir(startingFile.empty() ? executable : startingFile);
+  }
   if (CaptureOutput) {
     request.onStdOut = [this](const std::string& line) {
       OnStdOutData(line);

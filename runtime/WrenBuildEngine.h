@@ -12,12 +12,13 @@
 
 namespace wren {
 
-/// One problem found by validation.
+/// One problem found by validation. Warnings are reported but do not stop a build.
 struct TWrenValidationProblem {
-  int step = 0;  // 1-based
+  int step = 0;  // 1-based; 0 for the project as a whole
   std::string className;
   std::string field;
   std::string message;
+  bool warning = false;
 };
 
 /// What happened in one step.
@@ -29,12 +30,14 @@ struct TWrenStepReport {
   bool enabled = true;
   bool inProcess = false;  // the action does its work itself (no external program)
   bool listedOnly = false;  // a dry run listed the step without running it
+  std::string skipped;      // why the step did not run ("disabled", "not selected", ...); "" ran
   bool success = false;
   std::optional<int> exitCode;  // set when a program ran to its end
   double seconds = 0;
   std::string failureReason;  // one line, set on failure
   std::vector<std::pair<TWrenLogStream, std::string>> log;
   std::vector<TWrenDryRunRecord> dryRuns;
+  std::string testResultFile;  // an XML test result the step's tool wrote (absolute), or ""
 };
 
 /// Receives build events as they happen (the terminal, JSON and report writers).
@@ -60,6 +63,10 @@ class IWrenBuildListener {
 
 struct TWrenBuildOptions {
   bool dryRun = false;
+  // Steps to run, by number or description; empty: all. --only, --from, --skip.
+  std::vector<std::string> only;
+  std::string from;
+  std::vector<std::string> skip;
   std::map<std::string, std::string> variables;  // --var, over the project's own
   const std::atomic<bool>* stopFlag = nullptr;    // default: the process-wide flag
 };
@@ -74,6 +81,21 @@ struct TWrenBuildResult {
 
 /// Validates every enabled step; the problems in step order.
 std::vector<TWrenValidationProblem> ValidateProject(TWrenProject& project);
+
+/// The host's own checks of the enabled steps, before anything runs: %NAME%s that nothing defines
+/// (errors), Windows-style paths on POSIX and wildcard selections that match no file (warnings).
+/// Relative paths are taken from the project's folder.
+std::vector<TWrenValidationProblem> CheckProject(
+    const TWrenProject& project, const std::map<std::string, std::string>& variables);
+
+/// Validation and the host's checks together, errors and warnings in step order.
+std::vector<TWrenValidationProblem> ValidateAll(TWrenProject& project,
+                                                const std::map<std::string, std::string>& overrides);
+
+/// Which steps the options select (index per step); false with error for a selector that names no
+/// step (a number out of range or a description no step has).
+bool SelectSteps(const TWrenProject& project, const TWrenBuildOptions& options,
+                 std::vector<bool>& selected, std::string& error);
 
 /// The variables a step sees: ProjectDir, ProjectName, the project's variables, then overrides.
 std::map<std::string, std::string> BuildVariables(const TWrenProject& project,

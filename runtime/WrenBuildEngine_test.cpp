@@ -91,7 +91,7 @@ TEST(BuildEngine, RunsStepsInOrderStopsAtAFailureAndStartsNothingForBadSteps) {
             dir / "my build.mbproj");
   const TWrenBuildResult& result = build.result;
   EXPECT_FALSE(result.success);
-  ASSERT_EQ(result.steps.size(), 3u);
+  ASSERT_EQ(result.steps.size(), 4u);
 
   // Step 1: built-in variables expanded, quoting survives the Windows splitting, output in order
   // with CR LF and no final newline.
@@ -99,11 +99,16 @@ TEST(BuildEngine, RunsStepsInOrderStopsAtAFailureAndStartsNothingForBadSteps) {
   EXPECT_EQ(result.steps[0].exitCode, 0);
   EXPECT_EQ(test::RecordedCall(ok)["argv"][1], "/in:my build input.txt");
   const std::vector<std::pair<TWrenLogStream, std::string>> lines = {
-      {TWrenLogStream::StdOut, "first line"}, {TWrenLogStream::StdOut, "second line"}};
+      {TWrenLogStream::Command, "starting " + ok + " /in:\"my build input.txt\"  (in .)"},
+      {TWrenLogStream::StdOut, "first line"},
+      {TWrenLogStream::StdOut, "second line"}};
   EXPECT_EQ(result.steps[0].log, lines);
 
-  // Step 2 is disabled; step 3's exit code reaches InterpretResult and fails the build.
+  // Step 2 is disabled; step 3's exit code reaches InterpretResult and fails the build; step 4
+  // is listed as never run.
   EXPECT_FALSE(result.steps[1].enabled);
+  EXPECT_EQ(result.steps[1].skipped, "disabled");
+  EXPECT_EQ(result.steps[3].skipped, "not run: an earlier step failed");
   EXPECT_FALSE(result.steps[2].success);
   EXPECT_EQ(result.steps[2].exitCode, 3);
   EXPECT_EQ(result.steps[2].failureReason, "the program exited with code 3");
@@ -121,10 +126,16 @@ TEST(BuildEngine, RunsStepsInOrderStopsAtAFailureAndStartsNothingForBadSteps) {
   EXPECT_FALSE(missing.result.steps.at(0).exitCode.has_value());
 
   TBuild expansion;  // a failed expansion ends the step before the process, giving the reason
-  expansion.Run(Step(tool, "%NOT_DEFINED_ANYWHERE%"), dir / "p.mbproj");
+  expansion.Run(Step(tool, ""), dir / "p.mbproj");
   EXPECT_FALSE(expansion.result.success);
   const std::string reason = expansion.result.steps.at(0).failureReason;
   EXPECT_NE(reason.find("\"Argument\""), std::string::npos) << reason;
+
+  TBuild undefined;  // an undefined variable is found before anything runs
+  undefined.Run(Step(tool, "a") + Step(tool, "%NOT_DEFINED_ANYWHERE%"), dir / "p.mbproj");
+  EXPECT_TRUE(undefined.result.invalid);
+  ASSERT_EQ(undefined.invalid.size(), 1u);
+  EXPECT_EQ(undefined.invalid[0].rfind("%NOT_DEFINED_ANYWHERE% is not defined", 0), 0u);
 
   TBuild invalid;  // validation problems: nothing runs at all
   invalid.Run(Step(tool, "a") + Step("", "b"), dir / "p.mbproj");

@@ -103,6 +103,10 @@ TWrenProcessResult TWrenStepHost::RunProcess(TWrenExecuteAbstractAction& action,
     return lastResult_;
   }
 
+  if (sink_)
+    sink_(TWrenLogStream::Command,
+          "starting " + request.executable + " " + request.commandLine + "  (in " +
+              (request.workingDir.empty() ? std::string(".") : request.workingDir) + ")");
   std::shared_ptr<IWrenProcess> process = CreateWrenProcess();
   process->SetExecutable(request.executable);
   process->SetCommandLine(request.commandLine);

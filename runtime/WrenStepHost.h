@@ -11,8 +11,16 @@
 
 namespace wren {
 
-/// What a dry run records instead of starting a program.
+/// A change a dry run found an in-process step would make to one file.
+struct TWrenFileDiff {
+  std::string file;  // the real file's path
+  std::string diff;  // unified diff
+};
+
+/// What a dry run records instead of starting a program (or, for an in-process step, the diffs
+/// of the files it would change, with executable empty).
 struct TWrenDryRunRecord {
+  std::vector<TWrenFileDiff> diffs;
   std::string executable;
   std::string commandLine;
   std::vector<std::string> argv;  // argv[1..] as the program would receive them
@@ -21,8 +29,8 @@ struct TWrenDryRunRecord {
   std::string responseFileText;
 };
 
-/// Log streams of a step.
-enum class TWrenLogStream { Message, StdOut, StdErr };
+/// Log streams of a step. Command: the host's own line naming the program it starts.
+enum class TWrenLogStream { Message, StdOut, StdErr, Command };
 
 /// Serves one action while it runs: logs through a sink, expands %NAME% from the project's
 /// variables then the environment, runs scripts, and starts programs with the real process runner
@@ -40,6 +48,9 @@ class TWrenStepHost : public IWrenActionHost {
   /// A flag that stops the build when set (Ctrl-C); defaults to the process-wide stop flag.
   void SetStopFlag(const std::atomic<bool>* flag) { stop_ = flag; }
   void SetDryRun(bool dryRun) { dryRun_ = dryRun; }
+  /// The build project's file: execute actions start in its folder unless they name another.
+  void SetProjectFileName(const std::string& fileName) { projectFile_ = fileName; }
+  std::string StartingFileName() override { return projectFile_; }
   bool DryRun() const { return dryRun_; }
   const std::vector<TWrenDryRunRecord>& DryRunRecords() const { return dryRuns_; }
   /// The result of the last RunProcess (for the build report).
@@ -61,6 +72,7 @@ class TWrenStepHost : public IWrenActionHost {
   TLogSink sink_;
   const std::atomic<bool>* stop_;
   bool dryRun_ = false;
+  std::string projectFile_;
   std::vector<TWrenDryRunRecord> dryRuns_;
   TWrenProcessResult lastResult_;
   bool processStarted_ = false;

@@ -9,6 +9,7 @@ packages=(
   libpugixml-dev liblua5.4-dev libcli11-dev nlohmann-json3-dev
   mono-devel mono-xbuild nunit-console
   clang libclang-rt-14-dev
+  libxml2-utils
 )
 missing=()
 for p in "${packages[@]}"; do

@@ -28,13 +28,13 @@ TEST(FrameworksE2E, SetupMonoThenListTheFrameworkItMade) {
   ASSERT_FALSE(listing.is_discarded()) << output;
   ASSERT_EQ(listing["frameworks"].size(), 1u) << output;
   const nlohmann::json& framework = listing["frameworks"][0];
-  EXPECT_EQ(framework["FrameWorkVersion"], "v4.0.30319");
-  EXPECT_EQ(framework["SDKVersion"], "v4.0");
-  EXPECT_EQ(framework["FrameWorkLocation"], dir + "/framework/v4.0.30319");
-  const std::string sdk = framework["SDKLocation"];
+  EXPECT_EQ(framework["frameworkVersion"], "v4.0.30319");
+  EXPECT_EQ(framework["sdkVersion"], "v4.0");
+  EXPECT_EQ(framework["frameworkLocation"], dir + "/framework/v4.0.30319");
+  const std::string sdk = framework["sdkLocation"];
   EXPECT_EQ(sdk, dir + "/sdk/v4.0/Bin/");
   EXPECT_TRUE(test::Exists(sdk + "sn.exe"));
-  EXPECT_TRUE(listing.contains("DefaultSDKVersion")) << output;
+  EXPECT_TRUE(listing.contains("defaultSdkVersion")) << output;
 
   // The human-readable form names the same framework.
   ASSERT_EQ(test::RunProgram({MARROWBY_EXE, "frameworks", "--registry", dir + "/registry.reg",
