@@ -19,12 +19,18 @@
 #include "runtime/WrenOptionsStore.h"
 #include "runtime/WrenProject.h"
 #include "runtime/WrenRegistryHive.h"
+#include "runtime/WrenSuggest.h"
 
 using namespace wren;
 
 namespace {
 
-void OnStopSignal(int) { WrenStopFlag().store(true); }
+volatile std::sig_atomic_t g_stopSignal = 0;
+
+void OnStopSignal(int sig) {
+  g_stopSignal = sig;
+  WrenStopFlag().store(true);
+}
 
 std::string ExecutableDir() {
   char buf[4096];
@@ -68,9 +74,10 @@ bool ConfigureRegistry(TCliContext& ctx, std::string& error) {
         WrenOptionsStore().Set("NUnit", "NUnitLocation", setup.nunitConsole);
         if (!WrenOptionsStore().Save(why)) *ctx.err << "marrowby: " << why << "\n";
       }
+      // Said once, when the hive is made; later runs use it quietly.
+      *ctx.err << "marrowby: no registry configured; using Mono's tools from " << dir
+               << " (marrowby setup-mono)\n";
     }
-    *ctx.err << "marrowby: no registry configured; using Mono's tools from " << dir
-             << " (marrowby setup-mono)\n";
     file = hive;
   }
   std::shared_ptr<IWrenRegistry> registry = LoadRegistryHive({file}, error);
@@ -164,6 +171,8 @@ int CmdRun(TCliContext& ctx, const std::string& projectPath, const std::vector<s
   }
   std::string error;
   if (!SaveModifiedOptions(error)) *ctx.err << "marrowby: " << error << "\n";
+  // A build stopped by a signal exits as shells expect: 130 for SIGINT, 143 for SIGTERM.
+  if (g_stopSignal != 0) return 128 + g_stopSignal;
   if (result.invalid) return kExitUsage;
   return result.success ? kExitOk : kExitFailed;
 }
@@ -180,7 +189,7 @@ int CmdValidate(TCliContext& ctx, const std::string& projectPath) {
     *ctx.out << projectPath << ": " << project.steps.size() << " step(s), "
              << (problems.empty() ? "valid" : std::to_string(problems.size()) + " problem(s)")
              << "\n";
-  return problems.empty() ? kExitOk : kExitFailed;
+  return problems.empty() ? kExitOk : kExitUsage;
 }
 
 int CmdActions(TCliContext& ctx) {
@@ -222,8 +231,7 @@ const char* KindName(TPropertyKind kind) {
 int CmdDescribe(TCliContext& ctx, const std::string& className) {
   const TWrenRegisteredAction* registered = FindRegisteredAction(className);
   if (!registered) {
-    *ctx.err << "marrowby: no action class named '" << className
-             << "' is registered (see marrowby actions)\n";
+    *ctx.err << "marrowby: " << UnknownClassMessage(className) << "\n";
     return kExitUsage;
   }
   std::unique_ptr<TCustomWrenAction> action = registered->actionClass.create();
@@ -295,26 +303,55 @@ class TCollectingWriter : public IWrenOptionsWriter {
   std::vector<std::pair<std::string, std::string>> values;
 };
 
+/// The names an options object stores, in the order it saves them.
+std::vector<std::string> OptionNames(TWrenOptionsObject& options) {
+  TCollectingWriter writer;
+  options.SaveOptions(writer);
+  std::vector<std::string> names;
+  for (const auto& [name, value] : writer.values) names.push_back(name);
+  return names;
+}
+
+/// `options set KEY NAME VALUE`: only keys and names the registered options objects know, so that
+/// a typo is refused instead of stored where nothing reads it.
+int SetOption(TCliContext& ctx, const std::string& key, const std::string& name,
+              const std::string& value) {
+  std::vector<std::string> keys;
+  for (TWrenRegisteredOptions& o : RegisteredOptions()) {
+    keys.push_back(o.instance->GetOptionKey());
+    if (!SameText(o.instance->GetOptionKey(), key)) continue;
+    const std::vector<std::string> names = OptionNames(*o.instance);
+    const auto known = std::find_if(names.begin(), names.end(),
+                                    [&](const std::string& n) { return SameText(n, name); });
+    if (known == names.end()) {
+      *ctx.err << "marrowby: options '" << o.instance->GetOptionKey() << "' have no option '"
+               << name << "'" << WithSuggestion(DidYouMean(name, names)) << "\n"
+               << "  options of " << o.instance->GetOptionKey() << ": " << JoinNames(names) << "\n";
+      return kExitUsage;
+    }
+    WrenOptionsStore().Set(o.instance->GetOptionKey(), *known, value);
+    o.instance->LoadOptions(*WrenOptionsStore().Reader(o.instance->GetOptionKey()));
+    std::string error;
+    if (!WrenOptionsStore().Save(error)) {
+      *ctx.err << "marrowby: " << error << "\n";
+      return kExitFailed;
+    }
+    *ctx.out << o.instance->GetOptionKey() << "." << *known << " = " << value << "\n";
+    return kExitOk;
+  }
+  *ctx.err << "marrowby: no options object with key '" << key << "'"
+           << WithSuggestion(DidYouMean(key, keys)) << "\n"
+           << "  keys: " << JoinNames(keys) << "\n";
+  return kExitUsage;
+}
+
 int CmdOptions(TCliContext& ctx, const std::vector<std::string>& setArgs) {
   if (!setArgs.empty()) {
     if (setArgs.size() != 3) {
       *ctx.err << "marrowby: options set wants KEY NAME VALUE\n";
       return kExitUsage;
     }
-    for (TWrenRegisteredOptions& o : RegisteredOptions()) {
-      if (!SameText(o.instance->GetOptionKey(), setArgs[0])) continue;
-      WrenOptionsStore().Set(o.instance->GetOptionKey(), setArgs[1], setArgs[2]);
-      o.instance->LoadOptions(*WrenOptionsStore().Reader(o.instance->GetOptionKey()));
-      std::string error;
-      if (!WrenOptionsStore().Save(error)) {
-        *ctx.err << "marrowby: " << error << "\n";
-        return kExitFailed;
-      }
-      *ctx.out << o.instance->GetOptionKey() << "." << setArgs[1] << " = " << setArgs[2] << "\n";
-      return kExitOk;
-    }
-    *ctx.err << "marrowby: no options object with key '" << setArgs[0] << "'\n";
-    return kExitUsage;
+    return SetOption(ctx, setArgs[0], setArgs[1], setArgs[2]);
   }
   nlohmann::json list = nlohmann::json::array();
   for (TWrenRegisteredOptions& o : RegisteredOptions()) {
@@ -339,11 +376,100 @@ int CmdOptions(TCliContext& ctx, const std::vector<std::string>& setArgs) {
   return kExitOk;
 }
 
+constexpr const char* kHelpFooter = R"(Exit codes:
+  0    success: every step ran and succeeded (or nothing was wrong)
+  1    a step failed
+  2    bad input or usage: an unreadable or invalid project, unknown names or options
+  130  the build was interrupted (SIGINT, Ctrl-C)
+  143  the build was terminated (SIGTERM)
+
+Environment:
+  MARROWBY_REGISTRY  registry hive (.reg) when --registry is not given
+  MARROWBY_PACKAGE   package module to load when --module is not given
+  MARROWBY_MONO      the mono used to start .NET programs on POSIX
+  XDG_CONFIG_HOME    where marrowby/options.xml and marrowby/registry.reg are looked for
+  HOME               the same under ~/.config when XDG_CONFIG_HOME is unset
+  NO_COLOR           no colour in the output
+
+Run 'marrowby help COMMAND' for a command's options.)";
+
+/// Global options that take a value; the command-line pre-scan skips their values.
+bool IsGlobalOptionWithValue(const std::string& arg) {
+  return arg == "--registry" || arg == "--options" || arg == "--module";
+}
+
+/// The first word that is not an option or an option's value: the subcommand the user meant.
+std::string FirstCommandWord(int argc, char** argv) {
+  for (int i = 1; i < argc; ++i) {
+    const std::string arg = argv[i];
+    if (IsGlobalOptionWithValue(arg)) {
+      ++i;
+      continue;
+    }
+    if (!arg.empty() && arg[0] == '-') continue;
+    return arg;
+  }
+  return "";
+}
+
+std::vector<std::string> SubcommandNames(CLI::App& app) {
+  std::vector<std::string> names;
+  for (const CLI::App* sub : app.get_subcommands({})) names.push_back(sub->get_name());
+  return names;
+}
+
+/// The long options a subcommand (and the app) accepts, as typed: "--json".
+std::vector<std::string> LongOptionNames(const CLI::App& app, const CLI::App* sub) {
+  std::vector<std::string> names;
+  for (const CLI::App* a : {&app, sub}) {
+    if (!a) continue;
+    for (const CLI::Option* opt : a->get_options())
+      for (const std::string& n : opt->get_lnames()) names.push_back("--" + n);
+  }
+  return names;
+}
+
+/// Words CLI11 did not expect: for an unknown option, the nearest ones the command has.
+void ReportUnexpected(const CLI::App& app, const std::vector<std::string>& extras) {
+  const CLI::App* sub = nullptr;
+  for (const CLI::App* s : app.get_subcommands()) sub = s;
+  const std::vector<std::string> known = LongOptionNames(app, sub);
+  for (const std::string& word : extras) {
+    if (word.size() > 1 && word[0] == '-') {
+      const std::string name = word.substr(0, word.find('='));
+      std::cerr << "marrowby: unknown option '" << name << "'"
+                << WithSuggestion(DidYouMean(name, known)) << "\n";
+    } else {
+      std::cerr << "marrowby: unexpected argument '" << word << "'\n";
+    }
+  }
+  std::cerr << "Run 'marrowby help" << (sub ? " " + sub->get_name() : std::string())
+            << "' for the options.\n";
+}
+
+/// `marrowby help [COMMAND]`.
+int CmdHelp(CLI::App& app, const std::string& command) {
+  if (command.empty()) {
+    std::cout << app.help();
+    return kExitOk;
+  }
+  for (CLI::App* sub : app.get_subcommands({}))
+    if (sub->get_name() == command) {
+      std::cout << sub->help("marrowby");
+      return kExitOk;
+    }
+  std::cerr << "marrowby: unknown command '" << command << "'"
+            << WithSuggestion(DidYouMean(command, SubcommandNames(app))) << "\n";
+  return kExitUsage;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   CLI::App app{"marrowby: runs build projects of .NET tool steps"};
   app.require_subcommand(1);
+  app.set_version_flag("--version", std::string("marrowby ") + kMarrowbyVersion);
+  app.footer(kHelpFooter);
   TCliContext ctx;
   ctx.out = &std::cout;
   ctx.err = &std::cerr;
@@ -385,16 +511,75 @@ int main(int argc, char** argv) {
   auto* setupMono = app.add_subcommand("setup-mono", "build a registry hive from the local Mono");
   setupMono->add_option("--dir", setupDir, "where to build it");
 
+  // Editing a project without an editor.
+  std::string editFile, stepRef, propName, propValue, position, description;
+  std::vector<std::string> assignments;
+  auto* newCmd = app.add_subcommand("new", "write an empty build project");
+  newCmd->add_option("file", editFile, "the .mbproj file to create")->required();
+  auto* add = app.add_subcommand("add", "append a step: add FILE CLASS [PROP=VALUE ...]");
+  add->add_option("file", editFile, "the .mbproj file")->required();
+  add->add_option("class", className, "the action's class name")->required();
+  add->add_option("assignments", assignments, "PROP=VALUE, one per property");
+  auto* addDescription = add->add_option("--description", description, "the step's description");
+  auto* set = app.add_subcommand("set", "set a step's property: set FILE STEP PROP VALUE");
+  set->add_option("file", editFile, "the .mbproj file")->required();
+  set->add_option("step", stepRef, "step number (from 1) or description")->required();
+  set->add_option("property", propName, "property name, or description / enabled")->required();
+  set->add_option("value", propValue, "the new value")->required();
+  auto* remove = app.add_subcommand("remove", "remove a step: remove FILE STEP");
+  remove->add_option("file", editFile, "the .mbproj file")->required();
+  remove->add_option("step", stepRef, "step number (from 1) or description")->required();
+  auto* move = app.add_subcommand("move", "move a step: move FILE STEP POSITION");
+  move->add_option("file", editFile, "the .mbproj file")->required();
+  move->add_option("step", stepRef, "step number (from 1) or description")->required();
+  move->add_option("position", position, "its new number (from 1)")->required();
+
+  std::string shell, helpTopic;
+  auto* completion = app.add_subcommand("completion", "print the bash or zsh completion script");
+  completion->add_option("shell", shell, "bash or zsh")->required();
+  auto* help = app.add_subcommand("help", "show the help of marrowby or of a command");
+  help->add_option("command", helpTopic, "the command");
+
   for (CLI::App* sub : app.get_subcommands({})) sub->fallthrough();
+
+  const std::string command = FirstCommandWord(argc, argv);
+  const std::vector<std::string> commands = SubcommandNames(app);
+  if (!command.empty() &&
+      std::find(commands.begin(), commands.end(), command) == commands.end()) {
+    std::cerr << "marrowby: unknown command '" << command << "'"
+              << WithSuggestion(DidYouMean(command, commands)) << "\n"
+              << "Run 'marrowby help' for the commands.\n";
+    return kExitUsage;
+  }
+
+  if (command.empty()) {
+    bool asksForItself = false;
+    for (int i = 1; i < argc; ++i)
+      for (const char* flag : {"-h", "--help", "--version"})
+        if (std::string(argv[i]) == flag) asksForItself = true;
+    if (!asksForItself) {
+      std::cerr << "marrowby: a command is required\n" << app.help();
+      return kExitUsage;
+    }
+  }
 
   try {
     app.parse(argc, argv);
+  } catch (const CLI::ExtrasError&) {
+    std::vector<std::string> extras = app.remaining();
+    for (const CLI::App* sub : app.get_subcommands())
+      for (const std::string& word : sub->remaining()) extras.push_back(word);
+    ReportUnexpected(app, extras);
+    return kExitUsage;
   } catch (const CLI::ParseError& e) {
     const int code = app.exit(e);
     return code == 0 ? kExitOk : kExitUsage;
   }
 
+  if (help->parsed()) return CmdHelp(app, helpTopic);
+  if (completion->parsed()) return CmdCompletion(ctx, shell);
   if (setupMono->parsed()) return CmdSetupMono(ctx, setupDir);
+  if (newCmd->parsed()) return CmdNew(ctx, editFile);
 
   if (options->parsed() && !optionArgs.empty() && optionArgs[0] != "set") {
     std::cerr << "marrowby: options takes no arguments, or: set KEY NAME VALUE\n";
@@ -413,5 +598,11 @@ int main(int argc, char** argv) {
     code = CmdOptions(ctx, optionArgs.empty()
                                ? std::vector<std::string>{}
                                : std::vector<std::string>(optionArgs.begin() + 1, optionArgs.end()));
+  if (add->parsed())
+    code = CmdAdd(ctx, editFile, className, addDescription->count() ? &description : nullptr,
+                  assignments);
+  if (set->parsed()) code = CmdSet(ctx, editFile, stepRef, propName, propValue);
+  if (remove->parsed()) code = CmdRemove(ctx, editFile, stepRef);
+  if (move->parsed()) code = CmdMove(ctx, editFile, stepRef, position);
   return code;
 }
