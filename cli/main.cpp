@@ -9,6 +9,7 @@
 
 #include "Commands.h"
 #include "WrenBuildReporters.h"
+#include "WrenFixHints.h"
 #include "WrenFiles.h"
 #include "WrenRegistry.h"
 #include "WrenUtils.h"
@@ -144,6 +145,8 @@ int CmdRun(TCliContext& ctx, const std::string& projectPath, const std::vector<s
   TJsonReporter json(*ctx.out);
   TLogFileWriter log;
   listeners.Add(ctx.json ? static_cast<IWrenBuildListener*>(&json) : &terminal);
+  TFixHintReporter hints(*ctx.out);
+  if (!ctx.json) listeners.Add(&hints);
   if (!logFile.empty()) {
     std::string error;
     if (!log.Open(logFile, error)) {
@@ -183,8 +186,15 @@ int CmdValidate(TCliContext& ctx, const std::string& projectPath) {
   const std::vector<TWrenValidationProblem> problems = ValidateProject(project);
   TTerminalReporter terminal(*ctx.out);
   TJsonReporter json(*ctx.out);
-  for (const TWrenValidationProblem& p : problems)
-    ctx.json ? json.OnInvalid(p) : terminal.OnInvalid(p);
+  TFixHintReporter hints(*ctx.out);
+  for (const TWrenValidationProblem& p : problems) {
+    if (ctx.json) {
+      json.OnInvalid(p);
+      continue;
+    }
+    terminal.OnInvalid(p);
+    hints.OnInvalid(p);
+  }
   if (!ctx.json)
     *ctx.out << projectPath << ": " << project.steps.size() << " step(s), "
              << (problems.empty() ? "valid" : std::to_string(problems.size()) + " problem(s)")
