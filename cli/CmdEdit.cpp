@@ -2,6 +2,8 @@
 // through the project model, so the rest of the file keeps its bytes.
 #include <algorithm>
 #include <charconv>
+#include <filesystem>
+#include <system_error>
 
 #include "Commands.h"
 #include "WrenFiles.h"
@@ -163,6 +165,10 @@ int CmdNew(TCliContext& ctx, const std::string& file) {
     *ctx.err << "marrowby: " << file << " already exists\n";
     return kExitUsage;
   }
+  // Like `dotnet new -o`, the project's folder is made when it is not there yet.
+  const std::filesystem::path parent = std::filesystem::path(file).parent_path();
+  std::error_code ec;
+  if (!parent.empty()) std::filesystem::create_directories(parent, ec);
   TWrenProject project;
   if (!SaveEdited(ctx, file, project)) return kExitFailed;
   *ctx.out << "created " << file << "\n";

@@ -457,10 +457,33 @@ void ReportUnexpected(const CLI::App& app, const std::vector<std::string>& extra
             << "' for the options.\n";
 }
 
+/// `set FILE STEP PROP VALUE` takes its value as written, also when it starts with '-' as tool
+/// switches do: a "--" goes in front of it so that it is not read as an option.
+std::vector<std::string> ArgumentsOf(int argc, char** argv, const std::string& command) {
+  std::vector<std::string> args(argv, argv + argc);
+  if (command != "set" || std::find(args.begin(), args.end(), "--") != args.end()) return args;
+  size_t i = 1;
+  while (i < args.size() && args[i] != command) i += IsGlobalOptionWithValue(args[i]) ? 2 : 1;
+  int positionals = 0;
+  for (++i; i < args.size(); ++i) {
+    if (IsGlobalOptionWithValue(args[i])) {
+      ++i;
+      continue;
+    }
+    if (!args[i].empty() && args[i][0] == '-') continue;
+    if (++positionals == 3) {
+      if (i + 1 < args.size() && !args[i + 1].empty() && args[i + 1][0] == '-')
+        args.insert(args.begin() + static_cast<std::ptrdiff_t>(i) + 1, "--");
+      break;
+    }
+  }
+  return args;
+}
+
 /// `marrowby help [COMMAND]`.
 int CmdHelp(CLI::App& app, const std::string& command) {
   if (command.empty()) {
-    std::cout << app.help();
+    std::cout << app.get_formatter()->make_help(&app, "marrowby", CLI::AppFormatMode::Normal);
     return kExitOk;
   }
   for (CLI::App* sub : app.get_subcommands({}))
@@ -476,7 +499,7 @@ int CmdHelp(CLI::App& app, const std::string& command) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  CLI::App app{"marrowby: runs build projects of .NET tool steps"};
+  CLI::App app{"marrowby: runs build projects of .NET tool steps", "marrowby"};
   app.require_subcommand(1);
   app.set_version_flag("--version", std::string("marrowby ") + kMarrowbyVersion);
   app.footer(kHelpFooter);
@@ -568,13 +591,17 @@ int main(int argc, char** argv) {
       for (const char* flag : {"-h", "--help", "--version"})
         if (std::string(argv[i]) == flag) asksForItself = true;
     if (!asksForItself) {
-      std::cerr << "marrowby: a command is required\n" << app.help();
+      std::cerr << "marrowby: a command is required\n"
+                << app.get_formatter()->make_help(&app, "marrowby", CLI::AppFormatMode::Normal);
       return kExitUsage;
     }
   }
 
   try {
-    app.parse(argc, argv);
+    std::vector<std::string> args = ArgumentsOf(argc, argv, command);
+    std::reverse(args.begin(), args.end());
+    args.pop_back();  // the program name; CLI11 wants the rest in reverse
+    app.parse(args);
   } catch (const CLI::ExtrasError&) {
     std::vector<std::string> extras = app.remaining();
     for (const CLI::App* sub : app.get_subcommands())
