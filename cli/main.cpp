@@ -202,6 +202,12 @@ int CmdValidate(TCliContext& ctx, const std::string& projectPath) {
   return problems.empty() ? kExitOk : kExitUsage;
 }
 
+/// The name a run's step header gives an action of this class, so that the list and the build
+/// log can be matched up.
+std::string StepName(const TWrenRegisteredAction& registered) {
+  return registered.actionClass.create()->DisplayName();
+}
+
 int CmdActions(TCliContext& ctx) {
   const auto& actions = WrenRegistrations().actions;
   std::vector<std::string> categories;
@@ -212,7 +218,8 @@ int CmdActions(TCliContext& ctx) {
     nlohmann::json list = nlohmann::json::array();
     for (const TWrenRegisteredAction& a : actions)
       list.push_back({{"displayName", a.displayName}, {"category", a.category},
-                      {"class", a.actionClass.name}, {"icon", a.iconResourceName}});
+                      {"class", a.actionClass.name}, {"icon", a.iconResourceName},
+                      {"stepName", StepName(a)}});
     *ctx.out << list.dump(2) << "\n";
     return kExitOk;
   }
@@ -221,7 +228,9 @@ int CmdActions(TCliContext& ctx) {
     for (const TWrenRegisteredAction& a : actions)
       if (a.category == category)
         *ctx.out << "  " << a.displayName << "  (" << a.actionClass.name << ", icon "
-                 << a.iconResourceName << ")\n";
+                 << a.iconResourceName << ")"
+                 << (StepName(a) != a.displayName ? "  steps: " + StepName(a) : std::string())
+                 << "\n";
   }
   if (actions.empty()) *ctx.out << "no actions are registered\n";
   return kExitOk;

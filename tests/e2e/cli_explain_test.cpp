@@ -2,6 +2,8 @@
 // name the command which fixes a problem, completion scripts.
 #include <gtest/gtest.h>
 
+#include <map>
+
 #include "CliMachine.h"
 #include "TestSupport.h"
 
@@ -83,6 +85,31 @@ TEST(CliExplains, OptionsDialogMessagesNameTheCommandThatFixesThem) {
       << err;
   EXPECT_EQ(m.Run({"validate", m.dir / "nant.mbproj"}, &out, &err), 0) << out << err;
   EXPECT_FALSE(Contains(out, "fix:")) << out;
+}
+
+TEST(CliExplains, ActionsNameStepsAsTheBuildLogDoes) {
+  CliMachine m;
+  m.WriteProject("p.mbproj",
+                 SnStep("-q") + "    <Action class=\"TSNVerifyAssembly\">\n"
+                                "      <Property name=\"Assembly\">a.dll</Property>\n"
+                                "    </Action>\n");
+  std::string out, err;
+  ASSERT_EQ(m.Run({"actions", "--json"}, &out, &err), 0) << err;
+  std::map<std::string, std::string> stepNames;
+  for (const nlohmann::json& a : nlohmann::json::parse(out))
+    stepNames[a["class"].get<std::string>()] = a["stepName"].get<std::string>();
+  ASSERT_EQ(m.Run({"run", m.dir / "p.mbproj", "--dry-run", "--json"}, &out, &err), 0) << err;
+  int steps = 0;
+  for (const nlohmann::json& e : JsonLines(out))
+    if (e["event"] == "step") {
+      ++steps;
+      EXPECT_EQ(e["name"], stepNames[e["class"].get<std::string>()]) << e.dump();
+    }
+  EXPECT_EQ(steps, 2);
+  ASSERT_EQ(m.Run({"actions"}, &out, &err), 0) << err;
+  EXPECT_TRUE(Contains(out, "Verify Strong Name [SN]  (TSNVerifyAssembly, icon VERIFYSN)  steps: "
+                            "Verify Assembly Strong Name\n"))
+      << out;
 }
 
 TEST(CliExplains, MonoHiveNoteOnlyWhenTheHiveIsMade) {
