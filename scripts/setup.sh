@@ -7,6 +7,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   libpugixml-dev liblua5.4-dev libcli11-dev nlohmann-json3-dev
   mono-devel mono-xbuild nunit-console
+  zsh
 )
 missing=()
 for p in "${packages[@]}"; do

@@ -171,6 +171,10 @@ TEST(CliExplains, BashCompletionOffersCommandsOptionsAndClasses) {
     EXPECT_TRUE(Contains(zsh, "'" + name + ":")) << name;
   }
   EXPECT_GT(commands, 10);
+  // zsh parses its script (the real zsh: scripts/setup.sh installs it).
+  test::WriteFile(m.dir / "_marrowby", zsh);
+  std::string zshOut;
+  EXPECT_EQ(test::RunProgram({"zsh", "-n", m.dir / "_marrowby"}, &zshOut), 0) << zshOut;
 }
 
 }  // namespace
