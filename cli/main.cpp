@@ -282,6 +282,7 @@ int CmdDescribe(TCliContext& ctx, const std::string& className) {
   if (ctx.json) {
     *ctx.out << nlohmann::json{{"class", registered->actionClass.name},
                                {"displayName", registered->displayName},
+                               {"stepName", action->DisplayName()},
                                {"category", registered->category},
                                {"icon", registered->iconResourceName},
                                {"description", action->GetDescription()},
@@ -295,6 +296,8 @@ int CmdDescribe(TCliContext& ctx, const std::string& className) {
   }
   *ctx.out << registered->actionClass.name << ": " << registered->displayName << " ("
            << registered->category << ")\n";
+  if (action->DisplayName() != registered->displayName)
+    *ctx.out << "  steps show: " << action->DisplayName() << "\n";
   if (!action->GetDescription().empty())
     *ctx.out << "  description: " << action->GetDescription() << "\n";
   *ctx.out << "  properties (value at creation):\n";
@@ -307,6 +310,7 @@ int CmdDescribe(TCliContext& ctx, const std::string& className) {
     }
     *ctx.out << " = " << (p["value"].is_string() ? p["value"].get<std::string>() : p["value"].dump());
     if (p["hidden"].get<bool>()) *ctx.out << "  [hidden]";
+    if (p["kind"] == "string list") *ctx.out << "  (one line per item; add: repeat PROP=VALUE)";
     *ctx.out << "\n";
   }
   for (const auto& s : scripts) *ctx.out << "  script: " << s["name"].get<std::string>() << "\n";

@@ -106,6 +106,8 @@ TEST(CliExplains, ActionsNameStepsAsTheBuildLogDoes) {
       EXPECT_EQ(e["name"], stepNames[e["class"].get<std::string>()]) << e.dump();
     }
   EXPECT_EQ(steps, 2);
+  ASSERT_EQ(m.Run({"describe", "TSNVerifyAssembly", "--json"}, &out, &err), 0) << err;
+  EXPECT_EQ(nlohmann::json::parse(out)["stepName"], stepNames["TSNVerifyAssembly"]);
   ASSERT_EQ(m.Run({"actions"}, &out, &err), 0) << err;
   EXPECT_TRUE(Contains(out, "Verify Strong Name [SN]  (TSNVerifyAssembly, icon VERIFYSN)  steps: "
                             "Verify Assembly Strong Name\n"))
