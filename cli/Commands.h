@@ -7,6 +7,8 @@
 
 namespace wren {
 
+constexpr const char* kMarrowbyVersion = "1.0.0";
+
 /// What every subcommand gets: the global options and where to print.
 struct TCliContext {
   std::string registryFile;  // --registry, or "" for the default
@@ -16,7 +18,7 @@ struct TCliContext {
   std::ostream* err = nullptr;
 };
 
-/// Exit codes of the host.
+/// Exit codes of the host. A build stopped by a signal exits 128 + the signal (130, 143).
 enum TExitCode { kExitOk = 0, kExitFailed = 1, kExitUsage = 2 };
 
 /// `marrowby frameworks [--json]`: the detected frameworks and the effective default SDK version.
@@ -25,5 +27,31 @@ int CmdFrameworks(TCliContext& ctx);
 
 /// `marrowby setup-mono [--dir DIR]`: builds the registry hive and folders from the local Mono.
 int CmdSetupMono(TCliContext& ctx, const std::string& dir);
+
+/// `marrowby new FILE`: an empty build project; refuses to overwrite.
+int CmdNew(TCliContext& ctx, const std::string& file);
+/// `marrowby add FILE CLASS [--description TEXT] [PROP=VALUE ...]`: appends a step.
+int CmdAdd(TCliContext& ctx, const std::string& file, const std::string& className,
+           const std::string* description, const std::vector<std::string>& assignments);
+/// `marrowby set FILE STEP PROP VALUE`: changes one property (or `description`, `enabled`).
+int CmdSet(TCliContext& ctx, const std::string& file, const std::string& step,
+           const std::string& property, const std::string& value);
+/// `marrowby remove FILE STEP`.
+int CmdRemove(TCliContext& ctx, const std::string& file, const std::string& step);
+/// `marrowby move FILE STEP POSITION`: the step ends up at 1-based POSITION.
+int CmdMove(TCliContext& ctx, const std::string& file, const std::string& step,
+            const std::string& position);
+
+/// `marrowby completion bash|zsh`: prints the shell's completion script.
+int CmdCompletion(TCliContext& ctx, const std::string& shell);
+
+// Texts shared by the subcommands.
+
+/// "a, b, c".
+std::string JoinNames(const std::vector<std::string>& names);
+/// "; did you mean X?" for a non-empty suggestion, else "".
+std::string WithSuggestion(const std::string& didYouMean);
+/// "no action class named 'X' is registered; did you mean ...? (see marrowby actions)".
+std::string UnknownClassMessage(const std::string& className);
 
 }  // namespace wren

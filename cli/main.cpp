@@ -9,6 +9,7 @@
 
 #include "Commands.h"
 #include "WrenBuildReporters.h"
+#include "WrenFixHints.h"
 #include "WrenFiles.h"
 #include "WrenRegistry.h"
 #include "WrenUtils.h"
@@ -19,12 +20,18 @@
 #include "runtime/WrenOptionsStore.h"
 #include "runtime/WrenProject.h"
 #include "runtime/WrenRegistryHive.h"
+#include "runtime/WrenSuggest.h"
 
 using namespace wren;
 
 namespace {
 
-void OnStopSignal(int) { WrenStopFlag().store(true); }
+volatile std::sig_atomic_t g_stopSignal = 0;
+
+void OnStopSignal(int sig) {
+  g_stopSignal = sig;
+  WrenStopFlag().store(true);
+}
 
 std::string ExecutableDir() {
   char buf[4096];
@@ -68,9 +75,10 @@ bool ConfigureRegistry(TCliContext& ctx, std::string& error) {
         WrenOptionsStore().Set("NUnit", "NUnitLocation", setup.nunitConsole);
         if (!WrenOptionsStore().Save(why)) *ctx.err << "marrowby: " << why << "\n";
       }
+      // Said once, when the hive is made; later runs use it quietly.
+      *ctx.err << "marrowby: no registry configured; using Mono's tools from " << dir
+               << " (marrowby setup-mono)\n";
     }
-    *ctx.err << "marrowby: no registry configured; using Mono's tools from " << dir
-             << " (marrowby setup-mono)\n";
     file = hive;
   }
   std::shared_ptr<IWrenRegistry> registry = LoadRegistryHive({file}, error);
@@ -154,6 +162,8 @@ int CmdRun(TCliContext& ctx, const std::string& projectPath, const std::vector<s
     listeners.Add(&log);  // first: a line on stdout is already on disk
   }
   listeners.Add(ctx.json ? static_cast<IWrenBuildListener*>(&json) : &terminal);
+  TFixHintReporter hints(*ctx.out);
+  if (!ctx.json) listeners.Add(&hints);
 
   // A closed terminal stops the build like Ctrl-C.
   for (int sig : {SIGINT, SIGTERM, SIGHUP}) std::signal(sig, OnStopSignal);
@@ -172,6 +182,8 @@ int CmdRun(TCliContext& ctx, const std::string& projectPath, const std::vector<s
     reportWritten = false;
   }
   if (!SaveModifiedOptions(error)) *ctx.err << "marrowby: " << error << "\n";
+  // A build stopped by a signal exits as shells expect: 130 for SIGINT, 143 for SIGTERM.
+  if (g_stopSignal != 0) return 128 + g_stopSignal;
   if (result.invalid) return kExitUsage;
   if (!reportWritten) return kExitFailed;
   return result.success ? kExitOk : kExitFailed;
@@ -192,10 +204,16 @@ int CmdValidate(TCliContext& ctx, const std::string& projectPath,
       overrides[var.substr(0, eq)] = var.substr(eq + 1);
   const std::vector<TWrenValidationProblem> problems = ValidateAll(project, overrides);
   TTerminalReporter terminal(*ctx.out);
+  TFixHintReporter hints(*ctx.out);
   int errors = 0;
   for (const TWrenValidationProblem& p : problems) {
-    ctx.json ? json.OnInvalid(p) : terminal.OnInvalid(p);
     if (!p.warning) ++errors;
+    if (ctx.json) {
+      json.OnInvalid(p);
+      continue;
+    }
+    terminal.OnInvalid(p);
+    hints.OnInvalid(p);
   }
   const int warnings = static_cast<int>(problems.size()) - errors;
   if (ctx.json)
@@ -204,7 +222,14 @@ int CmdValidate(TCliContext& ctx, const std::string& projectPath,
     *ctx.out << projectPath << ": " << project.steps.size() << " step(s), "
              << (errors == 0 ? "valid" : std::to_string(errors) + " error(s)")
              << (warnings ? ", " + std::to_string(warnings) + " warning(s)" : "") << "\n";
-  return errors == 0 ? kExitOk : kExitFailed;
+  // Problems are bad input, as for run: nothing would run.
+  return errors == 0 ? kExitOk : kExitUsage;
+}
+
+/// The name a run's step header gives an action of this class, so that the list and the build
+/// log can be matched up.
+std::string StepName(const TWrenRegisteredAction& registered) {
+  return registered.actionClass.create()->DisplayName();
 }
 
 int CmdActions(TCliContext& ctx) {
@@ -217,7 +242,8 @@ int CmdActions(TCliContext& ctx) {
     nlohmann::json list = nlohmann::json::array();
     for (const TWrenRegisteredAction& a : actions)
       list.push_back({{"displayName", a.displayName}, {"category", a.category},
-                      {"class", a.actionClass.name}, {"icon", a.iconResourceName}});
+                      {"class", a.actionClass.name}, {"icon", a.iconResourceName},
+                      {"stepName", StepName(a)}});
     *ctx.out << JsonText(list, 2) << "\n";
     return kExitOk;
   }
@@ -226,7 +252,9 @@ int CmdActions(TCliContext& ctx) {
     for (const TWrenRegisteredAction& a : actions)
       if (a.category == category)
         *ctx.out << "  " << a.displayName << "  (" << a.actionClass.name << ", icon "
-                 << a.iconResourceName << ")\n";
+                 << a.iconResourceName << ")"
+                 << (StepName(a) != a.displayName ? "  steps: " + StepName(a) : std::string())
+                 << "\n";
   }
   if (actions.empty()) *ctx.out << "no actions are registered\n";
   return kExitOk;
@@ -246,8 +274,7 @@ const char* KindName(TPropertyKind kind) {
 int CmdDescribe(TCliContext& ctx, const std::string& className) {
   const TWrenRegisteredAction* registered = FindRegisteredAction(className);
   if (!registered) {
-    *ctx.err << "marrowby: no action class named '" << className
-             << "' is registered (see marrowby actions)\n";
+    *ctx.err << "marrowby: " << UnknownClassMessage(className) << "\n";
     return kExitUsage;
   }
   std::unique_ptr<TCustomWrenAction> action = registered->actionClass.create();
@@ -279,6 +306,7 @@ int CmdDescribe(TCliContext& ctx, const std::string& className) {
   if (ctx.json) {
     *ctx.out << JsonText(nlohmann::json{{"class", registered->actionClass.name},
                                {"displayName", registered->displayName},
+                               {"stepName", action->DisplayName()},
                                {"category", registered->category},
                                {"icon", registered->iconResourceName},
                                {"description", action->GetDescription()},
@@ -292,6 +320,8 @@ int CmdDescribe(TCliContext& ctx, const std::string& className) {
   }
   *ctx.out << registered->actionClass.name << ": " << registered->displayName << " ("
            << registered->category << ")\n";
+  if (action->DisplayName() != registered->displayName)
+    *ctx.out << "  steps show: " << action->DisplayName() << "\n";
   if (!action->GetDescription().empty())
     *ctx.out << "  description: " << action->GetDescription() << "\n";
   *ctx.out << "  properties (value at creation):\n";
@@ -304,6 +334,7 @@ int CmdDescribe(TCliContext& ctx, const std::string& className) {
     }
     *ctx.out << " = " << (p["value"].is_string() ? p["value"].get<std::string>() : JsonText(p["value"]));
     if (p["hidden"].get<bool>()) *ctx.out << "  [hidden]";
+    if (p["kind"] == "string list") *ctx.out << "  (one line per item; add: repeat PROP=VALUE)";
     *ctx.out << "\n";
   }
   for (const auto& s : scripts) *ctx.out << "  script: " << s["name"].get<std::string>() << "\n";
@@ -319,26 +350,55 @@ class TCollectingWriter : public IWrenOptionsWriter {
   std::vector<std::pair<std::string, std::string>> values;
 };
 
+/// The names an options object stores, in the order it saves them.
+std::vector<std::string> OptionNames(TWrenOptionsObject& options) {
+  TCollectingWriter writer;
+  options.SaveOptions(writer);
+  std::vector<std::string> names;
+  for (const auto& [name, value] : writer.values) names.push_back(name);
+  return names;
+}
+
+/// `options set KEY NAME VALUE`: only keys and names the registered options objects know, so that
+/// a typo is refused instead of stored where nothing reads it.
+int SetOption(TCliContext& ctx, const std::string& key, const std::string& name,
+              const std::string& value) {
+  std::vector<std::string> keys;
+  for (TWrenRegisteredOptions& o : RegisteredOptions()) {
+    keys.push_back(o.instance->GetOptionKey());
+    if (!SameText(o.instance->GetOptionKey(), key)) continue;
+    const std::vector<std::string> names = OptionNames(*o.instance);
+    const auto known = std::find_if(names.begin(), names.end(),
+                                    [&](const std::string& n) { return SameText(n, name); });
+    if (known == names.end()) {
+      *ctx.err << "marrowby: options '" << o.instance->GetOptionKey() << "' have no option '"
+               << name << "'" << WithSuggestion(DidYouMean(name, names)) << "\n"
+               << "  options of " << o.instance->GetOptionKey() << ": " << JoinNames(names) << "\n";
+      return kExitUsage;
+    }
+    WrenOptionsStore().Set(o.instance->GetOptionKey(), *known, value);
+    o.instance->LoadOptions(*WrenOptionsStore().Reader(o.instance->GetOptionKey()));
+    std::string error;
+    if (!WrenOptionsStore().Save(error)) {
+      *ctx.err << "marrowby: " << error << "\n";
+      return kExitFailed;
+    }
+    *ctx.out << o.instance->GetOptionKey() << "." << *known << " = " << value << "\n";
+    return kExitOk;
+  }
+  *ctx.err << "marrowby: no options object with key '" << key << "'"
+           << WithSuggestion(DidYouMean(key, keys)) << "\n"
+           << "  keys: " << JoinNames(keys) << "\n";
+  return kExitUsage;
+}
+
 int CmdOptions(TCliContext& ctx, const std::vector<std::string>& setArgs) {
   if (!setArgs.empty()) {
     if (setArgs.size() != 3) {
       *ctx.err << "marrowby: options set wants KEY NAME VALUE\n";
       return kExitUsage;
     }
-    for (TWrenRegisteredOptions& o : RegisteredOptions()) {
-      if (!SameText(o.instance->GetOptionKey(), setArgs[0])) continue;
-      WrenOptionsStore().Set(o.instance->GetOptionKey(), setArgs[1], setArgs[2]);
-      o.instance->LoadOptions(*WrenOptionsStore().Reader(o.instance->GetOptionKey()));
-      std::string error;
-      if (!WrenOptionsStore().Save(error)) {
-        *ctx.err << "marrowby: " << error << "\n";
-        return kExitFailed;
-      }
-      *ctx.out << o.instance->GetOptionKey() << "." << setArgs[1] << " = " << setArgs[2] << "\n";
-      return kExitOk;
-    }
-    *ctx.err << "marrowby: no options object with key '" << setArgs[0] << "'\n";
-    return kExitUsage;
+    return SetOption(ctx, setArgs[0], setArgs[1], setArgs[2]);
   }
   nlohmann::json list = nlohmann::json::array();
   for (TWrenRegisteredOptions& o : RegisteredOptions()) {
@@ -363,11 +423,123 @@ int CmdOptions(TCliContext& ctx, const std::vector<std::string>& setArgs) {
   return kExitOk;
 }
 
+constexpr const char* kHelpFooter = R"(Exit codes:
+  0    success: every step ran and succeeded (or nothing was wrong)
+  1    a step failed
+  2    bad input or usage: an unreadable or invalid project, unknown names or options
+  130  the build was interrupted (SIGINT, Ctrl-C)
+  143  the build was terminated (SIGTERM)
+
+Environment:
+  MARROWBY_REGISTRY  registry hive (.reg) when --registry is not given
+  MARROWBY_PACKAGE   package module to load when --module is not given
+  MARROWBY_MONO      the mono used to start .NET programs on POSIX
+  XDG_CONFIG_HOME    where marrowby/options.xml and marrowby/registry.reg are looked for
+  HOME               the same under ~/.config when XDG_CONFIG_HOME is unset
+  NO_COLOR           no colour in the output
+
+Run 'marrowby help COMMAND' for a command's options.)";
+
+/// Global options that take a value; the command-line pre-scan skips their values.
+bool IsGlobalOptionWithValue(const std::string& arg) {
+  return arg == "--registry" || arg == "--options" || arg == "--module";
+}
+
+/// The first word that is not an option or an option's value: the subcommand the user meant.
+std::string FirstCommandWord(int argc, char** argv) {
+  for (int i = 1; i < argc; ++i) {
+    const std::string arg = argv[i];
+    if (IsGlobalOptionWithValue(arg)) {
+      ++i;
+      continue;
+    }
+    if (!arg.empty() && arg[0] == '-') continue;
+    return arg;
+  }
+  return "";
+}
+
+std::vector<std::string> SubcommandNames(CLI::App& app) {
+  std::vector<std::string> names;
+  for (const CLI::App* sub : app.get_subcommands({})) names.push_back(sub->get_name());
+  return names;
+}
+
+/// The long options a subcommand (and the app) accepts, as typed: "--json".
+std::vector<std::string> LongOptionNames(const CLI::App& app, const CLI::App* sub) {
+  std::vector<std::string> names;
+  for (const CLI::App* a : {&app, sub}) {
+    if (!a) continue;
+    for (const CLI::Option* opt : a->get_options())
+      for (const std::string& n : opt->get_lnames()) names.push_back("--" + n);
+  }
+  return names;
+}
+
+/// Words CLI11 did not expect: for an unknown option, the nearest ones the command has.
+void ReportUnexpected(const CLI::App& app, const std::vector<std::string>& extras) {
+  const CLI::App* sub = nullptr;
+  for (const CLI::App* s : app.get_subcommands()) sub = s;
+  const std::vector<std::string> known = LongOptionNames(app, sub);
+  for (const std::string& word : extras) {
+    if (word.size() > 1 && word[0] == '-') {
+      const std::string name = word.substr(0, word.find('='));
+      std::cerr << "marrowby: unknown option '" << name << "'"
+                << WithSuggestion(DidYouMean(name, known)) << "\n";
+    } else {
+      std::cerr << "marrowby: unexpected argument '" << word << "'\n";
+    }
+  }
+  std::cerr << "Run 'marrowby help" << (sub ? " " + sub->get_name() : std::string())
+            << "' for the options.\n";
+}
+
+/// `set FILE STEP PROP VALUE` takes its value as written, also when it starts with '-' as tool
+/// switches do: a "--" goes in front of it so that it is not read as an option.
+std::vector<std::string> ArgumentsOf(int argc, char** argv, const std::string& command) {
+  std::vector<std::string> args(argv, argv + argc);
+  if (command != "set" || std::find(args.begin(), args.end(), "--") != args.end()) return args;
+  size_t i = 1;
+  while (i < args.size() && args[i] != command) i += IsGlobalOptionWithValue(args[i]) ? 2 : 1;
+  int positionals = 0;
+  for (++i; i < args.size(); ++i) {
+    if (IsGlobalOptionWithValue(args[i])) {
+      ++i;
+      continue;
+    }
+    if (!args[i].empty() && args[i][0] == '-') continue;
+    if (++positionals == 3) {
+      if (i + 1 < args.size() && !args[i + 1].empty() && args[i + 1][0] == '-')
+        args.insert(args.begin() + static_cast<std::ptrdiff_t>(i) + 1, "--");
+      break;
+    }
+  }
+  return args;
+}
+
+/// `marrowby help [COMMAND]`.
+int CmdHelp(CLI::App& app, const std::string& command) {
+  if (command.empty()) {
+    std::cout << app.get_formatter()->make_help(&app, "marrowby", CLI::AppFormatMode::Normal);
+    return kExitOk;
+  }
+  for (CLI::App* sub : app.get_subcommands({}))
+    if (sub->get_name() == command) {
+      std::cout << sub->help("marrowby");
+      return kExitOk;
+    }
+  std::cerr << "marrowby: unknown command '" << command << "'"
+            << WithSuggestion(DidYouMean(command, SubcommandNames(app))) << "\n";
+  return kExitUsage;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  CLI::App app{"marrowby: runs build projects of .NET tool steps"};
+  CLI::App app{"marrowby: runs build projects of .NET tool steps", "marrowby"};
   app.require_subcommand(1);
+  app.set_version_flag("--version", std::string("marrowby ") + kMarrowbyVersion);
+  app.footer(kHelpFooter);
   TCliContext ctx;
   ctx.out = &std::cout;
   ctx.err = &std::cerr;
@@ -416,16 +588,79 @@ int main(int argc, char** argv) {
   auto* setupMono = app.add_subcommand("setup-mono", "build a registry hive from the local Mono");
   setupMono->add_option("--dir", setupDir, "where to build it");
 
+  // Editing a project without an editor.
+  std::string editFile, stepRef, propName, propValue, position, description;
+  std::vector<std::string> assignments;
+  auto* newCmd = app.add_subcommand("new", "write an empty build project");
+  newCmd->add_option("file", editFile, "the .mbproj file to create")->required();
+  auto* add = app.add_subcommand("add", "append a step: add FILE CLASS [PROP=VALUE ...]");
+  add->add_option("file", editFile, "the .mbproj file")->required();
+  add->add_option("class", className, "the action's class name")->required();
+  add->add_option("assignments", assignments, "PROP=VALUE, one per property");
+  auto* addDescription = add->add_option("--description", description, "the step's description");
+  auto* set = app.add_subcommand("set", "set a step's property: set FILE STEP PROP VALUE");
+  set->add_option("file", editFile, "the .mbproj file")->required();
+  set->add_option("step", stepRef, "step number (from 1) or description")->required();
+  set->add_option("property", propName, "property name, or description / enabled")->required();
+  set->add_option("value", propValue, "the new value")->required();
+  auto* remove = app.add_subcommand("remove", "remove a step: remove FILE STEP");
+  remove->add_option("file", editFile, "the .mbproj file")->required();
+  remove->add_option("step", stepRef, "step number (from 1) or description")->required();
+  auto* move = app.add_subcommand("move", "move a step: move FILE STEP POSITION");
+  move->add_option("file", editFile, "the .mbproj file")->required();
+  move->add_option("step", stepRef, "step number (from 1) or description")->required();
+  move->add_option("position", position, "its new number (from 1)")->required();
+
+  std::string shell, helpTopic;
+  auto* completion = app.add_subcommand("completion", "print the bash or zsh completion script");
+  completion->add_option("shell", shell, "bash or zsh")->required();
+  auto* help = app.add_subcommand("help", "show the help of marrowby or of a command");
+  help->add_option("command", helpTopic, "the command");
+
   for (CLI::App* sub : app.get_subcommands({})) sub->fallthrough();
 
+  const std::string command = FirstCommandWord(argc, argv);
+  const std::vector<std::string> commands = SubcommandNames(app);
+  if (!command.empty() &&
+      std::find(commands.begin(), commands.end(), command) == commands.end()) {
+    std::cerr << "marrowby: unknown command '" << command << "'"
+              << WithSuggestion(DidYouMean(command, commands)) << "\n"
+              << "Run 'marrowby help' for the commands.\n";
+    return kExitUsage;
+  }
+
+  if (command.empty()) {
+    bool asksForItself = false;
+    for (int i = 1; i < argc; ++i)
+      for (const char* flag : {"-h", "--help", "--version"})
+        if (std::string(argv[i]) == flag) asksForItself = true;
+    if (!asksForItself) {
+      std::cerr << "marrowby: a command is required\n"
+                << app.get_formatter()->make_help(&app, "marrowby", CLI::AppFormatMode::Normal);
+      return kExitUsage;
+    }
+  }
+
   try {
-    app.parse(argc, argv);
+    std::vector<std::string> args = ArgumentsOf(argc, argv, command);
+    std::reverse(args.begin(), args.end());
+    args.pop_back();  // the program name; CLI11 wants the rest in reverse
+    app.parse(args);
+  } catch (const CLI::ExtrasError&) {
+    std::vector<std::string> extras = app.remaining();
+    for (const CLI::App* sub : app.get_subcommands())
+      for (const std::string& word : sub->remaining()) extras.push_back(word);
+    ReportUnexpected(app, extras);
+    return kExitUsage;
   } catch (const CLI::ParseError& e) {
     const int code = app.exit(e);
     return code == 0 ? kExitOk : kExitUsage;
   }
 
+  if (help->parsed()) return CmdHelp(app, helpTopic);
+  if (completion->parsed()) return CmdCompletion(ctx, shell);
   if (setupMono->parsed()) return CmdSetupMono(ctx, setupDir);
+  if (newCmd->parsed()) return CmdNew(ctx, editFile);
   TWrenVerbosity verbosity = TWrenVerbosity::Normal;
   if (!ParseVerbosity(verbosityText, verbosity)) {
     std::cerr << "marrowby: --verbosity wants quiet, minimal, normal or detailed\n";
@@ -450,5 +685,11 @@ int main(int argc, char** argv) {
     code = CmdOptions(ctx, optionArgs.empty()
                                ? std::vector<std::string>{}
                                : std::vector<std::string>(optionArgs.begin() + 1, optionArgs.end()));
+  if (add->parsed())
+    code = CmdAdd(ctx, editFile, className, addDescription->count() ? &description : nullptr,
+                  assignments);
+  if (set->parsed()) code = CmdSet(ctx, editFile, stepRef, propName, propValue);
+  if (remove->parsed()) code = CmdRemove(ctx, editFile, stepRef);
+  if (move->parsed()) code = CmdMove(ctx, editFile, stepRef, position);
   return code;
 }

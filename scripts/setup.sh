@@ -10,6 +10,7 @@ packages=(
   mono-devel mono-xbuild nunit-console
   clang libclang-rt-14-dev
   libxml2-utils
+  zsh
 )
 missing=()
 for p in "${packages[@]}"; do

@@ -12,68 +12,13 @@
 #include <sstream>
 #include <thread>
 
+#include "CliMachine.h"
 #include "TestSupport.h"
 
 extern char** environ;
 
 namespace wren {
 namespace {
-
-/// A temporary machine: a registry hive naming a framework folder and an SDK whose sn.exe is the
-/// argv recorder, and an empty options file.
-class CliMachine {
- public:
-  CliMachine() {
-    test::WriteFile(dir / "fw/v4.0.30319/.keep", "");
-    sn = dir / "sdk/Bin/sn.exe";
-    test::InstallRecorder(sn);
-    test::WriteFile(dir / "registry.reg",
-                    "Windows Registry Editor Version 5.00\r\n\r\n"
-                    "[HKEY_LOCAL_MACHINE\\Software\\Microsoft\\.NETFramework]\r\n"
-                    "\"InstallRoot\"=\"" + dir.path() + "fw/\"\r\n"
-                    "\"sdkInstallRootv4.0\"=\"" + dir.path() + "sdk/\"\r\n");
-  }
-
-  std::vector<std::string> Command(std::vector<std::string> args) const {
-    args.insert(args.begin(), {MARROWBY_EXE, "--registry", dir / "registry.reg", "--options",
-                               dir / "options.xml"});
-    return args;
-  }
-
-  int Run(const std::vector<std::string>& args, std::string* out = nullptr,
-          std::string* err = nullptr) const {
-    std::string o, e;
-    const int code = test::RunProgram(Command(args), &o, "", &e);
-    if (out) *out = o;
-    if (err) *err = e;
-    return code;
-  }
-
-  void WriteProject(const std::string& name, const std::string& actions) const {
-    test::WriteFile(dir / name,
-                    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<MarrowbyProject version=\"1\">\n"
-                    "  <Actions>\n" + actions + "  </Actions>\n</MarrowbyProject>\n");
-  }
-
-  test::TempDir dir;
-  std::string sn;
-};
-
-std::string SnStep(const std::string& options, const std::string& extra = "") {
-  return "    <Action class=\"TSNGenericSN\"" + extra + ">\n"
-         "      <Property name=\"Options\">" + options + "</Property>\n"
-         "      <Property name=\"StartDir\">%ProjectDir%</Property>\n"
-         "    </Action>\n";
-}
-
-std::vector<nlohmann::json> JsonLines(const std::string& text) {
-  std::vector<nlohmann::json> events;
-  std::istringstream in(text);
-  std::string line;
-  while (std::getline(in, line))
-    if (!line.empty()) events.push_back(nlohmann::json::parse(line));
-  return events;
-}
 
 TEST(Cli, RunReportsStepsAndWritesTheJUnitReport) {
   CliMachine m;
@@ -151,7 +96,7 @@ TEST(Cli, BadInputIsReportedWithItsPlaceAndRunsNothing) {
   EXPECT_EQ(m.Run({"run", m.dir / "invalid.mbproj"}, &out, &err), 2);
   EXPECT_NE(out.find("Starting directory has not been set"), std::string::npos) << out;
   EXPECT_TRUE(test::RecordedCall(m.sn).is_null());
-  EXPECT_EQ(m.Run({"validate", m.dir / "invalid.mbproj"}, &out, &err), 1);
+  EXPECT_EQ(m.Run({"validate", m.dir / "invalid.mbproj"}, &out, &err), 2);
   EXPECT_EQ(m.Run({"run", m.dir / "missing.mbproj"}, &out, &err), 2);
   EXPECT_EQ(m.Run({}, &out, &err), 2);
   EXPECT_EQ(m.Run({"run", m.dir / "invalid.mbproj", "--no-such-flag"}, &out, &err), 2);
@@ -195,6 +140,8 @@ TEST(Cli, ListsAndDescribesTheRegisteredActions) {
   EXPECT_TRUE(sawHidden) << out;
   EXPECT_TRUE(sawEnum) << out;
   EXPECT_EQ(m.Run({"describe", "TNoSuchAction"}, &out, &err), 2);
+  EXPECT_EQ(m.Run({"describe", "TSNGenerateKeyPiar"}, &out, &err), 2);
+  EXPECT_NE(err.find("did you mean TSNGenerateKeyPair?"), std::string::npos) << err;
 }
 
 bool Running(pid_t pid) {
@@ -207,44 +154,51 @@ bool Running(pid_t pid) {
 }
 
 TEST(Cli, InterruptStopsTheBuildAndLeavesNoProcessBehind) {
-  CliMachine m;
-  test::WriteFile(m.sn + ".recorder.json",
-                  R"({"sleepMs": 60000, "ignoreTerm": true, "spawnChild": true})");
-  m.WriteProject("long.mbproj", SnStep("-wait") + SnStep("-never-reached"));
-  const std::vector<std::string> args =
-      m.Command({"run", m.dir / "long.mbproj", "--json"});
-  std::vector<char*> argv;
-  for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));
-  argv.push_back(nullptr);
-  setenv("MARROWBY_KILL_GRACE_MS", "300", 1);
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
-  pid_t host = 0;
-  ASSERT_EQ(posix_spawn(&host, argv[0], &actions, nullptr, argv.data(), environ), 0);
-  posix_spawn_file_actions_destroy(&actions);
-  unsetenv("MARROWBY_KILL_GRACE_MS");
+  // Shells and CI runners tell an interrupted build by 128 + the signal.
+  const struct {
+    int signal;
+    int exitCode;
+  } cases[] = {{SIGINT, 130}, {SIGTERM, 143}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.signal);
+    CliMachine m;
+    test::WriteFile(m.sn + ".recorder.json",
+                    R"({"sleepMs": 60000, "ignoreTerm": true, "spawnChild": true})");
+    m.WriteProject("long.mbproj", SnStep("-wait") + SnStep("-never-reached"));
+    const std::vector<std::string> args = m.Command({"run", m.dir / "long.mbproj", "--json"});
+    std::vector<char*> argv;
+    for (const std::string& a : args) argv.push_back(const_cast<char*>(a.c_str()));
+    argv.push_back(nullptr);
+    setenv("MARROWBY_KILL_GRACE_MS", "300", 1);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
+    pid_t host = 0;
+    ASSERT_EQ(posix_spawn(&host, argv[0], &actions, nullptr, argv.data(), environ), 0);
+    posix_spawn_file_actions_destroy(&actions);
+    unsetenv("MARROWBY_KILL_GRACE_MS");
 
-  const std::string childPidFile = m.sn + ".child.pid";
-  for (int i = 0; i < 200 && !test::Exists(childPidFile); ++i)
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  ASSERT_TRUE(test::Exists(childPidFile)) << "the tool never started";
-  std::this_thread::sleep_for(std::chrono::milliseconds(100));
-  const nlohmann::json call = test::RecordedCall(m.sn);
-  const pid_t tool = call["pid"].get<pid_t>();
-  const pid_t grandchild = std::stoi(test::ReadFile(childPidFile));
+    const std::string childPidFile = m.sn + ".child.pid";
+    for (int i = 0; i < 200 && !test::Exists(childPidFile); ++i)
+      std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    ASSERT_TRUE(test::Exists(childPidFile)) << "the tool never started";
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    const nlohmann::json call = test::RecordedCall(m.sn);
+    const pid_t tool = call["pid"].get<pid_t>();
+    const pid_t grandchild = std::stoi(test::ReadFile(childPidFile));
 
-  ASSERT_EQ(kill(host, SIGINT), 0);
-  int status = 0;
-  ASSERT_EQ(waitpid(host, &status, 0), host);
-  ASSERT_TRUE(WIFEXITED(status));
-  EXPECT_EQ(WEXITSTATUS(status), 1);
-  for (int i = 0; i < 100 && (Running(tool) || Running(grandchild)); ++i)
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  EXPECT_FALSE(Running(tool));
-  EXPECT_FALSE(Running(grandchild));
-  // The second step never ran: the recorder's record is still the first call's.
-  EXPECT_EQ(test::RecordedCall(m.sn)["argv"][1], "-wait");
+    ASSERT_EQ(kill(host, c.signal), 0);
+    int status = 0;
+    ASSERT_EQ(waitpid(host, &status, 0), host);
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), c.exitCode);
+    for (int i = 0; i < 100 && (Running(tool) || Running(grandchild)); ++i)
+      std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_FALSE(Running(tool));
+    EXPECT_FALSE(Running(grandchild));
+    // The second step never ran: the recorder's record is still the first call's.
+    EXPECT_EQ(test::RecordedCall(m.sn)["argv"][1], "-wait");
+  }
 }
 
 }  // namespace
