@@ -202,7 +202,7 @@ TEST(BuildRun, ChecksBeforeAnythingRuns) {
     std::vector<std::string> expected;  // pieces of validate's output
   } cases[] = {
       // A mistyped variable fails validation instead of step 2.
-      {Sn("-first") + Sn("-k %ProjectDri%/a.snk"), {}, 1,
+      {Sn("-first") + Sn("-k %ProjectDri%/a.snk"), {}, 2,
        {"invalid: step 2 (TSNGenericSN), Options: %ProjectDri% is not defined"}},
       // ... and a --var may define it.
       {Sn("-k %KEYDIR%/a.snk"), {"--var", "KEYDIR=/keys"}, 0, {"valid"}},
@@ -216,7 +216,7 @@ TEST(BuildRun, ChecksBeforeAnythingRuns) {
         "'%ProjectDir%/src/AsemblyInfo.*' matches no file"}},
       {Updater("src/Assembly*.cs"), {}, 0, {"1 step(s), valid\n"}},
       // A missing input is an error when nothing before it could make it...
-      {Step("TSNVerifyAssembly", {{"Assembly", "bin/Lib.dll"}}), {}, 1,
+      {Step("TSNVerifyAssembly", {{"Assembly", "bin/Lib.dll"}}), {}, 2,
        {"invalid: step 1 (TSNVerifyAssembly), Assembly: the file " + m.dir.path() +
         "bin/Lib.dll does not exist"}},
       // ... and not when an earlier step runs a program that may.

@@ -80,6 +80,7 @@ TEST(CliExplains, OptionsDialogMessagesNameTheCommandThatFixesThem) {
 
   // The command the hint names is the fix.
   test::WriteFile(m.dir / "nant/nant.exe", "");
+  test::WriteFile(m.dir / "default.build", "<project/>\n");  // the input the step names
   ASSERT_EQ(m.Run({"options", "set", "NAnt", "NAntLocation", m.dir / "nant/nant.exe"}, &out, &err),
             0)
       << err;
