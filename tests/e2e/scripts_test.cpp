@@ -188,13 +188,20 @@ struct RunningHost {
 TEST(Scripts, InterruptEndsAScriptThatNeverReturns) {
   for (int signal : {SIGINT, SIGTERM}) {
     ScriptProject p("OnProcessEntry",
-                    "local n = 0\nwhile true do\n  n = n + 1\n  pcall(function() while true do "
-                    "end end)\nend");
-    RunningHost host(p.Command());
+                    "print('looping')\nlocal n = 0\nwhile true do\n  n = n + 1\n"
+                    "  pcall(function() while true do end end)\nend");
+    std::vector<std::string> command = p.Command();
+    command.insert(command.end(), {"--log", p.dir / "build.log"});
+    RunningHost host(command);
     ASSERT_GT(host.pid, 0);
-    // The step has started when its header is out; the script is then running or about to.
     ASSERT_TRUE(host.ReadUntil("\"event\":\"step\"", 30000)) << host.output;
-    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    // The log file is written line by line: once the script's line is there, it is looping.
+    for (int i = 0; i < 200; ++i) {
+      if (test::Exists(p.dir / "build.log") &&
+          test::ReadFile(p.dir / "build.log").find("looping") != std::string::npos)
+        break;
+      std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
     ASSERT_EQ(kill(host.pid, signal), 0);
     // Generous: a host that ignores the request would run for ever, one that honours it ends at
     // once.
@@ -203,6 +210,7 @@ TEST(Scripts, InterruptEndsAScriptThatNeverReturns) {
     ASSERT_TRUE(WIFEXITED(status)) << status;
     EXPECT_EQ(WEXITSTATUS(status), 1);
     const std::vector<nlohmann::json> events = JsonLines(host.output);
+    EXPECT_NE(LogText(events).find("looping\n"), std::string::npos) << host.output;
     EXPECT_NE(LogText(events).find("script OnProcessEntry, line "), std::string::npos)
         << host.output;
     EXPECT_NE(LogText(events).find(": stopped by user request"), std::string::npos)
