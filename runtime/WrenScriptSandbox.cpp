@@ -235,9 +235,9 @@ std::string SizeText(size_t bytes) {
   return std::to_string(bytes) + " bytes";
 }
 
-}  // namespace
-
-std::string WrenScriptErrorText(const std::string& name, const std::string& luaMessage) {
+/// "Name:3: text" as Lua words an error in chunk Name becomes "script Name, line 3: text";
+/// anything else becomes "script Name: text".
+std::string ScriptErrorText(const std::string& name, const std::string& luaMessage) {
   const std::string prefix = name + ":";
   if (luaMessage.compare(0, prefix.size(), prefix) == 0) {
     size_t end = prefix.size();
@@ -249,6 +249,8 @@ std::string WrenScriptErrorText(const std::string& name, const std::string& luaM
   }
   return "script " + name + ": " + luaMessage;
 }
+
+}  // namespace
 
 TWrenScriptSandbox::TWrenScriptSandbox(TWrenScriptLimits limits)
     : context_(new TContext{std::move(limits)}) {
@@ -289,7 +291,7 @@ bool TWrenScriptSandbox::Run(const std::string& name, const std::string& text,
             " of memory a project script may use";
   } else {
     const char* message = lua_tostring(L, -1);
-    error = WrenScriptErrorText(
+    error = ScriptErrorText(
         name, message ? message
                       : std::string("error object is a ") + luaL_typename(L, -1) + " value");
   }

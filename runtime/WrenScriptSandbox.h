@@ -53,8 +53,4 @@ class TWrenScriptSandbox {
   lua_State* state_ = nullptr;
 };
 
-/// "Name:3: text" as Lua words an error in chunk Name becomes "script Name, line 3: text";
-/// anything else becomes "script Name: text".
-std::string WrenScriptErrorText(const std::string& name, const std::string& luaMessage);
-
 }  // namespace wren
