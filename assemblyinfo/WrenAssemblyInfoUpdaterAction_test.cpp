@@ -143,7 +143,7 @@ TEST(AssemblyInfoUpdaterAction, ScriptErrorFailsTheStepWithItsLine) {
   Harness h({"a.cs"}, {"AssemblyVersion=\"2.0\""});
   h.Script("OnProcessEntry", "local x = 1\nerror('boom')\n");
   EXPECT_FALSE(h.action.Execute());
-  EXPECT_TRUE(h.Logged("OnProcessEntry:2: boom")) << PrintToString(h.log);
+  EXPECT_TRUE(h.Logged("script OnProcessEntry, line 2: boom")) << PrintToString(h.log);
   EXPECT_EQ(ReadFile(h.tmp / "a.cs"), kCs);
 }
 

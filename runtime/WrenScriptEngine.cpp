@@ -1,12 +1,12 @@
 #include "WrenScriptEngine.h"
 
 #include <cstdio>
-#include <cstring>
 #include <lua.hpp>
 #include <memory>
 #include <vector>
 
 #include "WrenActionRegistry.h"
+#include "WrenScriptSandbox.h"
 #include "WrenUtils.h"
 
 // Lua is built as C: its errors are longjmps. Every C function Lua calls here does its C++ work in
@@ -179,40 +179,19 @@ void PushObject(lua_State* L, TWrenScriptObject* object) {
   luaL_setmetatable(L, kObjectMeta);
 }
 
-void RemoveGlobalField(lua_State* L, const char* table, const char* field) {
-  if (lua_getglobal(L, table) == LUA_TTABLE) {
-    lua_pushnil(L);
-    lua_setfield(L, -2, field);
-  }
-  lua_pop(L, 1);
-}
-
-struct TLuaCloser {
-  void operator()(lua_State* L) const { lua_close(L); }
-};
-
 }  // namespace
 
-bool RunScript(TWrenActionScript& script, WrenVariant& result, std::string& error) {
+bool RunScript(TWrenActionScript& script, WrenVariant& result, std::string& error,
+               const TWrenScriptLimits& limits) {
   if (!SameText(script.language, "lua")) {
-    error = script.name + ": unsupported script language '" + script.language + "'";
+    error = "script " + script.name + ": unsupported script language '" + script.language + "'";
     return false;
   }
-  // Declared before the state so the objects outlive every Lua reference to them.
+  // Declared before the sandbox so the objects outlive every Lua reference to them.
   std::vector<std::shared_ptr<TWrenScriptObject>> objects;
-  std::unique_ptr<lua_State, TLuaCloser> state(luaL_newstate());
-  lua_State* L = state.get();
-  if (!L) {
-    error = script.name + ": cannot start the script engine";
-    return false;
-  }
-  luaL_openlibs(L);
-  // Scripts edit values; they do not start programs or touch files behind the build's back.
-  RemoveGlobalField(L, "os", "execute");
-  RemoveGlobalField(L, "os", "exit");
-  RemoveGlobalField(L, "os", "remove");
-  RemoveGlobalField(L, "os", "rename");
-  RemoveGlobalField(L, "io", "popen");
+  TWrenScriptSandbox sandbox(limits);
+  lua_State* L = sandbox.State();
+  if (!L) return sandbox.Run(script.name, script.text, error);
 
   luaL_newmetatable(L, kObjectMeta);
   lua_pushcfunction(L, IndexThunk);
@@ -240,34 +219,25 @@ bool RunScript(TWrenActionScript& script, WrenVariant& result, std::string& erro
     lua_setglobal(L, param.name.c_str());
   }
 
-  const std::string chunkName = "=" + script.name;
-  int status = luaL_loadbufferx(L, script.text.data(), script.text.size(), chunkName.c_str(), "t");
-  if (status == LUA_OK) status = lua_pcall(L, 0, 1, 0);
-  if (status != LUA_OK) {
-    const char* text = lua_tostring(L, -1);
-    std::string message = text ? text : "error object is not a string";
-    // Lua names the position itself ("Name:3: ..."); errors raised without one still name the
-    // script.
-    if (message.compare(0, script.name.size() + 1, script.name + ":") != 0)
-      message = script.name + ": " + message;
-    error = message;
-    return false;
-  }
+  if (!sandbox.Run(script.name, script.text, error)) return false;
 
   WrenVariant returned;
   if (!ToVariant(L, -1, returned)) {
-    error = script.name + ": the script returned a " + luaL_typename(L, -1) +
+    error = "script " + script.name + ": the script returned a " + luaL_typename(L, -1) +
             " value, which a build step cannot use";
     return false;
   }
   lua_pop(L, 1);
+  // Raw reads: the globals' __index answers for names the sandbox leaves out.
+  lua_pushglobaltable(L);
   for (IWrenActionScriptParameter& param : script.params.items) {
     if (param.object) continue;
-    lua_getglobal(L, param.name.c_str());
+    lua_pushlstring(L, param.name.data(), param.name.size());
+    lua_rawget(L, -2);
     WrenVariant value;
     if (!ToVariant(L, -1, value)) {
-      error = script.name + ": parameter '" + param.name + "' holds a " + luaL_typename(L, -1) +
-              " value, which cannot be passed back";
+      error = "script " + script.name + ": parameter '" + param.name + "' holds a " +
+              luaL_typename(L, -1) + " value, which cannot be passed back";
       return false;
     }
     lua_pop(L, 1);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <stdexcept>
 
 #include "WrenActionRegistry.h"
@@ -41,8 +42,6 @@ TEST(WrenScriptEngine, PassesValuesAndObjectsInAndOutAndErrorsNameTheScriptAndLi
   TRecorder recorder;
   TWrenActionScript script = Script(
       "OnProcessEntry",
-      "assert(os.execute == nil and io.popen == nil and os.exit == nil and os.remove == nil and "
-      "os.rename == nil and os.time and io.open)\n"
       "EntryValue = EntryValue .. '-x'; Ratio = Ratio * 2; Enabled = not Enabled\n"
       "Count = Count + 1; Nothing = 'set'; Gone = nil\n"
       "local first = Obj.Count\n"
@@ -89,12 +88,15 @@ TEST(WrenScriptEngine, PassesValuesAndObjectsInAndOutAndErrorsNameTheScriptAndLi
 
   // Errors name the script and the line.
   const std::pair<const char*, const char*> cases[] = {  // script, the start of its error
-      {"x = = 1", "OnProcessEntry:1: unexpected symbol near '='"},
-      {"local t = nil\n\nObj:Fail('k')", "OnProcessEntry:3: no such entry"},
-      {"error('bare', 0)", "OnProcessEntry: bare"},
-      {"Obj:Add({}, 1)", "OnProcessEntry:1: bad argument #1 to 'Add' (table value not allowed)"},
-      {"return {}", "OnProcessEntry: the script returned a table value"},
-      {"Value = {}", "OnProcessEntry: parameter 'Value' holds a table value"},
+      {"x = = 1", "script OnProcessEntry, line 1: unexpected symbol near '='"},
+      {"local t = nil\n\nObj:Fail('k')", "script OnProcessEntry, line 3: no such entry"},
+      {"error('bare', 0)", "script OnProcessEntry: bare"},
+      {"error({})", "script OnProcessEntry: error object is a table value"},
+      {"Obj:Add({}, 1)",
+       "script OnProcessEntry, line 1: bad argument #1 to 'Add' (table value not allowed)"},
+      {"return {}", "script OnProcessEntry: the script returned a table value"},
+      {"Value = {}", "script OnProcessEntry: parameter 'Value' holds a table value"},
+      {"io = nil\nValue = io", "script OnProcessEntry, line 2: 'io' is not available"},
   };
   for (const auto& [text, expected] : cases) {
     TRecorder recorder;
@@ -106,6 +108,117 @@ TEST(WrenScriptEngine, PassesValuesAndObjectsInAndOutAndErrorsNameTheScriptAndLi
     EXPECT_FALSE(RunScript(script, result, error)) << text;
     EXPECT_EQ(error.rfind(expected, 0), 0u) << text << "\n  gave: " << error;
   }
+}
+
+/// Runs the text as script "S" with a parameter Value = "v"; answers the error ("" on success).
+std::string RunError(const std::string& text, const TWrenScriptLimits& limits = {}) {
+  TWrenActionScript script = Script("S", text);
+  script.params.Add("Value", "string").value = std::string("v");
+  WrenVariant result;
+  std::string error;
+  return RunScript(script, result, error, limits) ? "" : error;
+}
+
+TEST(WrenScriptEngine, ScriptsGetOnlyTheSandboxLibraryAndBoundedMemory) {
+  std::vector<std::string> printed;
+  TWrenScriptLimits limits;
+  limits.print = [&](const std::string& line) { printed.push_back(line); };
+  EXPECT_EQ(RunError(
+                "assert(os.time() > 0 and os.date('%Y') and os.clock() >= 0)\n"
+                "assert(string.format('%03d', 7) == '007' and ('ab'):upper() == 'AB')\n"
+                "assert(table.concat({1, 2}, ',') == '1,2' and math.floor(2.5) == 2)\n"
+                "assert(utf8.char(228) == '\\u{e4}' and select('#', 1, 2) == 2)\n"
+                "assert(load('return Value .. 1')() == 'v1')\n"
+                "assert(load('return x', 'c', 't', {x = 5})() == 5)\n"
+                "local t = setmetatable({}, {__index = function() return 3 end})\n"
+                "assert(t.k == 3 and nosuch == nil and getmetatable(_G) == 'locked')\n"
+                "assert(pcall(error, 'x') == false)\n"
+                "print('a', 1, nil, true)\n",
+                limits),
+            "");
+  EXPECT_EQ(printed, std::vector<std::string>{"a\t1\tnil\ttrue"});
+
+  const std::pair<const char*, const char*> denied[] = {  // script, its error
+      {"local x = 1\n\nlocal f = io.open('/tmp/x', 'w')",
+       "script S, line 3: 'io' is not available to project scripts"},
+      {"package.loadlib('/tmp/x.so', '*')",
+       "script S, line 1: 'package' is not available to project scripts"},
+      {"require('x')", "script S, line 1: 'require' is not available to project scripts"},
+      {"debug.sethook()", "script S, line 1: 'debug' is not available to project scripts"},
+      {"dofile('/etc/hostname')",
+       "script S, line 1: 'dofile' is not available to project scripts"},
+      {"loadfile('/etc/hostname')",
+       "script S, line 1: 'loadfile' is not available to project scripts"},
+      {"collectgarbage('stop')",
+       "script S, line 1: 'collectgarbage' is not available to project scripts"},
+      {"coroutine.wrap(print)",
+       "script S, line 1: 'coroutine' is not available to project scripts"},
+      {"os.execute('true')", "script S, line 1: 'os.execute' is not available to project scripts"},
+      {"Value = os.getenv('HOME')",
+       "script S, line 1: 'os.getenv' is not available to project scripts"},
+      {"os.exit(0)", "script S, line 1: 'os.exit' is not available to project scripts"},
+      {"os.remove(Value)", "script S, line 1: 'os.remove' is not available to project scripts"},
+      {"return string.dump(print)",
+       "script S, line 1: 'string.dump' is not available to project scripts"},
+      {"load('\\27Lua\\84\\0')",
+       "script S, line 1: binary chunks are not available to project scripts"},
+      {"local done\n"
+       "local f, e = load(function() if not done then done = true return '\\27Lua' end end)\n"
+       "error(e)",
+       "script S, line 3: attempt to load a binary chunk (mode is 't')"},
+      {"setmetatable({}, {__gc = function() end})",
+       "script S, line 1: '__gc' metamethods are not available to project scripts"},
+      {"local function f(n) return 1 + f(n + 1) end\nreturn f(1)",
+       "script S, line 1: stack overflow"},
+      // Memory: the limit holds for one huge string and for endless small ones, and the host
+      // goes on.
+      {"return ('x'):rep(1 << 30)",
+       "script S: the script needs more than the 64 MiB of memory a project script may use"},
+      {"local t = {}\nwhile true do t[#t + 1] = ('x'):rep(1000) .. #t end",
+       "script S: the script needs more than the 64 MiB of memory a project script may use"},
+  };
+  for (const auto& [text, expected] : denied)
+    EXPECT_EQ(RunError(text).rfind(expected, 0), 0u) << text << "\n  gave: " << RunError(text);
+
+  TWrenScriptLimits small;
+  small.memoryBytes = size_t{1} << 20;
+  EXPECT_EQ(RunError("local s = ('x'):rep(400000)\nreturn s .. s .. s", small),
+            "script S: the script needs more than the 1 MiB of memory a project script may use");
+  EXPECT_EQ(RunError("local s = ('x'):rep(400000)\nreturn #s", small), "");
+}
+
+TEST(WrenScriptEngine, StopRequestEndsARunningScriptWhateverItCatches) {
+  // print() is the script's sign that it is running: the stop comes while it loops.
+  const std::pair<const char*, const char*> cases[] = {  // script, its error
+      {"print()\nwhile true do end", "script S, line 2: stopped by user request"},
+      {"print()\nwhile true do\n  pcall(function() while true do end end)\nend",
+       "script S, line 3: stopped by user request"},
+      {"print()\nlocal function f() return f() end\nf()",
+       "script S, line 2: stopped by user request"},
+      {"print()\nxpcall(function() error('x') end, function() while true do end end)\n"
+       "while true do end",
+       "script S, line 2: stopped by user request"},
+      {"print()\nValue = ('x'):gsub('x', function() while true do end end)",
+       "script S, line 2: stopped by user request"},
+      {"print()\ntable.sort({3, 2, 1}, function(a, b) while true do end end)",
+       "script S, line 2: stopped by user request"},
+  };
+  for (const auto& [text, expected] : cases) {
+    std::atomic<bool> stop{false};
+    TWrenScriptLimits limits;
+    limits.stop = &stop;
+    limits.print = [&](const std::string&) { stop = true; };
+    const std::string error = RunError(text, limits);
+    EXPECT_TRUE(stop) << text;
+    EXPECT_EQ(error, expected) << text;
+  }
+  // A stop already requested ends a script before it gets far; a short one still finishes.
+  std::atomic<bool> stop{true};
+  TWrenScriptLimits limits;
+  limits.stop = &stop;
+  EXPECT_EQ(RunError("for i = 1, 1e9 do end", limits),
+            "script S, line 1: stopped by user request");
+  EXPECT_EQ(RunError("Value = Value .. 'x'", limits), "");
 }
 
 }  // namespace

@@ -65,8 +65,11 @@ bool TWrenStepHost::ExecuteScript(TCustomWrenAction& action, TWrenActionScript& 
                                   WrenVariant& result) {
   (void)action;
   std::string error;
-  if (RunScript(script, result, error)) return true;
-  SendMessage("Script error in " + error);
+  TWrenScriptLimits limits;
+  limits.stop = stop_;
+  limits.print = [this](const std::string& line) { SendMessage(line); };
+  if (RunScript(script, result, error, limits)) return true;
+  SendMessage(error);
   return false;
 }
 
