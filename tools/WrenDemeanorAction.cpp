@@ -17,12 +17,10 @@ std::string DemeanorLocation() {
 
 TWrenDemeanorAction::TWrenDemeanorAction() { UseStartingDir = true; }
 
-std::string TWrenDemeanorAction::GetDescription() const {
-  const std::string own = TWrenExecuteAbstractAction::GetDescription();
-  return own.empty() ? "Obfuscates an assembly with Demeanor.exe. Its command line is not "
+std::string TWrenDemeanorAction::GetNotes() const {
+  return "Obfuscates an assembly with Demeanor.exe. Its command line is not "
                        "publicly documented: only the input assembly and /out: are properties; "
-                       "other switches go in ExtraSwitches as written"
-                     : own;
+                       "other switches go in ExtraSwitches as written";
 }
 
 const TPropertyTable& TWrenDemeanorAction::ClassProperties() {

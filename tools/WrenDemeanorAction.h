@@ -22,7 +22,7 @@ class TWrenDemeanorAction : public TWrenExecuteAbstractAction {
   std::string ClassName() const override { return StaticClassName(); }
   std::string DisplayName() const override { return GetActionName(); }
   std::string GetQuickHelpFilename() const override { return "Plugins\\Demeanor.html"; }
-  std::string GetDescription() const override;
+  std::string GetNotes() const override;
 
   std::string GetExecutable() override;
   bool GetCommandLine(ICommandLineBuilder& builder) override;

@@ -44,7 +44,7 @@ TEST_F(DemeanorActionTest, SwitchesAsWrittenBetweenOutputAndInput) {
   EXPECT_TRUE(run.Logged("\"Extra Switch\"")) << testing::PrintToString(run.log);
 }
 
-TEST_F(DemeanorActionTest, ValidationPagesAndDescription) {
+TEST_F(DemeanorActionTest, ValidationPagesAndNotes) {
   options_->SetLocation("");
   TWrenDemeanorAction action;
   test::TReportCollector errors;
@@ -54,9 +54,7 @@ TEST_F(DemeanorActionTest, ValidationPagesAndDescription) {
       (std::vector<std::pair<std::string, std::string>>{
           {"Demeanor Options", "Path to Demeanor.exe not defined, please check Tools->Options"},
           {"Input Assembly", "Input assembly has not been set"}}));
-  EXPECT_NE(action.GetDescription().find("not publicly documented"), std::string::npos);
-  action.SetDescription("obfuscate the installer");
-  EXPECT_EQ(action.GetDescription(), "obfuscate the installer");  // the user's own wins
+  EXPECT_NE(action.GetNotes().find("not publicly documented"), std::string::npos);
 
   test::ApplyProperties(
       action,

@@ -28,13 +28,6 @@ TWrenDotfuscatorAction::TWrenDotfuscatorAction() {
   UseStartingDir = true;
 }
 
-std::string TWrenDotfuscatorAction::GetDescription() const {
-  const std::string own = TWrenExecuteAbstractAction::GetDescription();
-  return own.empty() ? "Obfuscates assemblies with the console Dotfuscator from a configuration "
-                       "file, with command-line overrides"
-                     : own;
-}
-
 const TPropertyTable& TWrenDotfuscatorAction::ClassProperties() {
   using A = TWrenDotfuscatorAction;
   static const TPropertyTable table = ChainProperties(

@@ -31,7 +31,6 @@ class TWrenDotfuscatorAction : public TWrenExecuteAbstractAction {
   std::string ClassName() const override { return StaticClassName(); }
   std::string DisplayName() const override { return GetActionName(); }
   std::string GetQuickHelpFilename() const override { return "Plugins\\Dotfuscator.html"; }
-  std::string GetDescription() const override;
 
   std::string GetExecutable() override;
   bool GetCommandLine(ICommandLineBuilder& builder) override;

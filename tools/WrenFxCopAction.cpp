@@ -54,11 +54,6 @@ TWrenFxCopAction::TWrenFxCopAction() {
   UseStartingDir = true;
 }
 
-std::string TWrenFxCopAction::GetDescription() const {
-  const std::string own = TWrenExecuteAbstractAction::GetDescription();
-  return own.empty() ? "Analyses assemblies with FxCopCmd.exe; exit flags are logged by name" : own;
-}
-
 const TPropertyTable& TWrenFxCopAction::ClassProperties() {
   using A = TWrenFxCopAction;
   static const TPropertyTable table =

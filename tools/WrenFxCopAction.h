@@ -39,7 +39,6 @@ class TWrenFxCopAction : public TWrenExecuteAbstractAction {
   std::string ClassName() const override { return StaticClassName(); }
   std::string DisplayName() const override { return GetActionName(); }
   std::string GetQuickHelpFilename() const override { return "Plugins\\FxCop.html"; }
-  std::string GetDescription() const override;
 
   std::string GetExecutable() override;
   bool GetCommandLine(ICommandLineBuilder& builder) override;

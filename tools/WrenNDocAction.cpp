@@ -19,13 +19,6 @@ std::string NDocLocation() {
 
 TWrenNDocAction::TWrenNDocAction() { UseStartingDir = true; }
 
-std::string TWrenNDocAction::GetDescription() const {
-  const std::string own = TWrenExecuteAbstractAction::GetDescription();
-  return own.empty() ? "Builds API documentation with NDocConsole.exe from an NDoc project or "
-                       "assemblies and their /doc XML files"
-                     : own;
-}
-
 const TPropertyTable& TWrenNDocAction::ClassProperties() {
   using A = TWrenNDocAction;
   static const TPropertyTable table = ChainProperties(

@@ -25,7 +25,6 @@ class TWrenNDocAction : public TWrenExecuteAbstractAction {
   std::string ClassName() const override { return StaticClassName(); }
   std::string DisplayName() const override { return GetActionName(); }
   std::string GetQuickHelpFilename() const override { return "Plugins\\NDoc.html"; }
-  std::string GetDescription() const override;
 
   std::string GetExecutable() override;
   bool GetCommandLine(ICommandLineBuilder& builder) override;

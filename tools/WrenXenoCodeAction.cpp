@@ -17,11 +17,9 @@ std::string XenoCodeLocation() {
 
 TWrenXenoCodeAction::TWrenXenoCodeAction() { UseStartingDir = true; }
 
-std::string TWrenXenoCodeAction::GetDescription() const {
-  const std::string own = TWrenExecuteAbstractAction::GetDescription();
-  return own.empty() ? "Runs Xenocode's command-line program on a Xenocode project. Its switches "
-                       "are not publicly documented: put them in ExtraSwitches as written"
-                     : own;
+std::string TWrenXenoCodeAction::GetNotes() const {
+  return "Runs Xenocode's command-line program on a Xenocode project. Its switches "
+                       "are not publicly documented: put them in ExtraSwitches as written";
 }
 
 const TPropertyTable& TWrenXenoCodeAction::ClassProperties() {

@@ -44,7 +44,7 @@ TEST_F(XenoCodeActionTest, ValidationAndPage) {
             (std::vector<std::pair<std::string, std::string>>{
                 {"Options", "Path to Xenocode's program not correct, please check Tools->Options"},
                 {"Project File", "Project file has not been set"}}));
-  EXPECT_NE(action.GetDescription().find("not publicly documented"), std::string::npos);
+  EXPECT_NE(action.GetNotes().find("not publicly documented"), std::string::npos);
 
   test::ApplyProperties(action, {{"ProjectFile", "a.xcproj"}, {"ExtraSwitches", "/x"}});
   TWrenXenoCodeAction copy;
