@@ -310,6 +310,7 @@ int CmdDescribe(TCliContext& ctx, const std::string& className) {
                                {"category", registered->category},
                                {"icon", registered->iconResourceName},
                                {"description", action->GetDescription()},
+                               {"notes", action->GetNotes()},
                                {"helpTopic", action->GetHelpTopicID()},
                                {"quickHelp", action->GetQuickHelpFilename()},
                                {"properties", props},
@@ -324,6 +325,7 @@ int CmdDescribe(TCliContext& ctx, const std::string& className) {
     *ctx.out << "  steps show: " << action->DisplayName() << "\n";
   if (!action->GetDescription().empty())
     *ctx.out << "  description: " << action->GetDescription() << "\n";
+  if (!action->GetNotes().empty()) *ctx.out << "  notes: " << action->GetNotes() << "\n";
   *ctx.out << "  properties (value at creation):\n";
   for (const auto& p : props) {
     *ctx.out << "    " << p["name"].get<std::string>() << " : " << p["kind"].get<std::string>();

@@ -90,6 +90,9 @@ class TCustomWrenAction {
 
   virtual std::string GetDescription() const { return description_; }
   void SetDescription(const std::string& text) { description_ = text; }
+  /// What a user should know about the class's tool before using it (limits, undocumented
+  /// parts); shown by the host's action descriptions, never stored.
+  virtual std::string GetNotes() const { return ""; }
 
   static const TPropertyTable& ClassProperties();
   virtual const TPropertyTable& GetPublishedProperties() const { return ClassProperties(); }

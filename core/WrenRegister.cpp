@@ -38,6 +38,22 @@
 #include "tools/WrenNAntOptions.h"
 #include "tools/WrenNUnitAction.h"
 #include "tools/WrenNUnitOptions.h"
+#include "pages/WrenDemeanorFrames.h"
+#include "pages/WrenDotfuscatorFrames.h"
+#include "pages/WrenFxCopFrames.h"
+#include "pages/WrenNDocFrames.h"
+#include "pages/WrenToolOptionsFrame.h"
+#include "pages/WrenXenoCodeFrames.h"
+#include "tools/WrenDemeanorAction.h"
+#include "tools/WrenDemeanorOptions.h"
+#include "tools/WrenDotfuscatorAction.h"
+#include "tools/WrenDotfuscatorOptions.h"
+#include "tools/WrenFxCopAction.h"
+#include "tools/WrenFxCopOptions.h"
+#include "tools/WrenNDocAction.h"
+#include "tools/WrenNDocOptions.h"
+#include "tools/WrenXenoCodeAction.h"
+#include "tools/WrenXenoCodeOptions.h"
 
 using namespace wren;
 
@@ -50,6 +66,22 @@ void RegisterActionRow(bool designTime, const std::string& displayName, const st
   const TWrenActionClass actionClass = ActionClassOf<A>();
   WrenActionServices().RegisterAction(displayName, category, actionClass, icon);
   if (designTime && !pages.empty()) WrenActionServices().RegisterPropertyPages(actionClass, pages);
+}
+
+/// Registers a tool's options object with its icon and, at design time, its options page.
+template <class O, class F>
+void RegisterToolOptions(bool designTime, const std::string& icon) {
+  WrenOptionsServices().RegisterOptions(OptionsClassOf<O>(), icon);
+  if (designTime)
+    WrenOptionsServices().RegisterOptionsPages(OptionsClassOf<O>(), {FrameClassOf<F>()});
+}
+
+/// Lets scripts read the tool location held by the options O.
+template <class O>
+void RegisterToolOptionsScriptObject(const std::string& name) {
+  WrenScriptingServices().RegisterObject(name, [] {
+    return ToolOptionsScriptObject(O::StaticClassName(), O::kOptionsName, O::kOptionsCategory);
+  });
 }
 
 }  // namespace
@@ -153,9 +185,39 @@ extern "C" WREN_EXPORT void WrenRegister(bool designTime) {
                                                {FrameClassOf<TNAntOptionsFrame>()});
   RegisterActionRow<TNAntAction>(designTime, TNAntAction::GetActionName(), "Build Tools",
                                  "NANTICON", {FrameClassOf<TNAntFrame>()});
+  // Row 26, after the NDoc options, their scripting object and page.
+  RegisterToolOptions<TWrenNDocOptions, TNDocOptionsFrame>(designTime, "NDOCICON");
+  RegisterToolOptionsScriptObject<TWrenNDocOptions>("NDocOptionsObject");
+  RegisterActionRow<TWrenNDocAction>(designTime, TWrenNDocAction::GetActionName(), "Help Compilers",
+                                     "NDOCICON", {});
+  if (designTime)
+    for (const TWrenFrameClass& page :
+         {FrameClassOf<TNDOCFrame>(), FrameClassOf<TNDocDocumenterFrame>()})
+      WrenActionServices().RegisterPropertyPages(ActionClassOf<TWrenNDocAction>(), {page});
   // Row 27.
   RegisterActionRow<TWrenResGenAction>(designTime, TWrenResGenAction::GetActionName(), ".Net Tools",
                                        "RESGEN", {FrameClassOf<TResGenFrame>()});
+  // Rows 28 to 31, each after its options and their page.
+  RegisterToolOptions<TWrenFxCopOptions, TFxCopOptionsFrame>(designTime, "FXCOPICON");
+  RegisterActionRow<TWrenFxCopAction>(
+      designTime, TWrenFxCopAction::GetActionName(), ".Net Tools", "FXCOPICON",
+      {FrameClassOf<TFrameFxCopTargets>(), FrameClassOf<TFrameFxCopRules>(),
+       FrameClassOf<TFrameFxCopOptions>(), FrameClassOf<TFrameFxCopTypesAndMembers>(),
+       FrameClassOf<TFrameFxCopAdditional>()});
+  RegisterToolOptions<TWrenDotfuscatorOptions, TDotfuscatorOptionsFrame>(designTime,
+                                                                          "DotfuscatorICON");
+  RegisterActionRow<TWrenDotfuscatorAction>(designTime, TWrenDotfuscatorAction::GetActionName(),
+                                            ".Net Tools", "DotfuscatorICON",
+                                            {FrameClassOf<TDotfuscatorFrame>()});
+  RegisterToolOptions<TWrenDemeanorOptions, TDemeanorOptionsFrame>(designTime, "DemeanorICON");
+  RegisterActionRow<TWrenDemeanorAction>(
+      designTime, TWrenDemeanorAction::GetActionName(), ".Net Tools", "DemeanorICON",
+      {FrameClassOf<TDemeanorPEFrame>(), FrameClassOf<TDemeanorExcludeFrame>()});
+  RegisterToolOptions<TWrenXenoCodeOptions, TXenoCodeOptionsFrame>(designTime, "XenoCodeICON");
+  RegisterToolOptionsScriptObject<TWrenXenoCodeOptions>("XenoCodeOptionsObject");
+  RegisterActionRow<TWrenXenoCodeAction>(designTime, TWrenXenoCodeAction::GetActionName(),
+                                         ".Net Tools", "XenoCodeICON",
+                                         {FrameClassOf<TXenoCodeFrame>()});
   // Row 32: shares the updater's bitmap, spelled so.
   RegisterActionRow<TWrenDotNetComReferenceFixAction>(
       designTime, TWrenDotNetComReferenceFixAction::GetActionName(), ".Net Tools", "ASSEMBLYUPATER",

@@ -15,7 +15,8 @@ struct Row {
 };
 constexpr const char* kNet = ".Net Tools";
 
-// The registered rows in the order users see them (the classes the package builds).
+// The registered rows in the order users see them (the classes the package builds). Icon names
+// are registered as the bitmaps are named, upper-case (DotfuscatorICON finds DOTFUSCATORICON).
 const Row kRows[] = {
     {"TWrenAssemblyInfoUpdaterAction", "AssemblyInfo Updater", "Compilers", "ASSEMBLYUPATER", 2},
     {"TWrenCSharpCompilerAction", "Microsoft C# Compiler", "Compilers", "CSHARP", 5},
@@ -38,7 +39,12 @@ const Row kRows[] = {
     {"TMSBuildAction", "MSBuild Project", "Build Tools", "MSBUILDICON", 1},
     {"TWrenNUnitAction", "NUnit", "Testing Tools", "NUNIT", 1},
     {"TNAntAction", "NAnt Project", "Build Tools", "NANTICON", 1},
+    {"TWrenNDocAction", "NDoc", "Help Compilers", "NDOCICON", 2},
     {"TWrenResGenAction", "Resource Compiler [ResGen]", kNet, "RESGEN", 1},
+    {"TWrenFxCopAction", "FxCop", kNet, "FXCOPICON", 5},
+    {"TWrenDotfuscatorAction", "Dotfuscator", kNet, "DOTFUSCATORICON", 1},
+    {"TWrenDemeanorAction", "Demeanor", kNet, "DEMEANORICON", 2},
+    {"TWrenXenoCodeAction", "XenoCode", kNet, "XENOCODEICON", 1},
     {"TWrenDotNetComReferenceFixAction", "Fix TlbImp Project Reference", kNet, "ASSEMBLYUPATER", 1},
 };
 
@@ -67,8 +73,21 @@ void ExpectRegisteredRows(bool designTime) {
   const std::string page = designTime ? "1" : "0";
   EXPECT_EQ(options, (std::vector<std::string>{"TWrenDotNetOptions/DOTNETOPT/" + page,
                                                "TWrenNUnitOptions/NUNIT/0",
-                                               "TWrenNAntOptions/NANTICON/" + page}));
+                                               "TWrenNAntOptions/NANTICON/" + page,
+                                               "TWrenNDocOptions/NDOCICON/" + page,
+                                               "TWrenFxCopOptions/FXCOPICON/" + page,
+                                               "TWrenDotfuscatorOptions/DOTFUSCATORICON/" + page,
+                                               "TWrenDemeanorOptions/DEMEANORICON/" + page,
+                                               "TWrenXenoCodeOptions/XENOCODEICON/" + page}));
   EXPECT_NE(CreateScriptObject("DotNetOptionsObject"), nullptr);
+  // The tool options that scripts may read: each object reports its tool's location.
+  for (const char* name : {"NDocOptionsObject", "XenoCodeOptionsObject"}) {
+    const std::shared_ptr<TWrenScriptObject> object = CreateScriptObject(name);
+    ASSERT_NE(object, nullptr) << name;
+    ASSERT_EQ(object->fields.size(), 1u);
+    EXPECT_EQ(object->fields[0].first, "Location");
+    EXPECT_EQ(object->fields[0].second(), WrenVariant(std::string())) << name;
+  }
   std::vector<std::string> methods;  // script methods with their parameter types
   for (const TWrenScriptMethodInfo& m : WrenRegistrations().scriptMethods) {
     methods.push_back(m.className + "." + m.methodName);

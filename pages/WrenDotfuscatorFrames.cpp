@@ -1,0 +1,80 @@
+#include "pages/WrenDotfuscatorFrames.h"
+
+#include "WrenUtils.h"
+#include "dotnet/WrenDotNetAction.h"
+#include "tools/WrenDotfuscatorAction.h"
+
+namespace wren {
+
+namespace {
+
+template <class E>
+E Chosen(const TComboBoxModel& combo, E current) {
+  if (combo.itemIndex < 0 || combo.itemIndex >= static_cast<int>(combo.items.size()))
+    return current;
+  return static_cast<E>(combo.itemIndex);
+}
+
+}  // namespace
+
+TDotfuscatorFrame::TDotfuscatorFrame() {
+  cbRename.caption = "Renaming";
+  cbRename.items = {"As configured", "On", "Off"};
+  cbKeep.caption = "Keep when renaming";
+  cbKeep.items = {"As configured", "Namespaces", "Type hierarchy", "Nothing"};
+}
+
+void TDotfuscatorFrame::SetQuiet(bool quiet) {
+  cbQuiet.checked = quiet;
+  cbVerbose.enabled = !quiet;
+}
+
+void TDotfuscatorFrame::ReadActionData(TWrenAction& action) {
+  const auto* d = dynamic_cast<const TWrenDotfuscatorAction*>(&action);
+  if (!d) return;
+  edConfigFile.text = d->ConfigFile;
+  SetQuiet(d->Quiet);
+  cbVerbose.checked = d->Verbose;
+  cbInvestigate.checked = d->Investigate;
+  mmProperties.lines = d->Properties;
+  mmInputAssemblies.lines = d->InputAssemblies;
+  edOutputDirectory.text = d->OutputDirectory;
+  edMakeConfig.text = d->MakeConfig;
+  cbDisableAll.checked = d->DisableAll;
+  cbRename.itemIndex = static_cast<int>(d->Rename);
+  cbKeep.itemIndex = static_cast<int>(d->Keep);
+  edMapFile.text = d->MapFile;
+  cbOverwriteMap.checked = d->OverwriteMap;
+  mmExtraSwitches.lines = d->ExtraSwitches;
+}
+
+void TDotfuscatorFrame::WriteActionData(TWrenAction& action) {
+  auto* d = dynamic_cast<TWrenDotfuscatorAction*>(&action);
+  if (!d) return;
+  d->ConfigFile = edConfigFile.text;
+  d->Quiet = cbQuiet.checked;
+  d->Verbose = cbVerbose.checked;
+  d->Investigate = cbInvestigate.checked;
+  d->Properties = mmProperties.lines;
+  d->InputAssemblies = mmInputAssemblies.lines;
+  d->OutputDirectory = edOutputDirectory.text;
+  d->MakeConfig = edMakeConfig.text;
+  d->DisableAll = cbDisableAll.checked;
+  d->Rename = Chosen(cbRename, d->Rename);
+  d->Keep = Chosen(cbKeep, d->Keep);
+  d->MapFile = edMapFile.text;
+  d->OverwriteMap = cbOverwriteMap.checked;
+  d->ExtraSwitches = mmExtraSwitches.lines;
+}
+
+bool TDotfuscatorFrame::CheckPage(std::string& message) {
+  if (!Trim(edConfigFile.text).empty()) return true;
+  for (const std::string& line : mmInputAssemblies.lines)
+    if (!Trim(line).empty()) return true;
+  message = "Configuration File is required.";
+  return false;
+}
+
+bool TDotfuscatorFrame::BrowseConfigFile() { return GetFile(edConfigFile, kConfigFilter); }
+
+}  // namespace wren

@@ -1,0 +1,137 @@
+#include "pages/WrenFxCopFrames.h"
+
+#include "WrenUtils.h"
+#include "dotnet/WrenDotNetAction.h"
+#include "tools/WrenFxCopAction.h"
+
+namespace wren {
+
+void TFrameFxCopTargets::SetUseProjectFile(bool useProjectFile) {
+  rbProjectFile.checked = useProjectFile;
+  rbTargets.checked = !useProjectFile;
+  edProjectFile.enabled = useProjectFile;
+  mmTargets.enabled = !useProjectFile;
+}
+
+void TFrameFxCopTargets::ReadActionData(TWrenAction& action) {
+  const auto* fxcop = dynamic_cast<const TWrenFxCopAction*>(&action);
+  if (!fxcop) return;
+  SetUseProjectFile(fxcop->UseProjectFile);
+  edProjectFile.text = fxcop->ProjectFile;
+  mmTargets.lines = fxcop->Targets;
+  mmDependencyDirectories.lines = fxcop->DependencyDirectories;
+  edPlatformDirectory.text = fxcop->PlatformDirectory;
+  cbSearchGac.checked = fxcop->SearchGac;
+  mmImports.lines = fxcop->Imports;
+}
+
+void TFrameFxCopTargets::WriteActionData(TWrenAction& action) {
+  auto* fxcop = dynamic_cast<TWrenFxCopAction*>(&action);
+  if (!fxcop) return;
+  fxcop->UseProjectFile = rbProjectFile.checked;
+  fxcop->ProjectFile = edProjectFile.text;
+  fxcop->Targets = mmTargets.lines;
+  fxcop->DependencyDirectories = mmDependencyDirectories.lines;
+  fxcop->PlatformDirectory = edPlatformDirectory.text;
+  fxcop->SearchGac = cbSearchGac.checked;
+  fxcop->Imports = mmImports.lines;
+}
+
+bool TFrameFxCopTargets::CheckPage(std::string& message) {
+  if (rbProjectFile.checked) {
+    if (!Trim(edProjectFile.text).empty()) return true;
+    message = "Project File is required.";
+    return false;
+  }
+  for (const std::string& line : mmTargets.lines)
+    if (!Trim(line).empty()) return true;
+  message = "At least one target assembly is required.";
+  return false;
+}
+
+bool TFrameFxCopTargets::BrowseProjectFile() { return GetFile(edProjectFile, kProjectFilter); }
+
+void TFrameFxCopRules::ReadActionData(TWrenAction& action) {
+  const auto* fxcop = dynamic_cast<const TWrenFxCopAction*>(&action);
+  if (!fxcop) return;
+  mmRuleLibraries.lines = fxcop->RuleLibraries;
+  mmRuleIds.lines = fxcop->RuleIds;
+  edDictionary.text = fxcop->Dictionary;
+}
+
+void TFrameFxCopRules::WriteActionData(TWrenAction& action) {
+  auto* fxcop = dynamic_cast<TWrenFxCopAction*>(&action);
+  if (!fxcop) return;
+  fxcop->RuleLibraries = mmRuleLibraries.lines;
+  fxcop->RuleIds = mmRuleIds.lines;
+  fxcop->Dictionary = edDictionary.text;
+}
+
+void TFrameFxCopOptions::ReadActionData(TWrenAction& action) {
+  const auto* fxcop = dynamic_cast<const TWrenFxCopAction*>(&action);
+  if (!fxcop) return;
+  edOutputFile.text = fxcop->OutputFile;
+  edOutputXsl.text = fxcop->OutputXsl;
+  cbApplyOutputXsl.checked = fxcop->ApplyOutputXsl;
+  cbForceOutput.checked = fxcop->ForceOutput;
+  cbToConsole.checked = fxcop->ToConsole;
+  edConsoleXsl.text = fxcop->ConsoleXsl;
+  cbSummary.checked = fxcop->Summary;
+  cbVerbose.checked = fxcop->Verbose;
+  cbQuiet.checked = fxcop->Quiet;
+  cbUpdateProject.checked = fxcop->UpdateProject;
+  cbIgnoreGeneratedCode.checked = fxcop->IgnoreGeneratedCode;
+  edTimeout.text = fxcop->Timeout;
+}
+
+void TFrameFxCopOptions::WriteActionData(TWrenAction& action) {
+  auto* fxcop = dynamic_cast<TWrenFxCopAction*>(&action);
+  if (!fxcop) return;
+  fxcop->OutputFile = edOutputFile.text;
+  fxcop->OutputXsl = edOutputXsl.text;
+  fxcop->ApplyOutputXsl = cbApplyOutputXsl.checked;
+  fxcop->ForceOutput = cbForceOutput.checked;
+  fxcop->ToConsole = cbToConsole.checked;
+  fxcop->ConsoleXsl = edConsoleXsl.text;
+  fxcop->Summary = cbSummary.checked;
+  fxcop->Verbose = cbVerbose.checked;
+  fxcop->Quiet = cbQuiet.checked;
+  fxcop->UpdateProject = cbUpdateProject.checked;
+  fxcop->IgnoreGeneratedCode = cbIgnoreGeneratedCode.checked;
+  fxcop->Timeout = edTimeout.text;
+}
+
+bool TFrameFxCopOptions::CheckPage(std::string& message) {
+  if (!Trim(edOutputFile.text).empty() || cbToConsole.checked || !Trim(edConsoleXsl.text).empty() ||
+      cbUpdateProject.checked)
+    return true;
+  message = "A report file or console output is required.";
+  return false;
+}
+
+void TFrameFxCopTypesAndMembers::ReadActionData(TWrenAction& action) {
+  if (const auto* fxcop = dynamic_cast<const TWrenFxCopAction*>(&action))
+    mmTypes.lines = fxcop->Types;
+}
+
+void TFrameFxCopTypesAndMembers::WriteActionData(TWrenAction& action) {
+  if (auto* fxcop = dynamic_cast<TWrenFxCopAction*>(&action)) fxcop->Types = mmTypes.lines;
+}
+
+void TFrameFxCopAdditional::ReadActionData(TWrenAction& action) {
+  const auto* fxcop = dynamic_cast<const TWrenFxCopAction*>(&action);
+  if (!fxcop) return;
+  mmExtraSwitches.lines = fxcop->ExtraSwitches;
+  cbReferenceErrorsFail.checked = fxcop->ReferenceErrorsFail;
+  cbFailOnMessages.checked = fxcop->FailOnMessages;
+}
+
+void TFrameFxCopAdditional::WriteActionData(TWrenAction& action) {
+  auto* fxcop = dynamic_cast<TWrenFxCopAction*>(&action);
+  if (!fxcop) return;
+  fxcop->ExtraSwitches = mmExtraSwitches.lines;
+  fxcop->ReferenceErrorsFail = cbReferenceErrorsFail.checked;
+  fxcop->FailOnMessages = cbFailOnMessages.checked;
+}
+
+}  // namespace wren

@@ -1,0 +1,90 @@
+#include "pages/WrenNDocFrames.h"
+
+#include "WrenUtils.h"
+#include "dotnet/WrenDotNetAction.h"
+#include "tools/WrenNDocAction.h"
+
+namespace wren {
+
+void TNDOCFrame::SetUseProjectFile(bool useProjectFile) {
+  rbProjectFile.checked = useProjectFile;
+  rbAssemblies.checked = !useProjectFile;
+  edProjectFile.enabled = useProjectFile;
+  mmAssemblies.enabled = !useProjectFile;
+  mmReferencePaths.enabled = !useProjectFile;
+  edNamespaceSummaries.enabled = !useProjectFile;
+}
+
+void TNDOCFrame::ReadActionData(TWrenAction& action) {
+  const auto* ndoc = dynamic_cast<const TWrenNDocAction*>(&action);
+  if (!ndoc) return;
+  SetUseProjectFile(ndoc->UseProjectFile);
+  edProjectFile.text = ndoc->ProjectFile;
+  mmAssemblies.lines = ndoc->Assemblies;
+  mmReferencePaths.lines = ndoc->ReferencePaths;
+  edNamespaceSummaries.text = ndoc->NamespaceSummaries;
+  cbVerbose.checked = ndoc->Verbose;
+}
+
+void TNDOCFrame::WriteActionData(TWrenAction& action) {
+  auto* ndoc = dynamic_cast<TWrenNDocAction*>(&action);
+  if (!ndoc) return;
+  ndoc->UseProjectFile = rbProjectFile.checked;
+  ndoc->ProjectFile = edProjectFile.text;
+  ndoc->Assemblies = mmAssemblies.lines;
+  ndoc->ReferencePaths = mmReferencePaths.lines;
+  ndoc->NamespaceSummaries = edNamespaceSummaries.text;
+  ndoc->Verbose = cbVerbose.checked;
+}
+
+bool TNDOCFrame::CheckPage(std::string& message) {
+  if (rbProjectFile.checked) {
+    if (!Trim(edProjectFile.text).empty()) return true;
+    message = "Project File is required.";
+    return false;
+  }
+  for (const std::string& line : mmAssemblies.lines)
+    if (!Trim(line).empty()) return true;
+  message = "At least one assembly is required.";
+  return false;
+}
+
+bool TNDOCFrame::BrowseProjectFile() { return GetFile(edProjectFile, kProjectFilter); }
+bool TNDOCFrame::BrowseNamespaceSummaries() {
+  return GetFile(edNamespaceSummaries, kSummariesFilter);
+}
+
+TNDocDocumenterFrame::TNDocDocumenterFrame() {
+  cbDocumenter.caption = "Documenter";
+  cbDocumenter.items = {"MSDN", "VS.NET_2003", "JavaDoc", "LaTeX", "LinearHtml", "XML"};
+}
+
+void TNDocDocumenterFrame::ReadActionData(TWrenAction& action) {
+  const auto* ndoc = dynamic_cast<const TWrenNDocAction*>(&action);
+  if (!ndoc) return;
+  cbDocumenter.itemIndex = -1;
+  for (size_t i = 0; i < cbDocumenter.items.size(); ++i)
+    if (SameText(cbDocumenter.items[i], ndoc->Documenter))
+      cbDocumenter.itemIndex = static_cast<int>(i);
+  // A documenter of the user's own stays selectable.
+  if (cbDocumenter.itemIndex < 0 && !Trim(ndoc->Documenter).empty()) {
+    cbDocumenter.items.push_back(ndoc->Documenter);
+    cbDocumenter.itemIndex = static_cast<int>(cbDocumenter.items.size()) - 1;
+  }
+  mmProperties.lines = ndoc->DocumenterProperties;
+}
+
+void TNDocDocumenterFrame::WriteActionData(TWrenAction& action) {
+  auto* ndoc = dynamic_cast<TWrenNDocAction*>(&action);
+  if (!ndoc) return;
+  ndoc->Documenter = cbDocumenter.Selected();
+  ndoc->DocumenterProperties = mmProperties.lines;
+}
+
+bool TNDocDocumenterFrame::CheckPage(std::string& message) {
+  if (!cbDocumenter.Selected().empty()) return true;
+  message = "Documenter is required.";
+  return false;
+}
+
+}  // namespace wren
