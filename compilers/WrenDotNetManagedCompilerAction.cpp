@@ -283,6 +283,12 @@ void TWrenManagedCompilerAction::AddResourceLines(const std::string& expanded,
   }
 }
 
+void TWrenManagedCompilerAction::AddProjectResourceLines(const std::string& expanded,
+                                                         const std::string& projectDir,
+                                                         TStrings& lines) const {
+  AddResourceLines(expanded, projectDir, TManifestRule::WithRootNameSpace, lines);
+}
+
 bool TWrenManagedCompilerAction::GenerateResponseFile(const std::string& projectDir,
                                                       TStrings& lines) {
   switch (Target) {
@@ -353,7 +359,7 @@ bool TWrenManagedCompilerAction::GenerateResponseFile(const std::string& project
     std::string joined, expanded;
     for (const std::string& line : ProjectResources) joined += (joined.empty() ? "" : ",") + line;
     if (!TryExpandExpression("Resource", joined, false, expanded)) return false;
-    AddResourceLines(expanded, projectDir, TManifestRule::WithRootNameSpace, lines);
+    AddProjectResourceLines(expanded, projectDir, lines);
   }
   if (!ProjectLicenses.empty()) {
     std::string joined, expanded;

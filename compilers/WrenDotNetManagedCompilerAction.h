@@ -130,6 +130,10 @@ class TWrenManagedCompilerAction : public TWrenDotNetAction, public IWrenManaged
   /// Saves lines to path, each ended by CR LF, replacing an older file. False when an older file
   /// is read-only or the file cannot be written.
   static bool SaveLinesToFile(const std::string& path, const TStrings& lines);
+  /// The "/resource:" lines of the expanded ProjectResources; project actions that know the
+  /// manifest name of each resource write them their own way.
+  virtual void AddProjectResourceLines(const std::string& expanded, const std::string& projectDir,
+                                       TStrings& lines) const;
 
  private:
   /// Which embedded resources are given a manifest name after the root namespace.

@@ -1,0 +1,269 @@
+#include "compilers/WrenVSProjectReader.h"
+
+#include <pugixml.hpp>
+
+#include <cctype>
+#include <cstdlib>
+#include <regex>
+
+#include "WrenFiles.h"
+#include "WrenUtils.h"
+
+namespace wren {
+
+namespace {
+
+struct TLanguageElement {
+  const char* name;
+  TVSLanguage language;
+  bool smartDevice;
+};
+
+const TLanguageElement kLanguageElements[] = {
+    {"CSHARP", TVSLanguage::CSharp, false},
+    {"VisualBasic", TVSLanguage::VisualBasic, false},
+    {"VISUALJSHARP", TVSLanguage::JSharp, false},
+    {"ECSHARP", TVSLanguage::CSharp, true},
+    {"EVisualBasic", TVSLanguage::VisualBasic, true},
+};
+
+std::string Attr(const pugi::xml_node& node, const char* name) {
+  // Attribute names are matched without case: hand-edited files vary.
+  for (const pugi::xml_attribute& a : node.attributes())
+    if (SameText(a.name(), name)) return a.value();
+  return "";
+}
+
+int IntAttr(const pugi::xml_node& node, const char* name) {
+  return std::atoi(Attr(node, name).c_str());
+}
+
+void AppendAttributes(const pugi::xml_node& node, TStrings& lines) {
+  for (const pugi::xml_attribute& a : node.attributes())
+    lines.push_back(std::string(a.name()) + "=" + a.value());
+}
+
+pugi::xml_node Child(const pugi::xml_node& node, const char* name) {
+  for (const pugi::xml_node& c : node.children())
+    if (SameText(c.name(), name)) return c;
+  return {};
+}
+
+std::string PlatformlessName(const std::string& name) {
+  const size_t bar = name.find('|');
+  return bar == std::string::npos ? name : name.substr(0, bar);
+}
+
+std::string ReplaceChar(std::string text, char what, char with) {
+  for (char& c : text)
+    if (c == what) c = with;
+  return text;
+}
+
+}  // namespace
+
+std::string TVSProject::Setting(const std::string& name) const {
+  return ValueOfName(settings, name);
+}
+
+std::string TVSProject::ConfigValue(const std::string& name) const {
+  return ValueOfName(config, name);
+}
+
+bool TVSProject::ConfigFlag(const std::string& name, bool def) const {
+  const std::string value = Trim(ConfigValue(name));
+  if (value.empty()) return def;
+  return SameText(value, "true");
+}
+
+std::string TVSProject::OutputExtension() const {
+  return SameText(Setting("OutputType"), "Library") ? ".dll" : ".exe";
+}
+
+std::string TVSProject::OutputFileName() const { return Setting("AssemblyName") + OutputExtension(); }
+
+std::string TVSProject::RelativeOutputFile() const {
+  const std::string outputPath = ConfigValue("OutputPath");
+  const std::string dir = outputPath.empty() ? "" : IncludeTrailingPathDelimiter(NativePath(outputPath));
+  return dir + OutputFileName();
+}
+
+bool VSLanguageOfExtension(const std::string& fileName, TVSLanguage& language) {
+  const std::string ext = LowerCase(ExtractFileExt(fileName));
+  if (ext == ".csproj" || ext == ".csdproj")
+    language = TVSLanguage::CSharp;
+  else if (ext == ".vbproj" || ext == ".vbdproj")
+    language = TVSLanguage::VisualBasic;
+  else if (ext == ".vjsproj")
+    language = TVSLanguage::JSharp;
+  else
+    return false;
+  return true;
+}
+
+std::string NativePath(const std::string& path) {
+  return PathDelim == '/' ? ReplaceChar(path, '\\', '/') : ReplaceChar(path, '/', '\\');
+}
+
+bool ReadVSProject(const std::string& fileName, const std::string& configName, TVSProject& project,
+                   std::string& error) {
+  project = TVSProject();
+  project.fileName = fileName;
+  project.dir = ExtractFilePath(fileName);
+  if (!FileExists(fileName)) {
+    error = "the file does not exist";
+    return false;
+  }
+  pugi::xml_document doc;
+  const pugi::xml_parse_result parsed = doc.load_file(fileName.c_str());
+  if (!parsed) {
+    error = std::string("it is not well-formed XML (") + parsed.description() + " at offset " +
+            std::to_string(parsed.offset) + ")";
+    return false;
+  }
+  const pugi::xml_node root = doc.document_element();
+  if (!SameText(root.name(), "VisualStudioProject")) {
+    error = "it is not a Visual Studio 2002/2003 project (root element <" +
+            std::string(root.name()) + ">)";
+    return false;
+  }
+  pugi::xml_node lang;
+  for (const pugi::xml_node& c : root.children()) {
+    if (c.type() != pugi::node_element) continue;
+    for (const TLanguageElement& e : kLanguageElements)
+      if (SameText(c.name(), e.name)) {
+        lang = c;
+        project.language = e.language;
+        project.smartDevice = e.smartDevice;
+      }
+    if (lang) break;
+    error = "unsupported element <" + std::string(c.name()) + "> under <VisualStudioProject>";
+    return false;
+  }
+  if (!lang) {
+    error = "it holds no project language element";
+    return false;
+  }
+  project.guid = Attr(lang, "ProjectGuid");
+
+  const pugi::xml_node build = Child(lang, "Build");
+  const pugi::xml_node settings = Child(build, "Settings");
+  if (!settings) {
+    error = "it has no <Build><Settings> element";
+    return false;
+  }
+  AppendAttributes(settings, project.settings);
+
+  pugi::xml_node chosen;
+  for (const pugi::xml_node& c : settings.children()) {
+    if (!SameText(c.name(), "Config")) continue;
+    const std::string name = Attr(c, "Name");
+    project.configNames.push_back(name);
+    if (SameText(name, configName)) chosen = c;
+  }
+  if (!chosen && configName.find('|') == std::string::npos) {
+    // "Debug" picks "Debug|Pocket PC" when the project has one platform.
+    int matches = 0;
+    for (const pugi::xml_node& c : settings.children())
+      if (SameText(c.name(), "Config") && SameText(PlatformlessName(Attr(c, "Name")), configName)) {
+        chosen = c;
+        ++matches;
+      }
+    if (matches != 1) chosen = {};
+  }
+  if (!chosen) {
+    std::string names;
+    for (const std::string& n : project.configNames) names += (names.empty() ? "" : ", ") + n;
+    error = "it has no configuration named \"" + configName + "\" (configurations: " +
+            (names.empty() ? "none" : names) + ")";
+    return false;
+  }
+  project.configName = Attr(chosen, "Name");
+  AppendAttributes(chosen, project.config);
+
+  for (const pugi::xml_node& r : Child(build, "References").children()) {
+    if (!SameText(r.name(), "Reference")) continue;
+    TVSReference ref;
+    ref.name = Attr(r, "Name");
+    ref.assemblyName = Attr(r, "AssemblyName");
+    ref.hintPath = Attr(r, "HintPath");
+    ref.assemblyFolderKey = Attr(r, "AssemblyFolderKey");
+    ref.project = Attr(r, "Project");
+    ref.guid = Attr(r, "Guid");
+    ref.wrapperTool = Attr(r, "WrapperTool");
+    ref.platform = Attr(r, "Platform");
+    ref.privateCopy = Attr(r, "Private");
+    ref.versionMajor = IntAttr(r, "VersionMajor");
+    ref.versionMinor = IntAttr(r, "VersionMinor");
+    ref.lcid = IntAttr(r, "Lcid");
+    // Designer-only references of smart-device projects never reach the compiler.
+    if (FindText(ref.platform, "-Designer") != std::string::npos) continue;
+    project.references.push_back(ref);
+  }
+  for (const pugi::xml_node& i : Child(build, "Imports").children())
+    if (SameText(i.name(), "Import")) project.imports.push_back(Attr(i, "Namespace"));
+
+  for (const pugi::xml_node& f : Child(Child(lang, "Files"), "Include").children()) {
+    if (!SameText(f.name(), "File")) continue;
+    TVSFile file;
+    file.relPath = Attr(f, "RelPath");
+    file.buildAction = Attr(f, "BuildAction");
+    file.subType = Attr(f, "SubType");
+    file.dependentUpon = Attr(f, "DependentUpon");
+    file.link = Attr(f, "Link");
+    project.files.push_back(file);
+  }
+  return true;
+}
+
+std::string FirstDeclaredClass(const std::string& source, TVSLanguage language) {
+  // Comments and strings could hide or fake a declaration; drop them before looking.
+  static const std::regex kCComments(R"(//[^\n]*|/\*[\s\S]*?\*/|"(?:[^"\\\n]|\\.)*")");
+  static const std::regex kVBComments(R"('[^\n]*|"[^"\n]*")");
+  const bool vb = language == TVSLanguage::VisualBasic;
+  const std::string text = std::regex_replace(source, vb ? kVBComments : kCComments, " ");
+
+  static const std::regex kCNamespace(R"(\bnamespace\s+([A-Za-z_][\w.]*)\s*\{|\bclass\s+([A-Za-z_]\w*))");
+  static const std::regex kJPackage(R"(\bpackage\s+([A-Za-z_][\w.]*)\s*;|\bclass\s+([A-Za-z_]\w*))");
+  static const std::regex kVBNamespace(
+      R"((?:^|\n)[ \t]*(?:(?:Public|Friend|Private|Partial|NotInheritable|MustInherit)\s+)*(Namespace|Class)\s+([A-Za-z_][\w.]*))",
+      std::regex::icase);
+  std::string ns;
+  if (vb) {
+    for (std::sregex_iterator it(text.begin(), text.end(), kVBNamespace), end; it != end; ++it) {
+      const std::string& kind = (*it)[1];
+      if (SameText(kind, "Namespace")) {
+        ns += (ns.empty() ? "" : ".") + (*it)[2].str();
+      } else {
+        return (ns.empty() ? "" : ns + ".") + (*it)[2].str();
+      }
+    }
+    return "";
+  }
+  const std::regex& pattern = language == TVSLanguage::JSharp ? kJPackage : kCNamespace;
+  for (std::sregex_iterator it(text.begin(), text.end(), pattern), end; it != end; ++it) {
+    if ((*it)[1].matched)
+      ns += (ns.empty() ? "" : ".") + (*it)[1].str();
+    else
+      return (ns.empty() ? "" : ns + ".") + (*it)[2].str();
+  }
+  return "";
+}
+
+std::string VSManifestName(const TVSProject& project, const TVSFile& file,
+                           const std::string& formClass) {
+  const bool resx = SameText(ExtractFileExt(file.relPath), ".resx");
+  const std::string rootNamespace = Trim(project.Setting("RootNamespace"));
+  const std::string prefix = rootNamespace.empty() ? "" : rootNamespace + ".";
+  if (resx && !formClass.empty()) {
+    // VB puts the root namespace in front of what the source declares; C# and J# sources
+    // declare their full namespace.
+    return (project.language == TVSLanguage::VisualBasic ? prefix : "") + formClass + ".resources";
+  }
+  std::string name = ReplaceChar(ReplaceChar(file.relPath, '/', '\\'), '\\', '.');
+  if (project.language == TVSLanguage::VisualBasic) name = ExtractFileName(NativePath(file.relPath));
+  if (resx) name = ChangeFileExt(name, ".resources");
+  return prefix + name;
+}
+
+}  // namespace wren
