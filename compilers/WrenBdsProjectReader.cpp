@@ -66,8 +66,10 @@ TStrings OptionsOf(const pugi::xml_node& personality) {
   return options;
 }
 
+/// A folder option in the project's own (backslash) form, ending in its delimiter.
 std::string SetFolderDelimiter(const std::string& value) {
-  return value.empty() ? value : IncludeTrailingPathDelimiter(value);
+  if (value.empty() || value.back() == '\\' || value.back() == '/') return value;
+  return value + "\\";
 }
 
 }  // namespace

@@ -21,16 +21,20 @@ class ProjectActions : public ::testing::Test {
     fs::create_directories(dir_ / "fw/v4.0.30319");
     fs::create_directories(dir_ / "sdk/Bin");
     test::WriteFile(dir_ / "solution/Vendor/Vendor.dll", "");
+    UseRegistry("");
+    host_.host.SetDryRun(true);
+  }
+  /// The machine's registry: the framework and SDK, then the extra text.
+  void UseRegistry(const std::string& extra) {
     const std::string reg =
         "REGEDIT4\n\n[HKEY_LOCAL_MACHINE\\Software\\Microsoft\\.NETFramework]\n"
         "\"InstallRoot\"=\"" + dir_ / "fw/" + "\"\n"
-        "\"sdkInstallRootv4.0\"=\"" + dir_ / "sdk/" + "\"\n";
+        "\"sdkInstallRootv4.0\"=\"" + dir_ / "sdk/" + "\"\n\n" + extra;
     std::string error;
     std::shared_ptr<IWrenRegistry> registry = ParseRegistryText(reg, "machine.reg", error);
     ASSERT_TRUE(registry) << error;
     SetWrenRegistry(registry);
     ReleaseWrenDotNetInfo();
-    host_.host.SetDryRun(true);
   }
   void TearDown() override {
     SetWrenRegistry(nullptr);
@@ -164,6 +168,72 @@ TEST_F(ProjectActions, ProjectsThatCannotBeLoadedFailWithOneMessageAndNoResponse
     ASSERT_EQ(host_.log.size(), 1u) << host_.Text();
     EXPECT_EQ(host_.log[0], c.message);
     EXPECT_FALSE(test::Exists(lib + "wrenresp.rsp"));
+  }
+}
+
+TEST_F(ProjectActions, ComReferencesGetWrappersFromTheRegisteredTypeLibrary) {
+  const std::string guid = "{EAB22AC0-30C1-11CF-A7EB-0000C05BAE0B}";
+  UseRegistry("[HKEY_CLASSES_ROOT\\TypeLib\\" + guid + "\\1.1\\0\\win32]\n@=\"" +
+              dir_ / "system/shdocvw.dll" + "\"\n");
+  const std::string com = dir_ / "solution/Com/";
+  auto write = [&](const std::string& extraReference) {
+    test::WriteFile(com + "Com.csproj",
+                    "<VisualStudioProject><CSHARP><Build>"
+                    "<Settings AssemblyName = \"Com\" OutputType = \"WinExe\" RootNamespace = \"Com\">"
+                    "<Config Name = \"Debug\" OutputPath = \"bin\\\" DebugSymbols = \"false\"/>"
+                    "</Settings><References>"
+                    "<Reference Name = \"SHDocVw\" Guid = \"" + guid + "\" VersionMajor = \"1\" "
+                    "VersionMinor = \"1\" Lcid = \"0\" WrapperTool = \"tlbimp\"/>"
+                    "<Reference Name = \"AxSHDocVw\" Guid = \"" + guid + "\" VersionMajor = \"1\" "
+                    "VersionMinor = \"1\" Lcid = \"0\" WrapperTool = \"aximp\"/>" +
+                    extraReference +
+                    "</References></Build><Files><Include>"
+                    "<File RelPath = \"Main.cs\" BuildAction = \"Compile\"/>"
+                    "</Include></Files></CSHARP></VisualStudioProject>");
+  };
+  write("");
+  TWrenCSProjCompilerAction action;
+  Prepare(action, "Com/Com.csproj", "Debug");
+  ASSERT_NE(test::CommandLineOf(action), "<failed>") << host_.Text();
+  const std::string obj = com + "obj/Debug/";
+  const auto& runs = host_.host.DryRunRecords();
+  ASSERT_EQ(runs.size(), 2u);
+  EXPECT_EQ(runs[0].executable, dir_ / "sdk/Bin/tlbimp.exe");
+  EXPECT_EQ(runs[0].argv, (std::vector<std::string>{dir_ / "system/shdocvw.dll",
+                                                    "/out:" + obj + "Interop.SHDocVw.dll",
+                                                    "/namespace:SHDocVw"}));
+  EXPECT_EQ(runs[1].executable, dir_ / "sdk/Bin/aximp.exe");
+  EXPECT_EQ(runs[1].argv, (std::vector<std::string>{dir_ / "system/shdocvw.dll",
+                                                    "/out:" + obj + "AxInterop.SHDocVw.dll",
+                                                    "/rcw:" + obj + "Interop.SHDocVw.dll"}));
+  const std::string text = test::ReadFile(com + "wrenresp.rsp");
+  EXPECT_NE(text.find("/reference:" + obj + "Interop.SHDocVw.dll\r\n/reference:" + obj +
+                      "AxInterop.SHDocVw.dll\r\n"),
+            std::string::npos)
+      << text;
+
+  // Unregistered libraries and missing primary interop assemblies fail the step naming them.
+  struct Case {
+    std::string reference;
+    std::string message;
+  };
+  const Case cases[] = {
+      {"<Reference Name = \"Shell32\" Guid = \"{50A7E9B0-70EF-11D1-B75A-00A0C90564FE}\" "
+       "VersionMajor = \"1\" VersionMinor = \"10\" Lcid = \"0\" WrapperTool = \"tlbimp\"/>",
+       "Unable to resolve COM reference Shell32: type library "
+       "{50A7E9B0-70EF-11D1-B75A-00A0C90564FE} 1.10 is not registered"},
+      {"<Reference Name = \"stdole\" Guid = \"{00020430-0000-0000-C000-000000000046}\" "
+       "VersionMajor = \"2\" VersionMinor = \"0\" Lcid = \"0\" WrapperTool = \"primary\"/>",
+       "Unable to resolve COM reference stdole: no primary interop assembly found (looked in "},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.message);
+    write(c.reference);
+    host_.log.clear();
+    TWrenCSProjCompilerAction failing;
+    Prepare(failing, "Com/Com.csproj", "Debug");
+    EXPECT_EQ(test::CommandLineOf(failing), "<failed>");
+    EXPECT_TRUE(host_.Logged(c.message)) << host_.Text();
   }
 }
 
