@@ -1,5 +1,8 @@
 #include "pages/WrenProjectCompilerFrames.h"
 
+#include <utility>
+#include <variant>
+
 #include "WrenUtils.h"
 
 namespace wren {
@@ -26,8 +29,8 @@ bool GetBool(const TWrenAction& action, const char* name) {
 
 }  // namespace
 
-TProjectFilePageBase::TProjectFilePageBase(std::string projectFilter)
-    : projectFilter_(std::move(projectFilter)) {
+TProjectFilePageBase::TProjectFilePageBase(std::string projectFilter, bool configRequired)
+    : projectFilter_(std::move(projectFilter)), configRequired_(configRequired) {
   lblHeading.caption = "Project";
   edProjectFile.caption = "Project File:";
   edConfigName.caption = "Configuration:";
@@ -62,7 +65,7 @@ bool TProjectFilePageBase::CheckPage(std::string& message) {
     message = "Project File is required.";
     return false;
   }
-  if (Trim(edConfigName.text).empty()) {
+  if (configRequired_ && Trim(edConfigName.text).empty()) {
     message = "Configuration is required.";
     return false;
   }
@@ -79,6 +82,6 @@ TJSharpPropertyPage::TJSharpPropertyPage()
     : TProjectFilePageBase("J# Projects (*.vjsproj)|*.vjsproj") {}
 
 TCSharpBuilderPropertyPage::TCSharpBuilderPropertyPage()
-    : TProjectFilePageBase("C# Builder Projects (*.bdsproj)|*.bdsproj") {}
+    : TProjectFilePageBase("C# Builder Projects (*.bdsproj)|*.bdsproj", false) {}
 
 }  // namespace wren

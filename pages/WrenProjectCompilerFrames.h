@@ -12,7 +12,8 @@ namespace wren {
 /// project files their browse button offers.
 class TProjectFilePageBase : public TDotNetToolBaseFrame {
  public:
-  explicit TProjectFilePageBase(std::string projectFilter);
+  /// configRequired: Visual Studio projects need a configuration; C#Builder ones hold only one.
+  explicit TProjectFilePageBase(std::string projectFilter, bool configRequired = true);
   std::string PageName() const override { return "Project"; }
 
   void ReadActionData(TWrenAction& action) override;
@@ -32,6 +33,7 @@ class TProjectFilePageBase : public TDotNetToolBaseFrame {
 
  private:
   std::string projectFilter_;
+  bool configRequired_;
 };
 
 /// Page of the C# project action.
