@@ -2,7 +2,6 @@
 
 #include <pugixml.hpp>
 
-#include <cctype>
 #include <cstdlib>
 #include <regex>
 
@@ -216,12 +215,77 @@ bool ReadVSProject(const std::string& fileName, const std::string& configName, T
   return true;
 }
 
+namespace {
+
+/// The source with comments and string and character literals blanked out, so that what they
+/// say cannot be taken for a declaration. Scanned by hand: long comments would take a regular
+/// expression engine too deep.
+std::string WithoutCommentsAndStrings(const std::string& source, bool vb) {
+  std::string text = source;
+  const size_t n = text.size();
+  size_t i = 0;
+  auto blank = [&](size_t from, size_t to) {
+    for (size_t k = from; k < to && k < n; ++k)
+      if (text[k] != '\n') text[k] = ' ';
+  };
+  while (i < n) {
+    const char c = text[i];
+    if (vb) {
+      if (c == '\'') {
+        const size_t end = text.find('\n', i);
+        blank(i, end == std::string::npos ? n : end);
+        i = end == std::string::npos ? n : end;
+      } else if (c == '"') {
+        size_t k = i + 1;
+        while (k < n && (text[k] != '"' || (k + 1 < n && text[k + 1] == '"'))) k += text[k] == '"' ? 2 : 1;
+        blank(i, k + 1);
+        i = k + 1;
+      } else {
+        ++i;
+      }
+      continue;
+    }
+    if (c == '/' && i + 1 < n && text[i + 1] == '/') {
+      const size_t end = text.find('\n', i);
+      blank(i, end == std::string::npos ? n : end);
+      i = end == std::string::npos ? n : end;
+    } else if (c == '/' && i + 1 < n && text[i + 1] == '*') {
+      const size_t end = text.find("*/", i + 2);
+      const size_t stop = end == std::string::npos ? n : end + 2;
+      blank(i, stop);
+      i = stop;
+    } else if (c == '"' || c == '\'') {
+      const bool verbatim = c == '"' && i > 0 && text[i - 1] == '@';
+      size_t k = i + 1;
+      while (k < n) {
+        if (verbatim && text[k] == '"') {
+          if (k + 1 < n && text[k + 1] == '"') {  // a doubled quote inside @"..."
+            k += 2;
+            continue;
+          }
+          break;
+        }
+        if (!verbatim && text[k] == '\\') {
+          k += 2;
+          continue;
+        }
+        if (!verbatim && (text[k] == c || text[k] == '\n')) break;
+        ++k;
+      }
+      blank(i, k + 1);
+      i = k + 1;
+    } else {
+      ++i;
+    }
+  }
+  return text;
+}
+
+}  // namespace
+
 std::string FirstDeclaredClass(const std::string& source, TVSLanguage language) {
-  // Comments and strings could hide or fake a declaration; drop them before looking.
-  static const std::regex kCComments(R"(//[^\n]*|/\*[\s\S]*?\*/|"(?:[^"\\\n]|\\.)*")");
-  static const std::regex kVBComments(R"('[^\n]*|"[^"\n]*")");
   const bool vb = language == TVSLanguage::VisualBasic;
-  const std::string text = std::regex_replace(source, vb ? kVBComments : kCComments, " ");
+  const std::string text = WithoutCommentsAndStrings(source, vb);
 
   static const std::regex kCNamespace(R"(\bnamespace\s+([A-Za-z_][\w.]*)\s*\{|\bclass\s+([A-Za-z_]\w*))");
   static const std::regex kJPackage(R"(\bpackage\s+([A-Za-z_][\w.]*)\s*;|\bclass\s+([A-Za-z_]\w*))");

@@ -135,6 +135,17 @@ TEST(VSProjectReader, FirstDeclaredClassSkipsCommentsAndStrings) {
     SCOPED_TRACE(c.source);
     EXPECT_EQ(FirstDeclaredClass(c.source, c.language), c.expected);
   }
+  // Verbatim strings with doubled quotes, escaped quotes, and a comment longer than a regular
+  // expression engine can walk (it used to crash the reader).
+  EXPECT_EQ(FirstDeclaredClass("string a = @\"x \"\"class No\"\" y\"; string b = \"\\\" class No\";\n"
+                               "namespace N { class Yes {} }",
+                               TVSLanguage::CSharp),
+            "N.Yes");
+  EXPECT_EQ(FirstDeclaredClass("/*" + std::string(200000, 'x') + "*/ class Big {}",
+                               TVSLanguage::CSharp),
+            "Big");
+  EXPECT_EQ(FirstDeclaredClass("Dim s = \"a \"\"Class No\"\"\"\nClass Yes\n", TVSLanguage::VisualBasic),
+            "Yes");
 }
 
 TEST(VSProjectReader, ManifestNamesAsVisualStudioGivesThem) {
