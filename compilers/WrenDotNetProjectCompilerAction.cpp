@@ -2,7 +2,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <regex>
 #include <sstream>
 
 #include "WrenFiles.h"
@@ -235,6 +234,29 @@ bool RunResourceSteps(TWrenManagedCompilerAction& action, const TVSProject& proj
   return true;
 }
 
+/// One Project(...) line of a solution file.
+struct TSolutionProject {
+  std::string name, path, guid;
+};
+
+/// The projects a solution lists: Project("{type}") = "Name", "path", "{GUID}".
+std::vector<TSolutionProject> SolutionProjects(const std::string& text) {
+  std::vector<TSolutionProject> projects;
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) {
+    if (Trim(line).rfind("Project(", 0) != 0) continue;
+    TStrings quoted;
+    for (size_t open = line.find('"'); open != std::string::npos; open = line.find('"', open)) {
+      const size_t close = line.find('"', open + 1);
+      if (close == std::string::npos) break;
+      quoted.push_back(line.substr(open + 1, close - open - 1));
+      open = close + 1;
+    }
+    if (quoted.size() >= 4) projects.push_back({quoted[1], quoted[2], quoted[3]});
+  }
+  return projects;
+}
+
 bool CopyFile(TWrenManagedCompilerAction& action, const std::string& from, const std::string& to) {
   std::error_code ec;
   fs::copy_file(from, to, fs::copy_options::overwrite_existing, ec);
@@ -267,20 +289,18 @@ std::string ProjectResourceLine(const std::string& entry) {
 bool ResolveProjectReference(const std::string& fromDir, const std::string& guid,
                              const std::string& configName, std::string& output,
                              std::string& error) {
-  static const std::regex kProjectLine(
-      R"re(Project\("\{[^}]*\}"\)\s*=\s*"([^"]*)"\s*,\s*"([^"]*)"\s*,\s*"(\{[^}]*\})")re");
   TStrings searched;
   for (fs::path dir = fs::path(fromDir).lexically_normal(); !dir.empty();) {
     if (dir.filename().empty()) dir = dir.parent_path();
     std::error_code ec;
-    for (const fs::directory_entry& entry : fs::directory_iterator(dir, ec)) {
-      if (!SameText(entry.path().extension().string(), ".sln")) continue;
-      searched.push_back(entry.path().string());
-      const std::string text = ReadText(entry.path().string());
-      for (std::sregex_iterator it(text.begin(), text.end(), kProjectLine), end; it != end; ++it) {
-        if (!SameText((*it)[3].str(), guid)) continue;
+    for (const fs::directory_entry& sln : fs::directory_iterator(dir, ec)) {
+      if (!SameText(sln.path().extension().string(), ".sln")) continue;
+      searched.push_back(sln.path().string());
+      const std::string text = ReadText(sln.path().string());
+      for (const TSolutionProject& listed : SolutionProjects(text)) {
+        if (!SameText(listed.guid, guid)) continue;
         const std::string projectFile =
-            (entry.path().parent_path() / NativePath((*it)[2].str())).lexically_normal().string();
+            (sln.path().parent_path() / NativePath(listed.path)).lexically_normal().string();
         TVSProject other;
         std::string cause;
         if (!ReadVSProject(projectFile, configName, other, cause)) {
@@ -289,7 +309,7 @@ bool ResolveProjectReference(const std::string& fromDir, const std::string& guid
         }
         output = ProjectPath(other, other.RelativeOutputFile());
         if (!FileExists(output)) {
-          error = "project " + (*it)[1].str() + " has not been built: " + output + " is missing";
+          error = "project " + listed.name + " has not been built: " + output + " is missing";
           return false;
         }
         return true;

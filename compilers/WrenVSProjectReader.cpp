@@ -2,8 +2,8 @@
 
 #include <pugixml.hpp>
 
+#include <cctype>
 #include <cstdlib>
-#include <regex>
 
 #include "WrenFiles.h"
 #include "WrenUtils.h"
@@ -286,30 +286,36 @@ std::string WithoutCommentsAndStrings(const std::string& source, bool vb) {
 std::string FirstDeclaredClass(const std::string& source, TVSLanguage language) {
   const bool vb = language == TVSLanguage::VisualBasic;
   const std::string text = WithoutCommentsAndStrings(source, vb);
-
-  static const std::regex kCNamespace(R"(\bnamespace\s+([A-Za-z_][\w.]*)\s*\{|\bclass\s+([A-Za-z_]\w*))");
-  static const std::regex kJPackage(R"(\bpackage\s+([A-Za-z_][\w.]*)\s*;|\bclass\s+([A-Za-z_]\w*))");
-  static const std::regex kVBNamespace(
-      R"((?:^|\n)[ \t]*(?:(?:Public|Friend|Private|Partial|NotInheritable|MustInherit)\s+)*(Namespace|Class)\s+([A-Za-z_][\w.]*))",
-      std::regex::icase);
-  std::string ns;
-  if (vb) {
-    for (std::sregex_iterator it(text.begin(), text.end(), kVBNamespace), end; it != end; ++it) {
-      const std::string& kind = (*it)[1];
-      if (SameText(kind, "Namespace")) {
-        ns += (ns.empty() ? "" : ".") + (*it)[2].str();
-      } else {
-        return (ns.empty() ? "" : ns + ".") + (*it)[2].str();
-      }
+  // Words (dotted names kept whole) and single punctuation characters, in order.
+  TStrings tokens;
+  for (size_t i = 0; i < text.size();) {
+    const unsigned char c = static_cast<unsigned char>(text[i]);
+    if (std::isalnum(c) || c == '_') {
+      size_t k = i;
+      while (k < text.size() &&
+             (std::isalnum(static_cast<unsigned char>(text[k])) || text[k] == '_' || text[k] == '.'))
+        ++k;
+      tokens.push_back(text.substr(i, k - i));
+      i = k;
+    } else {
+      if (!std::isspace(c)) tokens.push_back(std::string(1, text[i]));
+      ++i;
     }
-    return "";
   }
-  const std::regex& pattern = language == TVSLanguage::JSharp ? kJPackage : kCNamespace;
-  for (std::sregex_iterator it(text.begin(), text.end(), pattern), end; it != end; ++it) {
-    if ((*it)[1].matched)
-      ns += (ns.empty() ? "" : ".") + (*it)[1].str();
-    else
-      return (ns.empty() ? "" : ns + ".") + (*it)[2].str();
+  auto isName = [](const std::string& t) {
+    return !t.empty() && (std::isalpha(static_cast<unsigned char>(t[0])) || t[0] == '_');
+  };
+  const char* const scope = language == TVSLanguage::JSharp ? "package" : "namespace";
+  std::string ns;
+  for (size_t i = 0; i + 1 < tokens.size(); ++i) {
+    const bool afterEnd = vb && i > 0 && SameText(tokens[i - 1], "End");
+    const bool same = vb ? SameText(tokens[i], scope) : tokens[i] == scope;
+    if (same && !afterEnd && isName(tokens[i + 1])) {
+      ns += (ns.empty() ? "" : ".") + tokens[i + 1];
+    } else if ((vb ? SameText(tokens[i], "Class") : tokens[i] == "class") && !afterEnd &&
+               isName(tokens[i + 1])) {
+      return (ns.empty() ? "" : ns + ".") + tokens[i + 1];
+    }
   }
   return "";
 }
