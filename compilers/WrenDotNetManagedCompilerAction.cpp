@@ -289,6 +289,13 @@ void TWrenManagedCompilerAction::AddResourceLines(const std::string& expanded,
   }
 }
 
+void TWrenManagedCompilerAction::AddProjectResourceLines(const std::string& expanded,
+                                                         const std::string& projectDir,
+                                                         const std::string& rootNameSpace,
+                                                         TStrings& lines) const {
+  AddResourceLines(expanded, projectDir, rootNameSpace, TManifestRule::WithRootNameSpace, lines);
+}
+
 bool TWrenManagedCompilerAction::GenerateResponseFile(const std::string& projectDir,
                                                       TStrings& lines) {
   switch (Target) {
@@ -364,8 +371,7 @@ bool TWrenManagedCompilerAction::GenerateResponseFile(const std::string& project
     std::string joined, expanded;
     for (const std::string& line : ProjectResources) joined += (joined.empty() ? "" : ",") + line;
     if (!ExpandResponseValue("Resource", joined, expanded)) return false;
-    AddResourceLines(expanded, projectDir, rootNameSpace, TManifestRule::WithRootNameSpace,
-                     lines);
+    AddProjectResourceLines(expanded, projectDir, rootNameSpace, lines);
   }
   if (!ProjectLicenses.empty()) {
     std::string joined, expanded;

@@ -138,6 +138,10 @@ class TWrenManagedCompilerAction : public TWrenDotNetAction, public IWrenManaged
   static bool SaveLinesToFile(const std::string& path, const TStrings& lines,
                               std::string& reason);
   static bool SaveLinesToFile(const std::string& path, const TStrings& lines);
+  /// The "/resource:" lines of the expanded ProjectResources (rootNameSpace expanded too); project
+  /// actions that know the manifest name of each resource write them their own way.
+  virtual void AddProjectResourceLines(const std::string& expanded, const std::string& projectDir,
+                                       const std::string& rootNameSpace, TStrings& lines) const;
 
  private:
   /// Which embedded resources are given a manifest name after the root namespace.

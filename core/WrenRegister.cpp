@@ -7,6 +7,8 @@
 #include "pages/WrenAssemblyInfoUpdaterFrame.h"
 #include "dotnet/WrenDotNetOptionsImpl.h"
 #include "compilers/WrenCSharpCompilerAction.h"
+#include "compilers/WrenDotNetProjectCompilerAction.h"
+#include "pages/WrenProjectCompilerFrames.h"
 #include "compilers/WrenJSharpDotNetCompilerAction.h"
 #include "compilers/WrenMSBuildAction.h"
 #include "compilers/WrenVBDotNetCompilerAction.h"
@@ -84,6 +86,17 @@ void RegisterToolOptionsScriptObject(const std::string& name) {
   });
 }
 
+/// Registers a project compiler action with its page and, at design time, the file-name editor
+/// of its ProjectFile property.
+template <class A, class Page>
+void RegisterProjectActionRow(bool designTime, const std::string& icon, const std::string& editor,
+                              const std::string& extension, const std::string& filter) {
+  RegisterActionRow<A>(designTime, A::GetActionName(), "Compilers", icon, {FrameClassOf<Page>()});
+  if (designTime)
+    WrenActionServices().RegisterPropertyEditor("string", ActionClassOf<A>(), "ProjectFile",
+                                                {editor, "Select Project File", extension, filter});
+}
+
 }  // namespace
 
 extern "C" WREN_EXPORT void WrenRegister(bool designTime) {
@@ -115,6 +128,9 @@ extern "C" WREN_EXPORT void WrenRegister(bool designTime) {
                                         FrameClassOf<TCSharpCompilerResourcesFrame>()})
       WrenActionServices().RegisterPropertyPages(ActionClassOf<TWrenCSharpCompilerAction>(),
                                                  {page});
+  // Row 3.
+  RegisterProjectActionRow<TWrenCSProjCompilerAction, TProjectCompilerFrame>(
+      designTime, "CSHARP", "TWrenCSharpProjectEditor", "csproj", "C# Projects (*.csproj)|*.csproj");
   // Row 4.
   RegisterActionRow<TWrenVBDotNetCompilerAction>(
       designTime, TWrenVBDotNetCompilerAction::GetActionName(), "Compilers", "VBDOTNET", {});
@@ -126,6 +142,10 @@ extern "C" WREN_EXPORT void WrenRegister(bool designTime) {
                                         FrameClassOf<TVBDotNetCompilerResourcesFrame>()})
       WrenActionServices().RegisterPropertyPages(ActionClassOf<TWrenVBDotNetCompilerAction>(),
                                                  {page});
+  // Row 5.
+  RegisterProjectActionRow<TWrenVBProjCompilerAction, TVBProjPropertyPage>(
+      designTime, "VBDOTNET", "TWrenVBProjectEditor", "vbproj",
+      "VB.NET Projects (*.vbproj)|*.vbproj");
   // Row 6.
   RegisterActionRow<TWrenJSharpCompilerAction>(
       designTime, TWrenJSharpCompilerAction::GetActionName(), "Compilers", "JSHARP", {});
@@ -137,6 +157,10 @@ extern "C" WREN_EXPORT void WrenRegister(bool designTime) {
                                         FrameClassOf<TJSharpCompilerResourcesFrame>()})
       WrenActionServices().RegisterPropertyPages(ActionClassOf<TWrenJSharpCompilerAction>(),
                                                  {page});
+  // Row 7.
+  RegisterProjectActionRow<TWrenJSProjCompilerAction, TJSharpPropertyPage>(
+      designTime, "JSHARP", "TWrenJSharpProjectEditor", "vjsproj",
+      "J# Projects (*.vjsproj)|*.vjsproj");
   // Rows 8 to 21: the SDK tools.
   RegisterActionRow<TGACInstallAction>(designTime, "GAC Install [GACUTIL]", ".Net Tools",
                                        "GACINSTALL", {FrameClassOf<TGACInstallFrame>()});
@@ -174,6 +198,10 @@ extern "C" WREN_EXPORT void WrenRegister(bool designTime) {
   // Row 22.
   RegisterActionRow<TMSBuildAction>(designTime, TMSBuildAction::GetActionName(), "Build Tools",
                                     "MSBUILDICON", {FrameClassOf<TMSBuildFrame>()});
+  // Row 23.
+  RegisterProjectActionRow<TWrenBorlandCSBuilderProjCompilerAction, TCSharpBuilderPropertyPage>(
+      designTime, "BDSPROJ", "TWrenCSharpBuilderProjectEditor", "bdsproj",
+      "C# Builder Projects (*.bdsproj)|*.bdsproj");
   // Row 24, after the NUnit options it takes the runner's location from.
   WrenOptionsServices().RegisterOptions(OptionsClassOf<TWrenNUnitOptions>(), "NUNIT");
   RegisterActionRow<TWrenNUnitAction>(designTime, TWrenNUnitAction::GetActionName(), "Testing Tools",

@@ -20,8 +20,11 @@ constexpr const char* kNet = ".Net Tools";
 const Row kRows[] = {
     {"TWrenAssemblyInfoUpdaterAction", "AssemblyInfo Updater", "Compilers", "ASSEMBLYUPATER", 2},
     {"TWrenCSharpCompilerAction", "Microsoft C# Compiler", "Compilers", "CSHARP", 5},
+    {"TWrenCSProjCompilerAction", "Microsoft C# Project Compiler", "Compilers", "CSHARP", 1},
     {"TWrenVBDotNetCompilerAction", "Microsoft VB.NET Compiler", "Compilers", "VBDOTNET", 5},
+    {"TWrenVBProjCompilerAction", "Microsoft VB.Net Project Compiler", "Compilers", "VBDOTNET", 1},
     {"TWrenJSharpCompilerAction", "Microsoft J# Compiler", "Compilers", "JSHARP", 5},
+    {"TWrenJSProjCompilerAction", "Microsoft J# Project Compiler", "Compilers", "JSHARP", 1},
     {"TGACInstallAction", "GAC Install [GACUTIL]", kNet, "GACINSTALL", 1},
     {"TGACUninstallAction", "GAC Uninstall [GACUTIL]", kNet, "GACUNINSTALL", 1},
     {"TGACListAction", "GAC Download Cache [GACUTIL]", kNet, "GACLIST", 1},
@@ -37,6 +40,8 @@ const Row kRows[] = {
     {"TALGenericAL", "Run AL.EXE", kNet, "RUNAL", 1},
     {"TASPIISRegGeneric", "Run ASPNET_REGIIS.EXE", kNet, "RUNASPNETREGIIS", 1},
     {"TMSBuildAction", "MSBuild Project", "Build Tools", "MSBUILDICON", 1},
+    {"TWrenBorlandCSBuilderProjCompilerAction", "Borland C# Builder Compiler", "Compilers",
+     "BDSPROJ", 1},
     {"TWrenNUnitAction", "NUnit", "Testing Tools", "NUNIT", 1},
     {"TNAntAction", "NAnt Project", "Build Tools", "NANTICON", 1},
     {"TWrenNDocAction", "NDoc", "Help Compilers", "NDOCICON", 2},
@@ -95,7 +100,24 @@ void ExpectRegisteredRows(bool designTime) {
   }
   EXPECT_EQ(methods, (std::vector<std::string>{"TWrenAssemblyInfo.AddEntry string string boolean",
                                                "TWrenAssemblyInfo.RemoveEntry string"}));
-  EXPECT_EQ(WrenRegistrations().editors.size(), 0u);  // the project compilers are not built
+  // The project-file editors: only at design time, one per project action.
+  std::vector<std::string> editors;
+  for (const TWrenRegisteredEditor& e : WrenRegistrations().editors)
+    editors.push_back(e.actionClass + "." + e.propertyName + " (" + e.propertyType + "): " +
+                      e.editor.name + " \"" + e.editor.dialogTitle + "\" " +
+                      e.editor.defaultExtension + " " + e.editor.filter);
+  const std::vector<std::string> expectedEditors = {
+      "TWrenCSProjCompilerAction.ProjectFile (string): TWrenCSharpProjectEditor "
+      "\"Select Project File\" csproj C# Projects (*.csproj)|*.csproj",
+      "TWrenVBProjCompilerAction.ProjectFile (string): TWrenVBProjectEditor "
+      "\"Select Project File\" vbproj VB.NET Projects (*.vbproj)|*.vbproj",
+      "TWrenJSProjCompilerAction.ProjectFile (string): TWrenJSharpProjectEditor "
+      "\"Select Project File\" vjsproj J# Projects (*.vjsproj)|*.vjsproj",
+      "TWrenBorlandCSBuilderProjCompilerAction.ProjectFile (string): "
+      "TWrenCSharpBuilderProjectEditor \"Select Project File\" bdsproj "
+      "C# Builder Projects (*.bdsproj)|*.bdsproj",
+  };
+  EXPECT_EQ(editors, designTime ? expectedEditors : std::vector<std::string>{});
 }
 
 TEST(WrenRegister, RegistersEveryRowPagesOnlyAtDesignTimeAndTheSameThroughDlopen) {
