@@ -208,7 +208,7 @@ TEST(Scripts, InterruptEndsAScriptThatNeverReturns) {
     const int status = host.Wait(30000);
     ASSERT_NE(status, -1) << "the host did not stop on signal " << signal;
     ASSERT_TRUE(WIFEXITED(status)) << status;
-    EXPECT_EQ(WEXITSTATUS(status), 1);
+    EXPECT_EQ(WEXITSTATUS(status), 128 + signal);  // stopped, as a shell reports a signal
     const std::vector<nlohmann::json> events = JsonLines(host.output);
     EXPECT_NE(LogText(events).find("looping\n"), std::string::npos) << host.output;
     EXPECT_NE(LogText(events).find("script OnProcessEntry, line "), std::string::npos)
