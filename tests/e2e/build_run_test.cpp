@@ -14,6 +14,7 @@
 #include <sstream>
 #include <thread>
 
+#include "CliMachine.h"
 #include "TestSupport.h"
 
 extern char** environ;
@@ -23,45 +24,7 @@ namespace {
 
 using nlohmann::json;
 
-/// A temporary machine: a hive whose SDK's sn.exe is the argv recorder, options in the temp dir.
-class Machine {
- public:
-  Machine() {
-    test::WriteFile(dir / "fw/v4.0.30319/.keep", "");
-    sn = dir / "sdk/Bin/sn.exe";
-    test::InstallRecorder(sn);
-    test::WriteFile(dir / "registry.reg",
-                    "Windows Registry Editor Version 5.00\r\n\r\n"
-                    "[HKEY_LOCAL_MACHINE\\Software\\Microsoft\\.NETFramework]\r\n"
-                    "\"InstallRoot\"=\"" + dir.path() + "fw/\"\r\n"
-                    "\"sdkInstallRootv4.0\"=\"" + dir.path() + "sdk/\"\r\n");
-  }
-
-  std::vector<std::string> Command(std::vector<std::string> args) const {
-    args.insert(args.begin(), {MARROWBY_EXE, "--registry", dir / "registry.reg", "--options",
-                               dir / "options.xml"});
-    return args;
-  }
-
-  int Run(const std::vector<std::string>& args, std::string* out = nullptr,
-          std::string* err = nullptr, const std::string& cwd = "") const {
-    std::string o, e;
-    const int code = test::RunProgram(Command(args), &o, cwd, &e);
-    if (out) *out = o;
-    if (err) *err = e;
-    return code;
-  }
-
-  void WriteProject(const std::string& name, const std::string& actions,
-                    const std::string& variables = "") const {
-    test::WriteFile(dir / name,
-                    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<MarrowbyProject version=\"1\">\n" +
-                        variables + "  <Actions>\n" + actions + "  </Actions>\n</MarrowbyProject>\n");
-  }
-
-  test::TempDir dir;
-  std::string sn;
-};
+using Machine = CliMachine;
 
 std::string Step(const std::string& cls, const std::vector<std::pair<std::string, std::string>>& props,
                  const std::string& attributes = "") {

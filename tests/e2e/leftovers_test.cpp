@@ -13,6 +13,7 @@
 #include <sstream>
 #include <thread>
 
+#include "CliMachine.h"
 #include "TestSupport.h"
 
 extern char** environ;
@@ -20,50 +21,7 @@ extern char** environ;
 namespace wren {
 namespace {
 
-/// A temporary machine whose SDK's sn.exe is the given shell script.
-class ScriptMachine {
- public:
-  explicit ScriptMachine(const std::string& snScript) {
-    test::WriteFile(dir / "fw/v4.0.30319/.keep", "");
-    test::WriteFile(dir / "sdk/Bin/sn.exe", snScript);
-    ::chmod((dir / "sdk/Bin/sn.exe").c_str(), 0755);
-    test::WriteFile(dir / "registry.reg",
-                    "Windows Registry Editor Version 5.00\r\n\r\n"
-                    "[HKEY_LOCAL_MACHINE\\Software\\Microsoft\\.NETFramework]\r\n"
-                    "\"InstallRoot\"=\"" + dir.path() + "fw/\"\r\n"
-                    "\"sdkInstallRootv4.0\"=\"" + dir.path() + "sdk/\"\r\n");
-  }
-
-  std::vector<std::string> Command(std::vector<std::string> args) const {
-    args.insert(args.begin(), {MARROWBY_EXE, "--registry", dir / "registry.reg", "--options",
-                               dir / "options.xml"});
-    return args;
-  }
-
-  void WriteProject(const std::string& name, const std::string& actions) const {
-    test::WriteFile(dir / name,
-                    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<MarrowbyProject version=\"1\">\n"
-                    "  <Actions>\n" + actions + "  </Actions>\n</MarrowbyProject>\n");
-  }
-
-  /// Starts marrowby without waiting for it, its output thrown away.
-  pid_t Start(const std::vector<std::string>& args) const {
-    const std::vector<std::string> command = Command(args);
-    std::vector<char*> argv;
-    for (const std::string& a : command) argv.push_back(const_cast<char*>(a.c_str()));
-    argv.push_back(nullptr);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
-    pid_t pid = -1;
-    const int rc = posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    return rc == 0 ? pid : -1;
-  }
-
-  test::TempDir dir;
-};
+using ScriptMachine = CliMachine;
 
 bool Running(pid_t pid) {
   if (::kill(pid, 0) != 0) return false;

@@ -2,35 +2,11 @@
 // their place and nothing runs; no file, however built, crashes the loader.
 #include <gtest/gtest.h>
 
+#include "CliMachine.h"
 #include "TestSupport.h"
 
 namespace wren {
 namespace {
-
-/// A temporary machine whose SDK sn.exe is the argv recorder, so a step that runs leaves a trace.
-class ProjectMachine {
- public:
-  ProjectMachine() {
-    test::WriteFile(dir / "fw/v4.0.30319/.keep", "");
-    sn = dir / "sdk/Bin/sn.exe";
-    test::InstallRecorder(sn);
-    test::WriteFile(dir / "registry.reg",
-                    "Windows Registry Editor Version 5.00\r\n\r\n"
-                    "[HKEY_LOCAL_MACHINE\\Software\\Microsoft\\.NETFramework]\r\n"
-                    "\"InstallRoot\"=\"" + dir.path() + "fw/\"\r\n"
-                    "\"sdkInstallRootv4.0\"=\"" + dir.path() + "sdk/\"\r\n");
-  }
-
-  int Run(const std::string& command, const std::string& project, std::string& err) const {
-    std::string out;
-    return test::RunProgram({MARROWBY_EXE, "--registry", dir / "registry.reg", "--options",
-                             dir / "options.xml", command, project},
-                            &out, "", &err);
-  }
-
-  test::TempDir dir;
-  std::string sn;
-};
 
 const char kHead[] =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<MarrowbyProject version=\"1\">\n";
@@ -66,7 +42,7 @@ TEST(ProjectFiles, MalformedOrMistypedFilesAreRefusedAndNothingRuns) {
        ":10: text outside the root element"},
       {"nested 15,000 deep", deep, ":3: elements nested more than 100 deep"},
   };
-  ProjectMachine m;
+  CliMachine m;
   const std::string path = m.dir / "p.mbproj";
   for (const auto& c : cases) {
     SCOPED_TRACE(c.label);
@@ -74,7 +50,7 @@ TEST(ProjectFiles, MalformedOrMistypedFilesAreRefusedAndNothingRuns) {
     for (const char* command : {"validate", "run"}) {
       SCOPED_TRACE(command);
       std::string err;
-      EXPECT_EQ(m.Run(command, path, err), 2) << err;
+      EXPECT_EQ(m.Run({command, path}, nullptr, &err), 2) << err;
       EXPECT_NE(err.find("marrowby: " + path + c.where), std::string::npos) << err;
       EXPECT_TRUE(test::RecordedCall(m.sn).is_null()) << "a step ran";
     }
@@ -84,7 +60,7 @@ TEST(ProjectFiles, MalformedOrMistypedFilesAreRefusedAndNothingRuns) {
   test::WriteFile(path, kHead + SnAction(" enabled=\"true\" description=\"\xFF\xFE\"") +
                             "</MarrowbyProject>\n");
   std::string err;
-  EXPECT_EQ(m.Run("run", path, err), 0) << err;
+  EXPECT_EQ(m.Run({"run", path}, nullptr, &err), 0) << err;
   EXPECT_FALSE(test::RecordedCall(m.sn).is_null());
 }
 

@@ -13,6 +13,7 @@
 #include <sstream>
 #include <thread>
 
+#include "CliMachine.h"
 #include "TestSupport.h"
 
 extern char** environ;
@@ -51,15 +52,6 @@ class ScriptProject {
   std::string source = dir / "AssemblyInfo.cs";
   std::string project = dir / "scripts.mbproj";
 };
-
-std::vector<nlohmann::json> JsonLines(const std::string& text) {
-  std::vector<nlohmann::json> events;
-  std::istringstream in(text);
-  std::string line;
-  while (std::getline(in, line))
-    if (!line.empty()) events.push_back(nlohmann::json::parse(line));
-  return events;
-}
 
 /// The texts of the build's log events, one per line.
 std::string LogText(const std::vector<nlohmann::json>& events) {
