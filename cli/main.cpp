@@ -226,12 +226,6 @@ int CmdValidate(TCliContext& ctx, const std::string& projectPath,
   return errors == 0 ? kExitOk : kExitUsage;
 }
 
-/// The name a run's step header gives an action of this class, so that the list and the build
-/// log can be matched up.
-std::string StepName(const TWrenRegisteredAction& registered) {
-  return registered.actionClass.create()->DisplayName();
-}
-
 int CmdActions(TCliContext& ctx) {
   const auto& actions = WrenRegistrations().actions;
   std::vector<std::string> categories;
@@ -242,8 +236,7 @@ int CmdActions(TCliContext& ctx) {
     nlohmann::json list = nlohmann::json::array();
     for (const TWrenRegisteredAction& a : actions)
       list.push_back({{"displayName", a.displayName}, {"category", a.category},
-                      {"class", a.actionClass.name}, {"icon", a.iconResourceName},
-                      {"stepName", StepName(a)}});
+                      {"class", a.actionClass.name}, {"icon", a.iconResourceName}});
     *ctx.out << JsonText(list, 2) << "\n";
     return kExitOk;
   }
@@ -252,9 +245,7 @@ int CmdActions(TCliContext& ctx) {
     for (const TWrenRegisteredAction& a : actions)
       if (a.category == category)
         *ctx.out << "  " << a.displayName << "  (" << a.actionClass.name << ", icon "
-                 << a.iconResourceName << ")"
-                 << (StepName(a) != a.displayName ? "  steps: " + StepName(a) : std::string())
-                 << "\n";
+                 << a.iconResourceName << ")\n";
   }
   if (actions.empty()) *ctx.out << "no actions are registered\n";
   return kExitOk;
@@ -306,7 +297,6 @@ int CmdDescribe(TCliContext& ctx, const std::string& className) {
   if (ctx.json) {
     *ctx.out << JsonText(nlohmann::json{{"class", registered->actionClass.name},
                                {"displayName", registered->displayName},
-                               {"stepName", action->DisplayName()},
                                {"category", registered->category},
                                {"icon", registered->iconResourceName},
                                {"description", action->GetDescription()},
@@ -321,8 +311,6 @@ int CmdDescribe(TCliContext& ctx, const std::string& className) {
   }
   *ctx.out << registered->actionClass.name << ": " << registered->displayName << " ("
            << registered->category << ")\n";
-  if (action->DisplayName() != registered->displayName)
-    *ctx.out << "  steps show: " << action->DisplayName() << "\n";
   if (!action->GetDescription().empty())
     *ctx.out << "  description: " << action->GetDescription() << "\n";
   if (!action->GetNotes().empty()) *ctx.out << "  notes: " << action->GetNotes() << "\n";

@@ -9,6 +9,8 @@
 #include "WrenExecuteAction.h"
 #include "WrenExpression.h"
 #include "WrenFiles.h"
+#include "WrenActionRegistry.h"
+#include "WrenSuggest.h"
 #include "WrenUnifiedDiff.h"
 #include "WrenUtils.h"
 
@@ -215,10 +217,15 @@ std::vector<TWrenValidationProblem> CheckSteps(const TWrenProject& project,
         ExpandVariables(text, collecting, expanded, error);
         if (PathDelim != '\\' && LooksLikeWindowsPath(text)) windowsPath = true;
       }
-      for (const std::string& name : undefined)
+      for (const std::string& name : undefined) {
+        std::vector<std::string> known;
+        for (const auto& [key, value] : variables) known.push_back(key);
+        const std::string hint = DidYouMean(name, known);
         problems.push_back({number, step.className, prop.name,
                             "%" + name +
-                                "% is not defined by the project, a --var or the environment"});
+                                "% is not defined by the project, a --var or the environment" +
+                                (hint.empty() ? "" : "; " + hint)});
+      }
       if (windowsPath)
         problems.push_back({number, step.className, prop.name,
                             "looks like a Windows path; on this system write '/' between names "
@@ -511,7 +518,9 @@ TWrenBuildResult RunBuild(TWrenProject& project, const TWrenBuildOptions& option
     TWrenStepReport report;
     report.step = i + 1;
     report.className = step.className;
-    report.displayName = step.action->DisplayName();
+    // The name the action was registered under, as `marrowby actions` lists it.
+    const TWrenRegisteredAction* registered = FindRegisteredAction(step.className);
+    report.displayName = registered ? registered->displayName : step.action->DisplayName();
     report.description = step.action->GetDescription();
     report.enabled = step.enabled;
     auto* executeAction = dynamic_cast<TWrenExecuteAbstractAction*>(step.action.get());

@@ -37,9 +37,10 @@ std::vector<std::string> NearestNames(const std::string& word,
   }
   std::stable_sort(near.begin(), near.end(),
                    [](const auto& a, const auto& b) { return a.first < b.first; });
+  // Only the nearest are worth naming: "ProjectDri" means ProjectDir, not ProjectName too.
   std::vector<std::string> names;
   for (const auto& [distance, name] : near) {
-    if (names.size() == max) break;
+    if (names.size() == max || distance > near.front().first) break;
     if (std::find(names.begin(), names.end(), name) == names.end()) names.push_back(name);
   }
   return names;

@@ -6,8 +6,9 @@
 
 namespace wren {
 
-/// The candidates closest to word by edit distance (case-insensitive), nearest first, at most max
-/// of them; only those close enough to be a plausible typo (about a third of the word's length).
+/// The candidates nearest to word by edit distance (case-insensitive), all at the same smallest
+/// distance, at most max of them; only those close enough to be a plausible typo (about a third
+/// of the word's length).
 std::vector<std::string> NearestNames(const std::string& word,
                                       const std::vector<std::string>& candidates, size_t max = 3);
 

@@ -166,7 +166,8 @@ TEST(BuildRun, ChecksBeforeAnythingRuns) {
   } cases[] = {
       // A mistyped variable fails validation instead of step 2.
       {Sn("-first") + Sn("-k %ProjectDri%/a.snk"), {}, 2,
-       {"invalid: step 2 (TSNGenericSN), Options: %ProjectDri% is not defined"}},
+       {"invalid: step 2 (TSNGenericSN), Options: %ProjectDri% is not defined by the project, a "
+        "--var or the environment; did you mean ProjectDir?"}},
       // ... and a --var may define it.
       {Sn("-k %KEYDIR%/a.snk"), {"--var", "KEYDIR=/keys"}, 0, {"valid"}},
       // Windows paths are a warning per property, naming step and property; nothing is rewritten.
