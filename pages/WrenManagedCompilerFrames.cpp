@@ -208,14 +208,16 @@ std::vector<TWrenPagePropertyInfo> TManagedCompilerMainFrame::PropertyInfo() con
 }
 
 std::vector<TWrenPagePropertyInfo> TManagedCompilerOptionsFrame::PropertyInfo() const {
-  return {{"Optimize", Optimize.caption},
-          {"NoLogo", NoLogo.caption},
-          {"OutputInUTF8", OutputInUTF8.caption},
-          {"BaseAddress", BaseAddress.caption},
-          {"MainClass", MainClass.caption},
-          {"CodePage", CodePage.caption},
-          {"RecurseDir", RecurseDir.caption},
-          {"RecurseFiles", RecurseFiles.caption}};
+  std::vector<TWrenPagePropertyInfo> info{{"Optimize", Optimize.caption},
+                                           {"NoLogo", NoLogo.caption},
+                                           {"OutputInUTF8", OutputInUTF8.caption},
+                                           {"BaseAddress", BaseAddress.caption},
+                                           {"MainClass", MainClass.caption},
+                                           {"RecurseDir", RecurseDir.caption},
+                                           {"RecurseFiles", RecurseFiles.caption}};
+  // A language without the switch disables the edit; its action has no such property.
+  if (CodePage.enabled) info.insert(info.begin() + 5, {"CodePage", CodePage.caption});
+  return info;
 }
 
 std::vector<TWrenPagePropertyInfo> TManagedCompilerDebuggingFrame::PropertyInfo() const {
@@ -233,10 +235,11 @@ std::vector<TWrenPagePropertyInfo> TManagedCompilerAssembliesFrame::PropertyInfo
 }
 
 std::vector<TWrenPagePropertyInfo> TManagedCompilerResourcesFrame::PropertyInfo() const {
-  return {{"Resources", Resources.caption, "", ","},
-          {"LinkResources", LinkResources.caption, "", ","},
-          {"Win32Resources", Win32Resources.caption, "", ";"},
-          {"Icon", Icons.caption, "", ";"}};
+  std::vector<TWrenPagePropertyInfo> info{{"Resources", Resources.caption, "", ","},
+                                           {"LinkResources", LinkResources.caption, "", ","},
+                                           {"Win32Resources", Win32Resources.caption, "", ";"}};
+  if (Icons.enabled) info.push_back({"Icon", Icons.caption, "", ";"});
+  return info;
 }
 
 }  // namespace wren

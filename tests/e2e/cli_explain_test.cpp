@@ -127,7 +127,8 @@ TEST(CliExplains, DescribeShowsWhatThePropertyPagesSay) {
   EXPECT_TRUE(Contains(out, "      caption: Project Directory:\n      path\n")) << out;
   ASSERT_EQ(m.Run({"describe", "TGACInstallAction", "--json"}, &out, &err), 0) << err;
   std::map<std::string, nlohmann::json> props;
-  for (const nlohmann::json& p : nlohmann::json::parse(out)["properties"])
+  const nlohmann::json described = nlohmann::json::parse(out);
+  for (const nlohmann::json& p : described["properties"])
     props[p["name"].get<std::string>()] = p;
   EXPECT_EQ(props["AssemblyListFile"]["caption"], "Assembly ListFile");
   EXPECT_EQ(props["AssemblyListFile"]["path"], true);
