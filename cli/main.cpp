@@ -368,9 +368,9 @@ int CmdDescribe(TCliContext& ctx, const std::string& className) {
     auto text = [&](const char* key) { return p.value(key, std::string()); };
     if (!text("caption").empty()) *ctx.out << "      caption: " << text("caption") << "\n";
     if (!text("hint").empty()) *ctx.out << "      hint: " << text("hint") << "\n";
-    if (!text("separator").empty())
-      *ctx.out << "      list separator: " << (text("separator") == " " ? "space" : text("separator"))
-               << "\n";
+    const std::string separator = text("separator");
+    if (!separator.empty())
+      *ctx.out << "      list separator: " << (separator == " " ? "space" : separator) << "\n";
     if (p.value("path", false)) *ctx.out << "      path\n";
   }
   for (const auto& s : scripts) *ctx.out << "  script: " << s["name"].get<std::string>() << "\n";

@@ -19,7 +19,8 @@ const TWrenPagePropertyInfo* FindInfo(const TWrenRegisteredAction& action,
   holder.clear();
   for (const TWrenFrameClass& page : action.pages)
     if (page.createPage)
-      for (const TWrenPagePropertyInfo& info : page.createPage()->PropertyInfo()) holder.push_back(info);
+      for (const TWrenPagePropertyInfo& info : page.createPage()->PropertyInfo())
+        holder.push_back(info);
   auto it = std::find_if(holder.begin(), holder.end(),
                          [&](const TWrenPagePropertyInfo& i) { return i.property == property; });
   return it == holder.end() ? nullptr : &*it;
@@ -87,8 +88,8 @@ TEST(WrenPagePropertyInfo, EveryReportedPropertyIsPublishedByItsAction) {
       for (const TWrenPagePropertyInfo& info : page.createPage()->PropertyInfo()) {
         ++reported;
         // Exact case: a page naming a property differently from its action is a typo.
-        EXPECT_TRUE(std::any_of(published.begin(), published.end(),
-                                [&](const TPublishedProperty& p) { return p.name == info.property; }))
+        const auto named = [&](const TPublishedProperty& p) { return p.name == info.property; };
+        EXPECT_TRUE(std::any_of(published.begin(), published.end(), named))
             << action.actionClass.name << " / " << page.name << ": " << info.property;
         EXPECT_FALSE(info.caption.empty()) << page.name << ": " << info.property;
       }
