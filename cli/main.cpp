@@ -88,7 +88,9 @@ bool ConfigureRegistry(TCliContext& ctx, std::string& error) {
 }
 
 /// Loads the options file and the package, and registers what the package supplies.
-bool PrepareHost(TCliContext& ctx, TWrenModule& module, const std::string& modulePath) {
+/// designTime also registers the property pages, which only describe reads.
+bool PrepareHost(TCliContext& ctx, TWrenModule& module, const std::string& modulePath,
+                 bool designTime) {
   std::string error;
   const std::string optionsPath = ctx.optionsFile.empty() ? DefaultOptionsPath() : ctx.optionsFile;
   if (!WrenOptionsStore().Load(optionsPath, error)) {
@@ -108,7 +110,7 @@ bool PrepareHost(TCliContext& ctx, TWrenModule& module, const std::string& modul
     *ctx.err << "marrowby: " << error << "\n";
     return false;
   }
-  module.Register(false);
+  module.Register(designTime);
   return true;
 }
 
@@ -262,6 +264,20 @@ const char* KindName(TPropertyKind kind) {
   return "?";
 }
 
+/// What the class's property pages tell about each property; the first page naming one wins.
+std::vector<TWrenPagePropertyInfo> PagePropertyInfo(const TWrenRegisteredAction& registered) {
+  std::vector<TWrenPagePropertyInfo> merged;
+  for (const TWrenFrameClass& page : registered.pages) {
+    if (!page.createPage) continue;
+    for (TWrenPagePropertyInfo& info : page.createPage()->PropertyInfo())
+      if (std::none_of(merged.begin(), merged.end(), [&](const TWrenPagePropertyInfo& m) {
+            return SameText(m.property, info.property);
+          }))
+        merged.push_back(std::move(info));
+  }
+  return merged;
+}
+
 int CmdDescribe(TCliContext& ctx, const std::string& className) {
   const TWrenRegisteredAction* registered = FindRegisteredAction(className);
   if (!registered) {
@@ -276,6 +292,7 @@ int CmdDescribe(TCliContext& ctx, const std::string& className) {
       if (SameText(h, name)) return true;
     return false;
   };
+  const std::vector<TWrenPagePropertyInfo> pageInfo = PagePropertyInfo(*registered);
   nlohmann::json props = nlohmann::json::array();
   for (const TPublishedProperty& p : action->GetPublishedProperties()) {
     nlohmann::json prop{{"name", p.name}, {"kind", KindName(p.kind)}, {"hidden", isHidden(p.name)}};
@@ -285,6 +302,16 @@ int CmdDescribe(TCliContext& ctx, const std::string& className) {
     else
       prop["value"] = PropertyValueToString(p, value);
     if (!p.enumNames.empty()) prop["values"] = p.enumNames;
+    // Properties no page edits keep the fields, empty, so that readers need not test for them.
+    prop["caption"] = prop["hint"] = prop["separator"] = "";
+    prop["path"] = false;
+    for (const TWrenPagePropertyInfo& info : pageInfo)
+      if (SameText(info.property, p.name)) {
+        prop["caption"] = info.caption;
+        prop["hint"] = info.hint;
+        prop["separator"] = info.separator;
+        prop["path"] = info.isPath;
+      }
     props.push_back(prop);
   }
   nlohmann::json scripts = nlohmann::json::array();
@@ -326,6 +353,13 @@ int CmdDescribe(TCliContext& ctx, const std::string& className) {
     if (p["hidden"].get<bool>()) *ctx.out << "  [hidden]";
     if (p["kind"] == "string list") *ctx.out << "  (one line per item; add: repeat PROP=VALUE)";
     *ctx.out << "\n";
+    auto text = [&](const char* key) { return p.value(key, std::string()); };
+    if (!text("caption").empty()) *ctx.out << "      caption: " << text("caption") << "\n";
+    if (!text("hint").empty()) *ctx.out << "      hint: " << text("hint") << "\n";
+    const std::string separator = text("separator");
+    if (!separator.empty())
+      *ctx.out << "      list separator: " << (separator == " " ? "space" : separator) << "\n";
+    if (p.value("path", false)) *ctx.out << "      path\n";
   }
   for (const auto& s : scripts) *ctx.out << "  script: " << s["name"].get<std::string>() << "\n";
   return kExitOk;
@@ -662,7 +696,7 @@ int main(int argc, char** argv) {
     return kExitUsage;
   }
   TWrenModule module;
-  if (!PrepareHost(ctx, module, modulePath)) return kExitUsage;
+  if (!PrepareHost(ctx, module, modulePath, describe->parsed())) return kExitUsage;
 
   int code = kExitUsage;
   if (run->parsed())

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "WrenActionAPI.h"
@@ -59,6 +60,23 @@ struct TPanelModel {
   bool visible = true;
 };
 
+/// What a property page tells about one property it edits: the label of its control, the help text
+/// under it, the separator a one-line list is split on, and whether it names a file or folder.
+struct TWrenPagePropertyInfo {
+  TWrenPagePropertyInfo(std::string property_, std::string caption_, std::string hint_ = "",
+                        std::string separator_ = "", bool isPath_ = false)
+      : property(std::move(property_)),
+        caption(std::move(caption_)),
+        hint(std::move(hint_)),
+        separator(std::move(separator_)),
+        isPath(isPath_) {}
+  std::string property;
+  std::string caption;
+  std::string hint;
+  std::string separator;
+  bool isPath = false;
+};
+
 /// The base of every property page: moves an action's settings to the controls and back.
 class TFrame {
  public:
@@ -75,6 +93,8 @@ class TFrame {
     (void)message;
     return true;
   }
+  /// The properties this page edits, in the order its controls show them.
+  virtual std::vector<TWrenPagePropertyInfo> PropertyInfo() const { return {}; }
 };
 
 /// The base of every options page.

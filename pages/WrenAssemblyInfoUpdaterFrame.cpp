@@ -64,4 +64,16 @@ void TAssemblyInfoUpdaterEntriesFrame::RemoveRow(int index) {
     Grid.rows.erase(Grid.rows.begin() + index);
 }
 
+std::vector<TWrenPagePropertyInfo> TAssemblyInfoUpdaterFrame::PropertyInfo() const {
+  return {{"Selection", Files.caption},
+          {"BackupFiles", BackupFiles.caption},
+          {"Recurse", Recurse.caption},
+          {"UpdateOnly", UpdateOnly.caption}};
+}
+
+std::vector<TWrenPagePropertyInfo> TAssemblyInfoUpdaterEntriesFrame::PropertyInfo() const {
+  // The grid fills the page, so the tab names it.
+  return {{"Attributes", PageName(), Hint.caption}};
+}
+
 }  // namespace wren

@@ -17,6 +17,7 @@ class TAssemblyInfoUpdaterFrame : public TFrame {
   std::string PageName() const override { return "Options"; }
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
 
   TMemoModel Files;
   TCheckBoxModel BackupFiles;
@@ -45,6 +46,7 @@ class TAssemblyInfoUpdaterEntriesFrame : public TFrame {
   void ReadActionData(TWrenAction& action) override;
   /// Rows without a name (a new row never filled in) are not stored.
   void WriteActionData(TWrenAction& action) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
 
   /// The "&Add" button and Shift+Insert: a new empty row at the end.
   void AddRow();

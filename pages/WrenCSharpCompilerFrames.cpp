@@ -73,4 +73,28 @@ void TCSharpCompilerDebuggingFrame::WriteActionData(TWrenAction& action) {
       ChoiceOrdinal(WarningLevel, static_cast<int>(a.WarningLevel)));
 }
 
+std::vector<TWrenPagePropertyInfo> TCSharpCompilerMainFrame::PropertyInfo() const {
+  std::vector<TWrenPagePropertyInfo> info = TManagedCompilerMainFrame::PropertyInfo();
+  info.push_back({"DocFile", DocFile.caption});
+  return info;
+}
+
+std::vector<TWrenPagePropertyInfo> TCSharpCompilerOptionsFrame::PropertyInfo() const {
+  std::vector<TWrenPagePropertyInfo> info = TManagedCompilerOptionsFrame::PropertyInfo();
+  info.push_back({"Checked", Checked.caption});
+  info.push_back({"CompileUnsafe", CompileUnsafe.caption});
+  info.push_back({"Incremental", Incremental.caption});
+  info.push_back({"NoConfig", NoConfig.caption});
+  info.push_back({"NoSTDLib", NoSTDLib.caption});
+  info.push_back({"FullPaths", FullPaths.caption});
+  info.push_back({"FileAlign", FileAlign.caption});
+  return info;
+}
+
+std::vector<TWrenPagePropertyInfo> TCSharpCompilerDebuggingFrame::PropertyInfo() const {
+  std::vector<TWrenPagePropertyInfo> info = TManagedCompilerDebuggingFrame::PropertyInfo();
+  info.push_back({"WarningLevel", WarningLevel.caption});
+  return info;
+}
+
 }  // namespace wren

@@ -14,6 +14,7 @@ class TCSharpCompilerMainFrame : public TManagedCompilerMainFrame {
   static std::string StaticClassName() { return "TCSharpCompilerMainFrame"; }
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
 
   TEditModel DocFile{"Documentation Comments to XML file:", ""};
 };
@@ -25,6 +26,7 @@ class TCSharpCompilerOptionsFrame : public TManagedCompilerOptionsFrame {
   static std::string StaticClassName() { return "TCSharpCompilerOptionsFrame"; }
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
 
   TCheckBoxModel Checked{"Check for arithmetic overflow and underflow"};
   TCheckBoxModel CompileUnsafe{"Allow unsafe code"};
@@ -42,6 +44,7 @@ class TCSharpCompilerDebuggingFrame : public TManagedCompilerDebuggingFrame {
   static std::string StaticClassName() { return "TCSharpCompilerDebuggingFrame"; }
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
 
   TComboBoxModel WarningLevel;
 };

@@ -38,4 +38,13 @@ void TDemeanorExcludeFrame::WriteActionData(TWrenAction& action) {
     d->ExtraSwitches = mmExtraSwitches.lines;
 }
 
+std::vector<TWrenPagePropertyInfo> TDemeanorPEFrame::PropertyInfo() const {
+  return {{"InputAssembly", edInputAssembly.caption, "", "", true},
+          {"OutputDirectory", edOutputDirectory.caption}};
+}
+
+std::vector<TWrenPagePropertyInfo> TDemeanorExcludeFrame::PropertyInfo() const {
+  return {{"ExtraSwitches", mmExtraSwitches.caption, lblHint.caption}};
+}
+
 }  // namespace wren

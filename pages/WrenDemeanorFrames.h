@@ -16,6 +16,7 @@ class TDemeanorPEFrame : public TFrame {
   std::string PageName() const override { return "PE"; }
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
   bool CheckPage(std::string& message) override;
   bool BrowseInputAssembly();
 
@@ -30,6 +31,7 @@ class TDemeanorExcludeFrame : public TFrame {
   std::string PageName() const override { return "Exclude"; }
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
 
   TMemoModel mmExtraSwitches{"Switches (/name or /name:value per line)", {}};
   TLabelModel lblHint{

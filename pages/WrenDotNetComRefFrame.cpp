@@ -33,4 +33,10 @@ bool TDotNetComRefFrame::CheckPage(std::string& message) {
 
 bool TDotNetComRefFrame::BrowseProjectFile() { return GetFile(edProjectFile, kProjectFilter); }
 
+std::vector<TWrenPagePropertyInfo> TDotNetComRefFrame::PropertyInfo() const {
+  return {{"ProjectFile", edProjectFile.caption, "", "", true},
+          {"ReferenceName", edReferenceName.caption, lblReferenceNameHint.caption},
+          {"ProgID", edProgID.caption, lblProgIDHint.caption}};
+}
+
 }  // namespace wren

@@ -34,4 +34,9 @@ bool TFreeCommandLineFrame::BrowseWorkingFolder() {
   return true;
 }
 
+std::vector<TWrenPagePropertyInfo> TFreeCommandLineFrame::PropertyInfo() const {
+  return {{"Options", edOptions.caption},
+          {"StartDir", edWorkingFolder.caption, "", "", true}};
+}
+
 }  // namespace wren

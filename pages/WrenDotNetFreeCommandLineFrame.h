@@ -13,6 +13,7 @@ class TFreeCommandLineFrame : public TFrame {
  public:
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
   /// The folder dialog "Select the working folder", starting from the expanded folder; true with
   /// the edit set when a folder was chosen.
   bool BrowseWorkingFolder();

@@ -193,4 +193,32 @@ void TGACListFrame::WriteActionData(TWrenAction& action) {
   gac->DeleteDownloadCache = rbDeleteCache.checked;
 }
 
+std::vector<TWrenPagePropertyInfo> TGACInstallFrame::PropertyInfo() const {
+  return {{"UseListFile", rbAssemblyListFile.caption},
+          {"AssemblyPath", rbAssemblyPath.caption, "", "", true},
+          {"AssemblyListFile", rbAssemblyListFile.caption, "", "", true},
+          {"Force", cbForce.caption},
+          {"ReferenceCount", cbReferenceCount.caption},
+          {"RefScheme", edScheme.caption},
+          {"RefID", edID.caption},
+          {"RefDescription", edDescription.caption}};
+}
+
+std::vector<TWrenPagePropertyInfo> TGACUninstallFrame::PropertyInfo() const {
+  return {{"AssemblyName", rbAssemblyName.caption},
+          {"UseAssemblyPath", rbAssemblyPath.caption},
+          {"AssemblyPath", rbAssemblyPath.caption, "", "", true},
+          {"UseListFile", rbAssemblyListFile.caption},
+          {"AssemblyListFile", rbAssemblyListFile.caption, "", "", true},
+          {"Force", cbForce.caption},
+          {"ReferenceCount", cbReferenceCount.caption},
+          {"RefScheme", edScheme.caption},
+          {"RefID", edID.caption},
+          {"RefDescription", edDescription.caption}};
+}
+
+std::vector<TWrenPagePropertyInfo> TGACListFrame::PropertyInfo() const {
+  return {{"DeleteDownloadCache", rbDeleteCache.caption}};
+}
+
 }  // namespace wren

@@ -23,6 +23,7 @@ class TGACInstallFrame : public TDotNetToolBaseFrame {
   void WriteActionData(TWrenAction& action) override;
   /// Stops at the first gap: the chosen assembly or list file, then the reference triple.
   bool CheckPage(std::string& message) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
 
   /// The reference check box was clicked: the reference fields follow it.
   void SetReferenceCount(bool checked);
@@ -55,6 +56,7 @@ class TGACUninstallFrame : public TDotNetToolBaseFrame {
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
   bool CheckPage(std::string& message) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
 
   void SetReferenceCount(bool checked);
   bool BrowseAssemblyPath() { return GetFile(edAssemblyPath, kAssemblyFilter); }
@@ -82,6 +84,7 @@ class TGACListFrame : public TDotNetToolBaseFrame {
 
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
 
   TRadioButtonModel rbListCache;
   TRadioButtonModel rbDeleteCache;

@@ -58,4 +58,16 @@ void TWrenRegasmActionFrame::WriteActionData(TWrenAction& action) {
   regasm->Registered = cbRegistered.checked;
 }
 
+std::vector<TWrenPagePropertyInfo> TWrenRegasmActionFrame::PropertyInfo() const {
+  return {{"AssemblyPath", edAssemblyPath.caption, "", "", true},
+          {"RegAsmMode", rgMode.caption},
+          {"GenRegFile", edRegFile.caption, "", "", true},
+          {"ExportToTLB", edTlbFile.caption, "", "", true},
+          {"Codebase", cbCodebase.caption},
+          {"NoLogo", cbNoLogo.caption},
+          {"Silent", cbSilent.caption},
+          {"Verbose", cbVerbose.caption},
+          {"Registered", cbRegistered.caption}};
+}
+
 }  // namespace wren

@@ -195,4 +195,37 @@ TSNGenericFrame::TSNGenericFrame() {
   edWorkingFolder.caption = "Working Folder";
 }
 
+std::vector<TWrenPagePropertyInfo> TSNGenerateKeyPairFrame::PropertyInfo() const {
+  return {{"OutputFile", edOutputFile.caption, "", "", true}};
+}
+
+std::vector<TWrenPagePropertyInfo> TSNVerifySNFrame::PropertyInfo() const {
+  return {{"Assembly", edAssembly.caption, "", "", true},
+          {"Force", cbForce.caption},
+          {"FailIfValid", cbFailIfValid.caption}};
+}
+
+std::vector<TWrenPagePropertyInfo> TSNInstallKeyPairFrame::PropertyInfo() const {
+  return {{"KeyFile", edKeyFile.caption, "", "", true},
+          {"ContainerFile", edContainer.caption}};
+}
+
+// The edits of the extract page have no labels of their own: their radio buttons name them.
+std::vector<TWrenPagePropertyInfo> TSNExtractKeyFrame::PropertyInfo() const {
+  return {{"ExtractFromType", lblInput.caption},
+          {"FromAssembly", rbFromAssembly.caption},
+          {"FromKeyFile", rbFromKeyFile.caption},
+          {"FromContainer", rbFromContainer.caption},
+          {"ExtractToType", lblOutput.caption},
+          {"ToKeyFile", rbToKeyFile.caption},
+          {"ToCSV", rbToCSV.caption, "", "", true}};
+}
+
+std::vector<TWrenPagePropertyInfo> TSNResignFrame::PropertyInfo() const {
+  return {{"Assembly", edAssembly.caption},
+          {"UseKeyFile", rbKeyFile.caption},
+          {"KeyFile", rbKeyFile.caption},
+          {"Container", rbContainer.caption}};
+}
+
 }  // namespace wren

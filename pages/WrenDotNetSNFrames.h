@@ -20,6 +20,7 @@ class TSNGenerateKeyPairFrame : public TDotNetToolBaseFrame {
 
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
   bool CheckPage(std::string& message) override;
   /// Offers "keypair.snk" when the edit is still empty.
   bool BrowseOutputFile();
@@ -38,6 +39,7 @@ class TSNVerifySNFrame : public TDotNetToolBaseFrame {
 
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
   bool BrowseAssembly() { return GetFile(edAssembly, kAssemblyFilter); }
 
   TEditModel edAssembly;
@@ -56,6 +58,7 @@ class TSNInstallKeyPairFrame : public TDotNetToolBaseFrame {
 
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
   bool BrowseKeyFile() { return GetFile(edKeyFile, kKeyFileFilter); }
 
   TEditModel edKeyFile;
@@ -75,6 +78,7 @@ class TSNExtractKeyFrame : public TDotNetToolBaseFrame {
 
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
   /// A radio button was clicked: the edits of the chosen source and destination are enabled.
   void UpdateChoices();
   bool BrowseCSV() { return GetFile(edToCSV, kCSVFilter); }
@@ -106,6 +110,7 @@ class TSNResignFrame : public TDotNetToolBaseFrame {
 
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
   void UpdateChoices();
 
   TEditModel edAssembly;

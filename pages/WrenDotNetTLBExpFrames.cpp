@@ -35,4 +35,12 @@ void TTLBExportFrame::WriteActionData(TWrenAction& action) {
   tlb->Silent = cbSilent.checked;
 }
 
+std::vector<TWrenPagePropertyInfo> TTLBExportFrame::PropertyInfo() const {
+  return {{"OutputFile", edOutputFile.caption, "", "", true},
+          {"NamesCaseFile", edNamesCaseFile.caption, "", "", true},
+          {"AssemblyName", edAssembly.caption, "", "", true},
+          {"NoLogo", cbNoLogo.caption},
+          {"Silent", cbSilent.caption}};
+}
+
 }  // namespace wren

@@ -113,4 +113,34 @@ void TTLBImpLoggingFrame::WriteActionData(TWrenAction& action) {
   tlb->Verbose = cbVerbose.checked;
 }
 
+std::vector<TWrenPagePropertyInfo> TTLBImportFrame::PropertyInfo() const {
+  return {{"AssemblyOutFile", edAssemblyOutFile.caption, "", "", true},
+          {"TypeLibraryName", edTypeLibraryName.caption, "", "", true},
+          {"ResourceID", edResourceID.caption},
+          {"Namespace", edNamespace.caption},
+          {"AsmVersion", edAsmVersion.caption},
+          {"Transform", cbTransform.caption},
+          {"AllowUnsafe", cbAllowUnsafe.caption},
+          {"Primary", cbPrimary.caption},
+          {"SysArray", cbSysArray.caption}};
+}
+
+std::vector<TWrenPagePropertyInfo> TTLBImportReferencesFrame::PropertyInfo() const {
+  return {{"References", mmReferences.caption},
+          {"StrictRef", cbStrictRef.caption}};
+}
+
+std::vector<TWrenPagePropertyInfo> TTLBImportSNFrame::PropertyInfo() const {
+  return {{"PublicKeyFile", edPublicKeyFile.caption, "", "", true},
+          {"KeyFile", edKeyFile.caption, "", "", true},
+          {"KeyContainer", edKeyContainer.caption},
+          {"DelaySign", cbDelaySign.caption}};
+}
+
+std::vector<TWrenPagePropertyInfo> TTLBImpLoggingFrame::PropertyInfo() const {
+  return {{"NoLogo", cbNoLogo.caption},
+          {"Silent", cbSilent.caption},
+          {"Verbose", cbVerbose.caption}};
+}
+
 }  // namespace wren

@@ -20,6 +20,7 @@ class TTLBImportFrame : public TDotNetToolBaseFrame {
 
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
   bool BrowseAssemblyOutFile() { return GetFile(edAssemblyOutFile, kAssemblyFilter); }
   bool BrowseTypeLibrary() { return GetFile(edTypeLibraryName, kTypeLibraryFilter); }
 
@@ -43,6 +44,7 @@ class TTLBImportReferencesFrame : public TFrame {
 
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
 
   TMemoModel mmReferences;
   TCheckBoxModel cbStrictRef;
@@ -59,6 +61,7 @@ class TTLBImportSNFrame : public TFrame {
 
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
   bool BrowsePublicKeyFile() { return GetFile(edPublicKeyFile, kKeyFileFilter); }
   bool BrowseKeyFile() { return GetFile(edKeyFile, kKeyFileFilter); }
 
@@ -77,6 +80,7 @@ class TTLBImpLoggingFrame : public TFrame {
 
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
 
   TCheckBoxModel cbNoLogo;
   TCheckBoxModel cbSilent;

@@ -77,4 +77,21 @@ bool TDotfuscatorFrame::CheckPage(std::string& message) {
 
 bool TDotfuscatorFrame::BrowseConfigFile() { return GetFile(edConfigFile, kConfigFilter); }
 
+std::vector<TWrenPagePropertyInfo> TDotfuscatorFrame::PropertyInfo() const {
+  return {{"ConfigFile", edConfigFile.caption, "", "", true},
+          {"Quiet", cbQuiet.caption},
+          {"Verbose", cbVerbose.caption},
+          {"Investigate", cbInvestigate.caption},
+          {"Properties", mmProperties.caption},
+          {"InputAssemblies", mmInputAssemblies.caption},
+          {"OutputDirectory", edOutputDirectory.caption},
+          {"MakeConfig", edMakeConfig.caption},
+          {"DisableAll", cbDisableAll.caption},
+          {"Rename", cbRename.caption},
+          {"Keep", cbKeep.caption},
+          {"MapFile", edMapFile.caption},
+          {"OverwriteMap", cbOverwriteMap.caption},
+          {"ExtraSwitches", mmExtraSwitches.caption}};
+}
+
 }  // namespace wren

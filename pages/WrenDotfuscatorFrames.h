@@ -19,6 +19,7 @@ class TDotfuscatorFrame : public TFrame {
   std::string PageName() const override { return "Dotfuscator"; }
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
   bool CheckPage(std::string& message) override;
   void SetQuiet(bool quiet);
   bool BrowseConfigFile();

@@ -134,4 +134,45 @@ void TFrameFxCopAdditional::WriteActionData(TWrenAction& action) {
   fxcop->FailOnMessages = cbFailOnMessages.checked;
 }
 
+std::vector<TWrenPagePropertyInfo> TFrameFxCopTargets::PropertyInfo() const {
+  return {{"UseProjectFile", rbProjectFile.caption},
+          {"ProjectFile", edProjectFile.caption, "", "", true},
+          {"Targets", mmTargets.caption},
+          {"DependencyDirectories", mmDependencyDirectories.caption},
+          {"PlatformDirectory", edPlatformDirectory.caption},
+          {"SearchGac", cbSearchGac.caption},
+          {"Imports", mmImports.caption}};
+}
+
+std::vector<TWrenPagePropertyInfo> TFrameFxCopRules::PropertyInfo() const {
+  return {{"RuleLibraries", mmRuleLibraries.caption},
+          {"RuleIds", mmRuleIds.caption},
+          {"Dictionary", edDictionary.caption}};
+}
+
+std::vector<TWrenPagePropertyInfo> TFrameFxCopOptions::PropertyInfo() const {
+  return {{"OutputFile", edOutputFile.caption},
+          {"OutputXsl", edOutputXsl.caption},
+          {"ApplyOutputXsl", cbApplyOutputXsl.caption},
+          {"ForceOutput", cbForceOutput.caption},
+          {"ToConsole", cbToConsole.caption},
+          {"ConsoleXsl", edConsoleXsl.caption},
+          {"Summary", cbSummary.caption},
+          {"Verbose", cbVerbose.caption},
+          {"Quiet", cbQuiet.caption},
+          {"UpdateProject", cbUpdateProject.caption},
+          {"IgnoreGeneratedCode", cbIgnoreGeneratedCode.caption},
+          {"Timeout", edTimeout.caption}};
+}
+
+std::vector<TWrenPagePropertyInfo> TFrameFxCopTypesAndMembers::PropertyInfo() const {
+  return {{"Types", mmTypes.caption}};
+}
+
+std::vector<TWrenPagePropertyInfo> TFrameFxCopAdditional::PropertyInfo() const {
+  return {{"ExtraSwitches", mmExtraSwitches.caption},
+          {"ReferenceErrorsFail", cbReferenceErrorsFail.caption},
+          {"FailOnMessages", cbFailOnMessages.caption}};
+}
+
 }  // namespace wren

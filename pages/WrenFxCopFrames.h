@@ -17,6 +17,7 @@ class TFrameFxCopTargets : public TFrame {
   std::string PageName() const override { return "Targets"; }
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
   bool CheckPage(std::string& message) override;
   void SetUseProjectFile(bool useProjectFile);
   bool BrowseProjectFile();
@@ -39,6 +40,7 @@ class TFrameFxCopRules : public TFrame {
   std::string PageName() const override { return "Rules"; }
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
 
   TMemoModel mmRuleLibraries{"Rule Libraries", {}};
   TMemoModel mmRuleIds{"Rules (Category#CheckId)", {}};
@@ -52,6 +54,7 @@ class TFrameFxCopOptions : public TFrame {
   std::string PageName() const override { return "Options"; }
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
   bool CheckPage(std::string& message) override;
 
   TEditModel edOutputFile{"Report File", ""};
@@ -75,6 +78,7 @@ class TFrameFxCopTypesAndMembers : public TFrame {
   std::string PageName() const override { return "Types and Members"; }
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
 
   TMemoModel mmTypes{"Types", {}};
 };
@@ -86,6 +90,7 @@ class TFrameFxCopAdditional : public TFrame {
   std::string PageName() const override { return "Additional"; }
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
 
   TMemoModel mmExtraSwitches{"Extra Switches", {}};
   TCheckBoxModel cbReferenceErrorsFail{"Fail on assembly reference errors"};

@@ -49,4 +49,18 @@ void TJSharpCompilerDebuggingFrame::WriteActionData(TWrenAction& action) {
       ChoiceOrdinal(WarningLevel, static_cast<int>(a.WarningLevel)));
 }
 
+std::vector<TWrenPagePropertyInfo> TJSharpCompilerOptionsFrame::PropertyInfo() const {
+  std::vector<TWrenPagePropertyInfo> info = TManagedCompilerOptionsFrame::PropertyInfo();
+  info.push_back({"SecureScoping", SecureScoping.caption});
+  info.push_back({"DisableLangExt", DisableLangExt.caption});
+  info.push_back({"JCPA", JCPA.caption});
+  return info;
+}
+
+std::vector<TWrenPagePropertyInfo> TJSharpCompilerDebuggingFrame::PropertyInfo() const {
+  std::vector<TWrenPagePropertyInfo> info = TManagedCompilerDebuggingFrame::PropertyInfo();
+  info.push_back({"WarningLevel", WarningLevel.caption});
+  return info;
+}
+
 }  // namespace wren

@@ -20,6 +20,7 @@ class TJSharpCompilerOptionsFrame : public TManagedCompilerOptionsFrame {
   static std::string StaticClassName() { return "TJSharpCompilerOptionsFrame"; }
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
 
   TCheckBoxModel SecureScoping{"Secure scoping"};
   TCheckBoxModel DisableLangExt{"Disable language extensions"};
@@ -33,6 +34,7 @@ class TJSharpCompilerDebuggingFrame : public TManagedCompilerDebuggingFrame {
   static std::string StaticClassName() { return "TJSharpCompilerDebuggingFrame"; }
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
 
   TComboBoxModel WarningLevel;
 };

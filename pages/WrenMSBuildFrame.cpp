@@ -69,4 +69,14 @@ bool TMSBuildFrame::BrowseBuildFile() {
                  "All Files (*.*)|*.*");
 }
 
+std::vector<TWrenPagePropertyInfo> TMSBuildFrame::PropertyInfo() const {
+  // The project file and targets edits are labelled by the groups around them.
+  return {{"BuildFile", grpProjectFile.caption, "", "", true},
+          {"Properties", grpProperties.caption},
+          {"Targets", grpTargets.caption, TargetsHint.caption, ";"},
+          {"LogLevel", LogLevel.caption},
+          {"NoLogo", NoLogo.caption},
+          {"Restricted", Restricted.caption}};
+}
+
 }  // namespace wren

@@ -27,6 +27,7 @@ class TMSBuildFrame : public TDotNetToolBaseFrame {
   /// Rows without a name are not stored.
   void WriteActionData(TWrenAction& action) override;
   bool CheckPage(std::string& message) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
 
   /// The file dialog for the project file; false (unchanged) when cancelled.
   bool BrowseBuildFile();

@@ -199,4 +199,47 @@ void TManagedCompilerResourcesFrame::AddResource(const std::string& fileName,
                                                        : fileName + "=" + Trim(manifestName));
 }
 
+std::vector<TWrenPagePropertyInfo> TManagedCompilerMainFrame::PropertyInfo() const {
+  // The files edit is split on semicolons, as its hint tells.
+  return {{"ProjectDir", ProjectDirectory.caption, "", "", true},
+          {"Files", FilesToCompile.caption, FilesHint.caption, ";", false},
+          {"OutputFile", OutputFile.caption, "", "", true},
+          {"Target", TargetType.caption}};
+}
+
+std::vector<TWrenPagePropertyInfo> TManagedCompilerOptionsFrame::PropertyInfo() const {
+  std::vector<TWrenPagePropertyInfo> info{{"Optimize", Optimize.caption},
+                                           {"NoLogo", NoLogo.caption},
+                                           {"OutputInUTF8", OutputInUTF8.caption},
+                                           {"BaseAddress", BaseAddress.caption},
+                                           {"MainClass", MainClass.caption},
+                                           {"RecurseDir", RecurseDir.caption},
+                                           {"RecurseFiles", RecurseFiles.caption}};
+  // A language without the switch disables the edit; its action has no such property.
+  if (CodePage.enabled) info.insert(info.begin() + 5, {"CodePage", CodePage.caption});
+  return info;
+}
+
+std::vector<TWrenPagePropertyInfo> TManagedCompilerDebuggingFrame::PropertyInfo() const {
+  return {{"Debug", DebugInfo.caption},
+          {"Defines", Defines.caption},
+          {"WarnAsError", WarnAsError.caption},
+          {"SupressWarnings", SupressWarnings.caption}};
+}
+
+std::vector<TWrenPagePropertyInfo> TManagedCompilerAssembliesFrame::PropertyInfo() const {
+  // Each memo line is one item; the stored value joins them with the separator written here.
+  return {{"References", References.caption, "", ","},
+          {"LibLocations", LibLocations.caption, "", ";"},
+          {"Modules", Modules.caption, "", ","}};
+}
+
+std::vector<TWrenPagePropertyInfo> TManagedCompilerResourcesFrame::PropertyInfo() const {
+  std::vector<TWrenPagePropertyInfo> info{{"Resources", Resources.caption, "", ","},
+                                           {"LinkResources", LinkResources.caption, "", ","},
+                                           {"Win32Resources", Win32Resources.caption, "", ";"}};
+  if (Icons.enabled) info.push_back({"Icon", Icons.caption, "", ";"});
+  return info;
+}
+
 }  // namespace wren

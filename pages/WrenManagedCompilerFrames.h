@@ -31,6 +31,7 @@ class TManagedCompilerMainFrame : public TDotNetToolBaseFrame {
   std::string PageName() const override { return "Main"; }
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
   /// A project directory and files are required before the page may close.
   bool CheckPage(std::string& message) override;
 
@@ -54,6 +55,7 @@ class TManagedCompilerOptionsFrame : public TFrame {
   std::string PageName() const override { return "Options"; }
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
   /// Takes the code page chosen in the picker; nothing when it was cancelled.
   void ApplyCodePage(const TCodePageForm& form);
 
@@ -75,6 +77,7 @@ class TManagedCompilerDebuggingFrame : public TFrame {
   std::string PageName() const override { return "Debugging"; }
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
 
   TComboBoxModel DebugInfo;
   TEditModel Defines{"Conditional compilation symbols:", ""};
@@ -90,6 +93,7 @@ class TManagedCompilerAssembliesFrame : public TFrame {
   std::string PageName() const override { return "Assemblies"; }
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
 
   TMemoModel References{"Referenced assemblies:", {}};
   TMemoModel LibLocations{"Additional assembly directories:", {}};
@@ -104,6 +108,7 @@ class TManagedCompilerResourcesFrame : public TFrame {
   std::string PageName() const override { return "Resources"; }
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
 
   /// Adds a resource through the resource-list editor: the file and, optionally, its name.
   void AddResource(const std::string& fileName, const std::string& manifestName);

@@ -95,4 +95,17 @@ bool TNAntOptionsFrame::BrowseNAntLocation() {
   return GetFile(edNAntLocation, "NAnt (nant.exe)|nant.exe|Programs (*.exe)|*.exe");
 }
 
+std::vector<TWrenPagePropertyInfo> TNAntFrame::PropertyInfo() const {
+  return {{"BuildFile", edBuildFile.caption, "", "", true},
+          {"Properties", grpProperties.caption},
+          {"PropFile", edPropFile.caption, "", "", true},
+          {"Targets", edTargets.caption, lblTargetsHint.caption, " "},
+          {"Framework", edFramework.caption},
+          {"LogLevel", cbLogLevel.caption},
+          {"OutputToLog", cbOutputToLog.caption},
+          {"LogFile", edLogFile.caption, "", "", true},
+          {"IndentLevel", cbIndentLevel.caption},
+          {"NoLogo", cbNoLogo.caption}};
+}
+
 }  // namespace wren

@@ -31,6 +31,7 @@ class TNAntFrame : public TFrame {
   /// Rows without a name are not stored.
   void WriteActionData(TWrenAction& action) override;
   bool CheckPage(std::string& message) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
 
   void SetOutputToLog(bool outputToLog);
   bool BrowseBuildFile();

@@ -87,4 +87,18 @@ bool TNDocDocumenterFrame::CheckPage(std::string& message) {
   return false;
 }
 
+std::vector<TWrenPagePropertyInfo> TNDOCFrame::PropertyInfo() const {
+  return {{"UseProjectFile", rbProjectFile.caption},
+          {"ProjectFile", edProjectFile.caption, "", "", true},
+          {"Assemblies", mmAssemblies.caption},
+          {"ReferencePaths", mmReferencePaths.caption},
+          {"NamespaceSummaries", edNamespaceSummaries.caption, "", "", true},
+          {"Verbose", cbVerbose.caption}};
+}
+
+std::vector<TWrenPagePropertyInfo> TNDocDocumenterFrame::PropertyInfo() const {
+  return {{"Documenter", cbDocumenter.caption},
+          {"DocumenterProperties", mmProperties.caption}};
+}
+
 }  // namespace wren

@@ -19,6 +19,7 @@ class TNDOCFrame : public TFrame {
   std::string PageName() const override { return "NDoc"; }
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
   bool CheckPage(std::string& message) override;
 
   void SetUseProjectFile(bool useProjectFile);
@@ -43,6 +44,7 @@ class TNDocDocumenterFrame : public TFrame {
   std::string PageName() const override { return "Documenter"; }
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
   bool CheckPage(std::string& message) override;
 
   TComboBoxModel cbDocumenter;

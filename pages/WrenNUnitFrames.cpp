@@ -69,4 +69,16 @@ bool TNUnitActionFrame::BrowseXMLOutputFile() { return GetFile(edXMLOutputFile, 
 
 bool TNUnitActionFrame::BrowseTransformFile() { return GetFile(edTransformFile, kTransformFilter); }
 
+std::vector<TWrenPagePropertyInfo> TNUnitActionFrame::PropertyInfo() const {
+  return {{"UseProjectFile", rbProjectFile.caption},
+          {"ProjectFile", edProjectFile.caption, "", "", true},
+          {"ProjectConfig", edProjectConfig.caption},
+          {"Assemblies", mmAssemblies.caption, "", "", true},
+          {"Fixture", edFixture.caption},
+          {"XMLOutputFile", edXMLOutputFile.caption, "", "", true},
+          {"TransformFile", edTransformFile.caption, "", "", true},
+          {"NoLogo", cbNoLogo.caption},
+          {"XMLToConsole", cbXMLToConsole.caption}};
+}
+
 }  // namespace wren

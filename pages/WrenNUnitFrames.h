@@ -25,6 +25,7 @@ class TNUnitActionFrame : public TFrame {
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
   bool CheckPage(std::string& message) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
 
   /// Switches between project file and assemblies, enabling the controls of the choice.
   void SetUseProjectFile(bool useProjectFile);

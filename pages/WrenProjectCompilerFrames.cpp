@@ -84,4 +84,14 @@ TJSharpPropertyPage::TJSharpPropertyPage()
 TCSharpBuilderPropertyPage::TCSharpBuilderPropertyPage()
     : TProjectFilePageBase("C# Builder Projects (*.bdsproj)|*.bdsproj", false) {}
 
+std::vector<TWrenPagePropertyInfo> TProjectFilePageBase::PropertyInfo() const {
+  return {{"ProjectFile", edProjectFile.caption, "", "", true},
+          {"ConfigName", edConfigName.caption},
+          {"OutputDir", edOutputDir.caption},
+          {"CFResGen", edCFResGen.caption},
+          {"CopyConfigFiles", cbCopyConfigFiles.caption},
+          {"NoLogo", cbNoLogo.caption},
+          {"OutputInUTF8", cbOutputInUTF8.caption}};
+}
+
 }  // namespace wren

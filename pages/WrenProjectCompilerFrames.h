@@ -18,6 +18,7 @@ class TProjectFilePageBase : public TDotNetToolBaseFrame {
 
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
   bool CheckPage(std::string& message) override;
 
   /// The file dialog for the project file; false (unchanged) when cancelled.

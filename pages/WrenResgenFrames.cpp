@@ -26,4 +26,9 @@ void TResGenFrame::WriteActionData(TWrenAction& action) {
   resgen->OutputFile = edOutputFile.text;
 }
 
+std::vector<TWrenPagePropertyInfo> TResGenFrame::PropertyInfo() const {
+  return {{"InputFiles", edInputFiles.caption, "", "", true},
+          {"OutputFile", edOutputFile.caption, "", "", true}};
+}
+
 }  // namespace wren

@@ -20,6 +20,7 @@ class TResGenFrame : public TDotNetToolBaseFrame {
 
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
   bool BrowseInputFiles() { return GetFile(edInputFiles, kInputFilter); }
   bool BrowseOutputFile() { return GetFile(edOutputFile, kOutputFilter); }
 

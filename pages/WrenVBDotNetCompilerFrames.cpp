@@ -77,4 +77,32 @@ void TVBDotNetCompilerAssembliesFrame::WriteActionData(TWrenAction& action) {
   a.KeyContainer = KeyContainer.text;
 }
 
+std::vector<TWrenPagePropertyInfo> TVBDOTNETCompilerMainFrame::PropertyInfo() const {
+  std::vector<TWrenPagePropertyInfo> info = TManagedCompilerMainFrame::PropertyInfo();
+  info.push_back({"RootNameSpace", RootNameSpace.caption});
+  return info;
+}
+
+std::vector<TWrenPagePropertyInfo> TVBDotNetCompilerOptionsFrame::PropertyInfo() const {
+  std::vector<TWrenPagePropertyInfo> info = TManagedCompilerOptionsFrame::PropertyInfo();
+  info.push_back({"OptionExplicit", OptionExplicit.caption});
+  info.push_back({"OptionStrict", OptionStrict.caption});
+  info.push_back({"OptionCompare", OptionCompare.caption});
+  info.push_back({"RemoveIntChecks", RemoveIntChecks.caption});
+  info.push_back({"TargetCF", TargetCF.caption});
+  info.push_back({"Verbose", Verbose.caption});
+  info.push_back({"Quiet", Quiet.caption});
+  info.push_back({"Imports", Imports.caption});
+  info.push_back({"SDKPath", SDKPath.caption});
+  return info;
+}
+
+std::vector<TWrenPagePropertyInfo> TVBDotNetCompilerAssembliesFrame::PropertyInfo() const {
+  std::vector<TWrenPagePropertyInfo> info = TManagedCompilerAssembliesFrame::PropertyInfo();
+  info.push_back({"DelaySign", DelaySign.caption});
+  info.push_back({"KeyFile", KeyFile.caption});
+  info.push_back({"KeyContainer", KeyContainer.caption});
+  return info;
+}
+
 }  // namespace wren

@@ -14,6 +14,7 @@ class TVBDOTNETCompilerMainFrame : public TManagedCompilerMainFrame {
   static std::string StaticClassName() { return "TVBDOTNETCompilerMainFrame"; }
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
 
   TEditModel RootNameSpace{"Root namespace:", ""};
 };
@@ -25,6 +26,7 @@ class TVBDotNetCompilerOptionsFrame : public TManagedCompilerOptionsFrame {
   static std::string StaticClassName() { return "TVBDotNetCompilerOptionsFrame"; }
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
 
   TCheckBoxModel OptionExplicit{"Option Explicit"};
   TCheckBoxModel OptionStrict{"Option Strict"};
@@ -49,6 +51,7 @@ class TVBDotNetCompilerAssembliesFrame : public TManagedCompilerAssembliesFrame 
   static std::string StaticClassName() { return "TVBDotNetCompilerAssembliesFrame"; }
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
 
   TCheckBoxModel DelaySign{"Delay sign the assembly"};
   TEditModel KeyFile{"Key file:", ""};

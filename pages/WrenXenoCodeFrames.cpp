@@ -28,4 +28,9 @@ bool TXenoCodeFrame::CheckPage(std::string& message) {
 
 bool TXenoCodeFrame::BrowseProjectFile() { return GetFile(edProjectFile, kProjectFilter); }
 
+std::vector<TWrenPagePropertyInfo> TXenoCodeFrame::PropertyInfo() const {
+  return {{"ProjectFile", edProjectFile.caption, "", "", true},
+          {"ExtraSwitches", mmExtraSwitches.caption, lblHint.caption}};
+}
+
 }  // namespace wren

@@ -15,6 +15,7 @@ class TXenoCodeFrame : public TFrame {
   std::string PageName() const override { return "XenoCode"; }
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
   bool CheckPage(std::string& message) override;
   bool BrowseProjectFile();
 

@@ -114,6 +114,29 @@ TEST(CliExplains, ActionsNameStepsAsTheBuildLogDoes) {
       << out;
 }
 
+TEST(CliExplains, DescribeShowsWhatThePropertyPagesSay) {
+  CliMachine m;
+  std::string out, err;
+  ASSERT_EQ(m.Run({"describe", "TWrenCSharpCompilerAction"}, &out, &err), 0) << err;
+  EXPECT_TRUE(Contains(out, "      caption: File(s) to compile:\n"
+                            "      hint: (eg. *.cs or MyFile.cs, separate multiple files with a "
+                            "semicolon)\n"
+                            "      list separator: ;\n"))
+      << out;
+  EXPECT_TRUE(Contains(out, "      caption: Project Directory:\n      path\n")) << out;
+  ASSERT_EQ(m.Run({"describe", "TGACInstallAction", "--json"}, &out, &err), 0) << err;
+  std::map<std::string, nlohmann::json> props;
+  const nlohmann::json described = nlohmann::json::parse(out);
+  for (const nlohmann::json& p : described["properties"])
+    props[p["name"].get<std::string>()] = p;
+  EXPECT_EQ(props["AssemblyListFile"]["caption"], "Assembly ListFile");
+  EXPECT_EQ(props["AssemblyListFile"]["path"], true);
+  EXPECT_EQ(props["Force"]["path"], false);
+  EXPECT_EQ(props["Force"]["separator"], "");
+  // A property no page edits keeps the fields, empty.
+  EXPECT_EQ(props["DotNetToolType"]["caption"], "");
+}
+
 TEST(CliExplains, MonoHiveNoteOnlyWhenTheHiveIsMade) {
   test::TempDir home;
   // No --registry: the host builds the Mono hive under this HOME on first use.
