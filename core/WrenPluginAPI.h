@@ -10,6 +10,7 @@
 
 #include "WrenActionAPI.h"
 #include "WrenOptionsAPI.h"
+#include "WrenPageControls.h"
 #include "WrenScripts.h"
 
 namespace wren {
@@ -95,6 +96,8 @@ class TFrame {
   }
   /// The properties this page edits, in the order its controls show them.
   virtual std::vector<TWrenPagePropertyInfo> PropertyInfo() const { return {}; }
+  /// Lists the page's controls in tab order with their reactions (see TWrenPageControls).
+  virtual void ListControls(TWrenPageControls& controls) { (void)controls; }
 };
 
 /// The base of every options page.
@@ -106,7 +109,16 @@ class TWrenOptionsFrame {
   virtual void OnPageActivate() {}
   virtual void ReadOptions(TWrenOptionsObject& options) { (void)options; }
   virtual void WriteOptions(TWrenOptionsObject& options) { (void)options; }
+  /// Lists the page's controls in tab order with their reactions (see TWrenPageControls).
+  virtual void ListControls(TWrenPageControls& controls) { (void)controls; }
 };
+
+/// A page's controls as they stand now, in tab order.
+std::vector<TWrenPageControl> PageControls(TFrame& page);
+std::vector<TWrenPageControl> PageControls(TWrenOptionsFrame& page);
+/// Hands one user event to the page (see TWrenPageControls::Dispatch).
+bool DispatchPageEvent(TFrame& page, const TWrenPageEvent& event, std::string& error);
+bool DispatchPageEvent(TWrenOptionsFrame& page, const TWrenPageEvent& event, std::string& error);
 
 /// A registered page class: its name and how to make one (a property page or an options page).
 struct TWrenFrameClass {
@@ -189,6 +201,15 @@ class IWrenDesignApplicationServices {
   virtual bool BrowseForFile(const std::string& title, const std::string& filter,
                              std::string& fileName) = 0;
   virtual bool BrowseForDirectory(const std::string& title, std::string& directory) = 0;
+  /// A modal pick from a list (the code-page picker): true with itemIndex set on acceptance.
+  virtual bool ChooseFromList(const std::string& title, const std::string& caption,
+                              const std::vector<std::string>& items, int& itemIndex) {
+    (void)title;
+    (void)caption;
+    (void)items;
+    (void)itemIndex;
+    return false;
+  }
 };
 
 IWrenDesignApplicationServices& WrenDesignApplicationServices();

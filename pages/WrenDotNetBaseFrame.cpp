@@ -52,4 +52,14 @@ void TDotNetToolBaseFrame::WriteActionData(TWrenAction& action) {
   dotNet->SetDefaultSDKVersion(cbVersion.Selected());
 }
 
+void TDotNetToolBaseFrame::ListControls(TWrenPageControls& controls) {
+  controls.Label("lblHeading", lblHeading);
+  controls.BeginPanel("pnlVersion", pnlVersion);
+  controls.Label("lblVersion", lblVersion);
+  controls.RadioButton("rbDefaultVersion", "version", rbDefaultVersion);
+  controls.RadioButton("rbUseVersion", "version", rbUseVersion);
+  controls.ComboBox("cbVersion", cbVersion);
+  controls.EndPanel();
+}
+
 }  // namespace wren

@@ -18,6 +18,8 @@ class TDotNetToolBaseFrame : public TFrame {
   void InitPage(TWrenAction& action) override;
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
+  /// The heading and the version panel; pages list theirs after it.
+  void ListControls(TWrenPageControls& controls) override;
 
   /// Whether the version panel applies to the action last read.
   bool VersionInUse() const { return versionInUse_; }

@@ -83,6 +83,22 @@ void TGACInstallFrame::WriteActionData(TWrenAction& action) {
   WriteReference(*gac, edScheme, edID, edDescription);
 }
 
+void TGACInstallFrame::ListControls(TWrenPageControls& controls) {
+  TDotNetToolBaseFrame::ListControls(controls);
+  controls.RadioButton("rbAssemblyPath", "source", rbAssemblyPath);
+  controls.Edit("edAssemblyPath", edAssemblyPath);
+  controls.Button("btnAssemblyPath", "...", [this] { BrowseAssemblyPath(); });
+  controls.RadioButton("rbAssemblyListFile", "source", rbAssemblyListFile);
+  controls.Edit("edAssemblyListFile", edAssemblyListFile);
+  controls.Button("btnAssemblyListFile", "...", [this] { BrowseListFile(); });
+  controls.CheckBox("cbForce", cbForce);
+  controls.CheckBox("cbReferenceCount", cbReferenceCount,
+                    [this] { SetReferenceCount(cbReferenceCount.checked); });
+  controls.Edit("edScheme", edScheme);
+  controls.Edit("edID", edID);
+  controls.Edit("edDescription", edDescription);
+}
+
 bool TGACInstallFrame::CheckPage(std::string& message) {
   if (rbAssemblyPath.checked && edAssemblyPath.text.empty()) {
     message = "Assembly Path is required.";

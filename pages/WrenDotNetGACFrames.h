@@ -24,6 +24,7 @@ class TGACInstallFrame : public TDotNetToolBaseFrame {
   /// Stops at the first gap: the chosen assembly or list file, then the reference triple.
   bool CheckPage(std::string& message) override;
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
+  void ListControls(TWrenPageControls& controls) override;
 
   /// The reference check box was clicked: the reference fields follow it.
   void SetReferenceCount(bool checked);

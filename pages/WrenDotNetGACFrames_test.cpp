@@ -187,5 +187,47 @@ TEST(GACFrames, BrowsingUsesTheExpandedNameAndThePageFilter) {
   EXPECT_EQ(dialogs.filter, "Text Files (*.txt)|*.txt|All Files (*.*)|*.*");
 }
 
+TEST(GACFrames, InstallPageControlsFollowTheReferenceBoxAndTheBrowseButtons) {
+  TGACInstallFrame page;
+  auto state = [&page](const std::string& name) {
+    for (const TWrenPageControl& c : PageControls(page))
+      if (c.name == name) return c;
+    ADD_FAILURE() << "no control " << name;
+    return TWrenPageControl{};
+  };
+  std::vector<std::string> order;
+  for (const TWrenPageControl& c : PageControls(page)) order.push_back(c.name);
+  EXPECT_EQ(order, (std::vector<std::string>{
+                       "lblHeading", "pnlVersion", "lblVersion", "rbDefaultVersion",
+                       "rbUseVersion", "cbVersion", "rbAssemblyPath", "edAssemblyPath",
+                       "btnAssemblyPath", "rbAssemblyListFile", "edAssemblyListFile",
+                       "btnAssemblyListFile", "cbForce", "cbReferenceCount", "edScheme", "edID",
+                       "edDescription"}));
+  EXPECT_EQ(state("cbReferenceCount").caption, "Add reference count");
+  EXPECT_FALSE(state("edScheme").enabled);
+
+  std::string error;
+  TWrenPageEvent click;
+  click.control = "cbReferenceCount";
+  click.kind = TWrenPageEventKind::Click;
+  click.checked = true;
+  ASSERT_TRUE(DispatchPageEvent(page, click, error)) << error;
+  EXPECT_TRUE(state("edScheme").enabled);
+  EXPECT_TRUE(state("edID").enabled);
+  EXPECT_TRUE(state("edDescription").enabled);
+
+  TRecordingDialogs dialogs;
+  dialogs.answer = "/tmp/chosen.dll";
+  click.control = "btnAssemblyPath";
+  ASSERT_TRUE(DispatchPageEvent(page, click, error)) << error;
+  EXPECT_EQ(state("edAssemblyPath").text, "/tmp/chosen.dll");
+  EXPECT_EQ(dialogs.filter, TGACInstallFrame::kAssemblyFilter);
+
+  click.control = "rbAssemblyListFile";
+  ASSERT_TRUE(DispatchPageEvent(page, click, error)) << error;
+  EXPECT_FALSE(state("rbAssemblyPath").checked);
+  EXPECT_TRUE(state("rbAssemblyListFile").checked);
+}
+
 }  // namespace
 }  // namespace wren
