@@ -128,11 +128,18 @@ std::string TWrenProjectError::ToString() const {
 }
 
 /// The document a project was read from and the operations that bring it in line with the
-/// project's current state.
+/// project's current state. Loading keeps only the bytes; the byte-faithful document is built
+/// from them when the project is first saved, so running and validating never pay for it.
 struct TWrenProject::TDocument {
+  std::string source;                                   // what was loaded, until built
+  std::vector<const TCustomWrenAction*> loadedActions;  // one per <Action>, in file order
+  bool built = false;
   TWrenXmlDocument document;
   TWrenActionFactory factory;
   std::unordered_map<const TCustomWrenAction*, pugi::xml_node> actionElements;
+
+  /// The document, built from the loaded bytes on first use.
+  TWrenXmlDocument& Document();
 
   void SyncVariables(pugi::xml_node root, const std::vector<TWrenProjectVariable>& variables);
   void SyncSteps(pugi::xml_node root, const std::vector<TWrenProjectStep>& steps);
@@ -143,6 +150,26 @@ struct TWrenProject::TDocument {
   void WritePropertyValue(pugi::xml_node element, const TPublishedProperty& prop,
                           const TPropertyValue& value);
 };
+
+TWrenXmlDocument& TWrenProject::TDocument::Document() {
+  if (built) return document;
+  built = true;
+  TXmlParseError parsed;
+  // The bytes parsed once already; a failure here would mean the parser changed its mind.
+  if (!document.Parse(source, parsed)) {
+    document = TWrenXmlDocument();
+    document.Parse(kNewProjectText, parsed);
+  }
+  // The reader made one step of each <Action> of the one <Actions>, in order.
+  size_t index = 0;
+  for (pugi::xml_node e : document.xml.document_element().child("Actions").children("Action")) {
+    if (index == loadedActions.size()) break;
+    actionElements[loadedActions[index++]] = e;
+  }
+  std::string().swap(source);
+  std::vector<const TCustomWrenAction*>().swap(loadedActions);
+  return document;
+}
 
 void TWrenProject::TDocument::SyncVariables(pugi::xml_node root,
                                             const std::vector<TWrenProjectVariable>& variables) {
@@ -428,13 +455,15 @@ const TShape kScriptShape{{"name", "language"}, {}, true};
 /// Anything the file format does not know is an error, so that a typo never passes unnoticed.
 class TProjectReader {
  public:
-  TProjectReader(const std::string& text, const std::string& file,
+  TProjectReader(std::string_view text, const std::string& file,
                  const TWrenActionFactory& factory, TWrenProjectError& error)
       : lines_(text), file_(file), factory_(factory), error_(error) {}
 
+  /// Reads the tree and empties <Actions> as it goes: each action's nodes are freed once read,
+  /// so a big project never holds its whole tree beside its actions.
   bool Read(pugi::xml_node root, std::vector<TWrenProjectVariable>& variables,
             std::vector<TWrenProjectStep>& steps,
-            std::unordered_map<const TCustomWrenAction*, pugi::xml_node>& elements) {
+            std::vector<const TCustomWrenAction*>& loadedActions) {
     if (!root || std::strcmp(root.name(), "MarrowbyProject") != 0)
       return Fail(root, "", "", "the root element must be <MarrowbyProject>");
     if (!Check(root, kRootShape, "")) return false;
@@ -458,11 +487,14 @@ class TProjectReader {
         continue;
       }
       if (!Check(child, kActionsShape, "")) return false;
-      for (pugi::xml_node e : child.children("Action")) {
+      for (pugi::xml_node e = child.child("Action"); e;) {
         TWrenProjectStep step;
         if (!ReadAction(e, step)) return false;
-        elements[step.action.get()] = e;
+        loadedActions.push_back(step.action.get());
         steps.push_back(std::move(step));
+        const pugi::xml_node next = e.next_sibling("Action");
+        while (child.first_child() != next) child.remove_child(child.first_child());
+        e = next;
       }
     }
     return true;
@@ -480,7 +512,7 @@ class TProjectReader {
 
  private:
   /// The line of a node; for text, of its first visible character.
-  int LineOf(pugi::xml_node node) const {
+  int LineOf(pugi::xml_node node) {
     if (!node) return lines_.LineOf(0);
     ptrdiff_t offset = node.offset_debug();
     if (node.type() == pugi::node_pcdata) {
@@ -622,7 +654,7 @@ class TProjectReader {
     return true;
   }
 
-  TLineIndex lines_;
+  TLineCounter lines_;
   std::string file_;
   const TWrenActionFactory& factory_;
   TWrenProjectError& error_;
@@ -645,26 +677,38 @@ bool TWrenProject::Load(const std::string& path, const TWrenActionFactory& facto
         TWrenProjectError{path, 0, "", "", readError.empty() ? "cannot read the file" : readError};
     return false;
   }
-  return LoadFromText(text, path, factory, error);
+  return LoadBytes(std::move(text), path, factory, error);
 }
 
 bool TWrenProject::LoadFromText(const std::string& text, const std::string& file,
                                 const TWrenActionFactory& factory, TWrenProjectError& error) {
+  return LoadBytes(text, file, factory, error);
+}
+
+bool TWrenProject::LoadBytes(std::string text, const std::string& file,
+                             const TWrenActionFactory& factory, TWrenProjectError& error) {
   *this = TWrenProject();
-  auto doc = std::make_unique<TDocument>();
-  TXmlParseError parsed;
-  const size_t bomSize = text.compare(0, 3, kUtf8Bom) == 0 ? 3 : 0;
-  if (!doc->document.Parse(text, parsed)) {
-    const TLineIndex lines(text.substr(bomSize));
-    error = TWrenProjectError{file, lines.LineOf(parsed.offset), "", "", parsed.message};
-    return false;
-  }
+  const std::string_view content =
+      std::string_view(text).substr(text.compare(0, 3, kUtf8Bom) == 0 ? 3 : 0);
   std::vector<TWrenProjectVariable> loadedVariables;
   std::vector<TWrenProjectStep> loadedSteps;
-  TProjectReader reader(text.substr(bomSize), file, factory, error);
-  if (!reader.Read(doc->document.xml.document_element(), loadedVariables, loadedSteps,
-                   doc->actionElements))
-    return false;
+  std::vector<const TCustomWrenAction*> loadedActions;
+  {
+    // A tree for reading only, gone before the project is used.
+    pugi::xml_document xml;
+    TXmlParseError parsed;
+    if (!ParseXml(content, xml, parsed)) {
+      TLineCounter lines(content);
+      error = TWrenProjectError{file, lines.LineOf(parsed.offset), "", "", parsed.message};
+      return false;
+    }
+    TProjectReader reader(content, file, factory, error);
+    if (!reader.Read(xml.document_element(), loadedVariables, loadedSteps, loadedActions))
+      return false;
+  }
+  auto doc = std::make_unique<TDocument>();
+  doc->source = std::move(text);
+  doc->loadedActions = std::move(loadedActions);
   doc->factory = factory;
   fileName = file;
   variables = std::move(loadedVariables);
@@ -676,13 +720,13 @@ bool TWrenProject::LoadFromText(const std::string& text, const std::string& file
 std::string TWrenProject::SaveToText() {
   if (!doc_) {
     doc_ = std::make_unique<TDocument>();
-    TXmlParseError parsed;
-    doc_->document.Parse(kNewProjectText, parsed);
+    doc_->source = kNewProjectText;
   }
-  pugi::xml_node root = doc_->document.xml.document_element();
+  TWrenXmlDocument& document = doc_->Document();
+  pugi::xml_node root = document.xml.document_element();
   doc_->SyncVariables(root, variables);
   doc_->SyncSteps(root, steps);
-  return doc_->document.Write();
+  return document.Write();
 }
 
 bool TWrenProject::Save(const std::string& path, std::string& error) {

@@ -61,6 +61,9 @@ class TWrenProject {
   std::string SaveToText();
 
  private:
+  bool LoadBytes(std::string text, const std::string& fileName, const TWrenActionFactory& factory,
+                 TWrenProjectError& error);
+
   struct TDocument;
   std::unique_ptr<TDocument> doc_;
 };

@@ -23,8 +23,6 @@ constexpr char kUtf8Bom[] = "\xEF\xBB\xBF";
 // writing, so no input can exhaust the stack.
 constexpr unsigned kMaxDepth = 100;
 
-size_t FirstNonBlank(const std::string& text) { return text.find_first_not_of(" \t\r\n"); }
-
 bool HasNewline(const std::string& text) { return text.find('\n') != std::string::npos; }
 
 /// The last line break of a run of whitespace and the indentation after it ("\r\n    ");
@@ -61,74 +59,29 @@ std::string ElementText(pugi::xml_node element) {
 }
 
 
-TLineIndex::TLineIndex(const std::string& text) {
-  starts_.push_back(0);
-  for (size_t i = 0; i < text.size(); ++i)
-    if (text[i] == '\n') starts_.push_back(i + 1);
-}
-
-int TLineIndex::LineOf(ptrdiff_t offset) const {
+int TLineCounter::LineOf(ptrdiff_t offset) {
   if (offset < 0) return 0;
-  auto it = std::upper_bound(starts_.begin(), starts_.end(), static_cast<size_t>(offset));
-  return static_cast<int>(it - starts_.begin());
+  const size_t to = std::min(static_cast<size_t>(offset), text_.size());
+  if (to < at_) {
+    // Back to an earlier node (an error naming where something was first given): count afresh.
+    at_ = 0;
+    line_ = 1;
+  }
+  const char* p = text_.data() + at_;
+  const char* const end = text_.data() + to;
+  while (p < end && (p = static_cast<const char*>(std::memchr(p, '\n', static_cast<size_t>(end - p))))) {
+    ++line_;
+    ++p;
+  }
+  at_ = to;
+  return line_;
 }
 
-bool TWrenXmlDocument::Parse(const std::string& text, TXmlParseError& error) {
-  std::string src = text;
-  if (src.compare(0, 3, kUtf8Bom) == 0) {
-    bom_ = kUtf8Bom;
-    src.erase(0, 3);
-  }
-  const auto fail = [&error](const std::string& message, ptrdiff_t offset) {
-    error.message = message;
-    error.offset = offset;
-    return false;
-  };
-  // The parser reads C strings: a NUL would silently end a value or the document.
-  if (const size_t nul = src.find('\0'); nul != std::string::npos)
-    return fail("a NUL byte is not allowed in XML", static_cast<ptrdiff_t>(nul));
-  const pugi::xml_parse_result result =
-      xml.load_buffer(src.data(), src.size(), kParseOptions, pugi::encoding_utf8);
-  if (!result) return fail(result.description(), result.offset);
-  if (!CheckTree(error)) return false;
-
-  size_t pos = 0;
-  for (pugi::xml_node child : xml.children()) {
-    const size_t from = pos;
-    pos = Scan(child, pos, src);
-    if (pos == std::string::npos) break;
-    if (const size_t stray = FirstNonBlank(spans_[child.internal_object()].gapBefore);
-        stray != std::string::npos)
-      return fail("text outside the root element", static_cast<ptrdiff_t>(from + stray));
-  }
-  if (pos == std::string::npos) {
-    // Some node could not be traced to its bytes: write everything afresh rather than guess.
-    spans_.clear();
-    trailing_ = "\n";
-  } else {
-    trailing_ = src.substr(pos);
-    if (const size_t stray = FirstNonBlank(trailing_); stray != std::string::npos)
-      return fail("text outside the root element", static_cast<ptrdiff_t>(pos + stray));
-  }
-
-  // The indentation step of the file, taken from the first child of the root.
-  pugi::xml_node root = xml.document_element();
-  for (pugi::xml_node child = root.first_child(); child; child = child.next_sibling()) {
-    if (child.type() != pugi::node_element) continue;
-    pugi::xml_node before = child.previous_sibling();
-    if (before && IsBlankText(before)) {
-      std::string line = LastLineOf(before.value());
-      size_t indent = line.find_first_not_of("\r\n");
-      if (HasNewline(line) && indent != std::string::npos) indentUnit_ = line.substr(indent);
-    }
-    break;
-  }
-  return true;
-}
+namespace {
 
 // What the parser lets through but XML forbids: a second root element and an attribute given
 // twice; and nesting too deep to walk safely.
-bool TWrenXmlDocument::CheckTree(TXmlParseError& error) {
+bool CheckTree(const pugi::xml_document& xml, TXmlParseError& error) {
   pugi::xml_node root;
   for (pugi::xml_node child : xml.children()) {
     if (child.type() != pugi::node_element) continue;
@@ -166,12 +119,184 @@ bool TWrenXmlDocument::CheckTree(TXmlParseError& error) {
     }
   } checker;
   checker.error = &error;
-  return xml.traverse(checker);
+  return const_cast<pugi::xml_document&>(xml).traverse(checker);
+}
+
+/// Reads a start tag from its '<' at start: where it ends (npos when it cannot be followed),
+/// whether it closes itself, and with a span, the place of each attribute.
+size_t ScanStartTag(std::string_view src, size_t start, size_t nameSize, bool& selfClosing,
+                    TSpan* span) {
+  const size_t n = src.size();
+  size_t p = start + 1 + nameSize;
+  selfClosing = false;
+  while (true) {
+    const size_t wsBegin = p;
+    while (p < n && IsXmlSpace(src[p])) ++p;
+    if (p >= n) return std::string::npos;
+    if (src[p] == '>') return p + 1;
+    if (src[p] == '/') {
+      if (p + 1 >= n || src[p + 1] != '>') return std::string::npos;
+      selfClosing = true;
+      return p + 2;
+    }
+    const size_t nameBegin = p;
+    while (p < n && src[p] != '=' && !IsXmlSpace(src[p])) ++p;
+    const size_t nameEnd = p;
+    while (p < n && IsXmlSpace(src[p])) ++p;
+    if (p >= n || src[p] != '=') return std::string::npos;
+    ++p;
+    while (p < n && IsXmlSpace(src[p])) ++p;
+    if (p >= n || (src[p] != '"' && src[p] != '\'')) return std::string::npos;
+    const char quote = src[p++];
+    const size_t valueBegin = p;
+    p = src.find(quote, p);
+    if (p == std::string::npos) return p;
+    if (span) {
+      TRawAttribute attr;
+      attr.begin = wsBegin - start;
+      attr.name = std::string(src.substr(nameBegin, nameEnd - nameBegin));
+      attr.quote = quote;
+      attr.valueBegin = valueBegin - start;
+      attr.valueEnd = p - start;
+      span->attributes.push_back(std::move(attr));
+    }
+    ++p;
+  }
+}
+
+/// Where a node's bytes begin; npos when they cannot be found.
+size_t NodeBegin(pugi::xml_node node, std::string_view src) {
+  const ptrdiff_t offset = node.offset_debug();
+  if (offset < 0) return std::string::npos;
+  const size_t at = static_cast<size_t>(offset);
+  std::string_view open;
+  switch (node.type()) {
+    case pugi::node_element: open = "<"; break;
+    case pugi::node_pcdata: return at;
+    case pugi::node_cdata: open = "<![CDATA["; break;
+    case pugi::node_comment: open = "<!--"; break;
+    case pugi::node_pi:
+    case pugi::node_declaration: open = "<?"; break;
+    case pugi::node_doctype: return src.rfind("<!DOCTYPE", at);
+    default: return std::string::npos;
+  }
+  if (at < open.size() || src.substr(at - open.size(), open.size()) != open)
+    return std::string::npos;
+  return at - open.size();
+}
+
+/// One past a node's last byte; npos when it cannot be found. An element is followed down its
+/// last children only.
+size_t NodeEnd(pugi::xml_node node, std::string_view src) {
+  const size_t start = NodeBegin(node, src);
+  if (start == std::string::npos) return start;
+  const auto after = [&src](size_t from, std::string_view close) {
+    const size_t at = src.find(close, from);
+    return at == std::string::npos ? at : at + close.size();
+  };
+  const size_t at = static_cast<size_t>(node.offset_debug());
+  switch (node.type()) {
+    case pugi::node_element: {
+      bool selfClosing = false;
+      size_t end = ScanStartTag(src, start, std::strlen(node.name()), selfClosing, nullptr);
+      if (end == std::string::npos || selfClosing) return end;
+      if (pugi::xml_node last = node.last_child()) end = NodeEnd(last, src);
+      if (end == std::string::npos || src.substr(end, 2) != "</") return std::string::npos;
+      return after(end, ">");
+    }
+    case pugi::node_pcdata: return std::min(src.find('<', at), src.size());
+    case pugi::node_cdata: return after(at, "]]>");
+    case pugi::node_comment: return after(at, "-->");
+    case pugi::node_pi:
+    case pugi::node_declaration: return after(at, "?>");
+    case pugi::node_doctype: return after(at + std::strlen(node.value()), ">");
+    default: return std::string::npos;
+  }
+}
+
+// The parser skips text beside the root element without a word; XML forbids it.
+bool CheckOutsideRoot(const pugi::xml_document& xml, std::string_view src,
+                      TXmlParseError& error) {
+  size_t pos = 0;
+  for (pugi::xml_node child : xml.children()) {
+    const size_t begin = NodeBegin(child, src);
+    const size_t end = begin == std::string::npos ? begin : NodeEnd(child, src);
+    if (end == std::string::npos || begin < pos) return true;  // nothing to measure by
+    if (const size_t stray = src.substr(pos, begin - pos).find_first_not_of(" \t\r\n");
+        stray != std::string::npos) {
+      error.message = "text outside the root element";
+      error.offset = static_cast<ptrdiff_t>(pos + stray);
+      return false;
+    }
+    pos = end;
+  }
+  if (const size_t stray = src.substr(pos).find_first_not_of(" \t\r\n");
+      stray != std::string::npos) {
+    error.message = "text outside the root element";
+    error.offset = static_cast<ptrdiff_t>(pos + stray);
+    return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+bool ParseXml(std::string_view text, pugi::xml_document& xml, TXmlParseError& error) {
+  // The parser reads C strings: a NUL would silently end a value or the document.
+  if (const size_t nul = text.find('\0'); nul != std::string::npos) {
+    error.message = "a NUL byte is not allowed in XML";
+    error.offset = static_cast<ptrdiff_t>(nul);
+    return false;
+  }
+  const pugi::xml_parse_result result =
+      xml.load_buffer(text.data(), text.size(), kParseOptions, pugi::encoding_utf8);
+  if (!result) {
+    error.message = result.description();
+    error.offset = result.offset;
+    return false;
+  }
+  return CheckTree(xml, error) && CheckOutsideRoot(xml, text, error);
+}
+
+bool TWrenXmlDocument::Parse(const std::string& text, TXmlParseError& error) {
+  std::string_view src = text;
+  if (src.substr(0, 3) == kUtf8Bom) {
+    bom_ = kUtf8Bom;
+    src.remove_prefix(3);
+  }
+  if (!ParseXml(src, xml, error)) return false;
+
+  size_t pos = 0;
+  for (pugi::xml_node child : xml.children()) {
+    pos = Scan(child, pos, src);
+    if (pos == std::string::npos) break;
+  }
+  if (pos == std::string::npos) {
+    // Some node could not be traced to its bytes: write everything afresh rather than guess.
+    spans_.clear();
+    trailing_ = "\n";
+  } else {
+    trailing_ = std::string(src.substr(pos));
+  }
+
+  // The indentation step of the file, taken from the first child of the root.
+  pugi::xml_node root = xml.document_element();
+  for (pugi::xml_node child = root.first_child(); child; child = child.next_sibling()) {
+    if (child.type() != pugi::node_element) continue;
+    pugi::xml_node before = child.previous_sibling();
+    if (before && IsBlankText(before)) {
+      std::string line = LastLineOf(before.value());
+      size_t indent = line.find_first_not_of("\r\n");
+      if (HasNewline(line) && indent != std::string::npos) indentUnit_ = line.substr(indent);
+    }
+    break;
+  }
+  return true;
 }
 
 // Records the bytes of a node that starts at or after `from`; answers where it ends, npos when
 // the node cannot be located.
-size_t TWrenXmlDocument::Scan(pugi::xml_node node, size_t from, const std::string& src) {
+size_t TWrenXmlDocument::Scan(pugi::xml_node node, size_t from, std::string_view src) {
   const ptrdiff_t offset = node.offset_debug();
   if (offset < 0) return std::string::npos;
   const size_t at = static_cast<size_t>(offset);
@@ -185,39 +310,8 @@ size_t TWrenXmlDocument::Scan(pugi::xml_node node, size_t from, const std::strin
       if (at < 1 || src[at - 1] != '<') return std::string::npos;
       start = at - 1;
       span.name = node.name();
-      size_t p = at + span.name.size();
-      while (true) {
-        const size_t wsBegin = p;
-        while (p < n && IsXmlSpace(src[p])) ++p;
-        if (p >= n) return std::string::npos;
-        if (src[p] == '>') {
-          ++p;
-          break;
-        }
-        if (src[p] == '/') {
-          if (p + 1 >= n || src[p + 1] != '>') return std::string::npos;
-          span.selfClosing = true;
-          p += 2;
-          break;
-        }
-        TRawAttribute attr;
-        attr.begin = wsBegin - start;
-        const size_t nameBegin = p;
-        while (p < n && src[p] != '=' && !IsXmlSpace(src[p])) ++p;
-        attr.name = src.substr(nameBegin, p - nameBegin);
-        while (p < n && IsXmlSpace(src[p])) ++p;
-        if (p >= n || src[p] != '=') return std::string::npos;
-        ++p;
-        while (p < n && IsXmlSpace(src[p])) ++p;
-        if (p >= n || (src[p] != '"' && src[p] != '\'')) return std::string::npos;
-        attr.quote = src[p++];
-        attr.valueBegin = p - start;
-        p = src.find(attr.quote, p);
-        if (p == std::string::npos) return std::string::npos;
-        attr.valueEnd = p - start;
-        ++p;
-        span.attributes.push_back(std::move(attr));
-      }
+      const size_t p = ScanStartTag(src, start, span.name.size(), span.selfClosing, &span);
+      if (p == std::string::npos) return p;
       span.raw = src.substr(start, p - start);
       size_t index = 0;
       for (pugi::xml_attribute a : node.attributes()) {

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <pugixml.hpp>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -18,15 +19,18 @@ bool IsBlankText(pugi::xml_node node);
 /// The text of an element: its text and CDATA children joined.
 std::string ElementText(pugi::xml_node element);
 
-/// Line numbers from byte offsets.
-class TLineIndex {
+/// Line numbers from byte offsets, counted on from the offset asked for last: asking in file
+/// order reads the text once and keeps no table (the text must outlive the counter).
+class TLineCounter {
  public:
-  explicit TLineIndex(const std::string& text);
+  explicit TLineCounter(std::string_view text) : text_(text) {}
   /// 1-based line of the byte at offset; 0 for a negative offset.
-  int LineOf(ptrdiff_t offset) const;
+  int LineOf(ptrdiff_t offset);
 
  private:
-  std::vector<size_t> starts_;
+  std::string_view text_;
+  size_t at_ = 0;  // counted up to here
+  int line_ = 1;   // the line at_ is on
 };
 
 /// An attribute as written in a start tag, so that a changed value replaces only its own bytes.
@@ -57,6 +61,11 @@ struct TXmlParseError {
   ptrdiff_t offset = 0;
 };
 
+/// Parses text for reading only, without recording any bytes: the same checks as
+/// TWrenXmlDocument::Parse, at a fraction of the cost. The text must not begin with a byte-order
+/// mark; error offsets count bytes of the text.
+bool ParseXml(std::string_view text, pugi::xml_document& xml, TXmlParseError& error);
+
 /// A parsed XML document with the original bytes of every node, and editing operations that
 /// keep the surrounding layout (line ends, indentation, quotes).
 class TWrenXmlDocument {
@@ -86,8 +95,7 @@ class TWrenXmlDocument {
   }
 
  private:
-  bool CheckTree(TXmlParseError& error);
-  size_t Scan(pugi::xml_node node, size_t from, const std::string& src);
+  size_t Scan(pugi::xml_node node, size_t from, std::string_view src);
   void WriteNode(pugi::xml_node node, std::string& out) const;
   void WriteElement(pugi::xml_node node, const TSpan* span, std::string& out) const;
   std::string PatchStartTag(pugi::xml_node node, const TSpan& span) const;

@@ -58,6 +58,10 @@ TEST(WrenXmlDocument, RejectsWhatTheParserLetsThroughAndNestingTooDeep) {
       {"<r/>\n<s/>\n", "a second root element <s> after <r>", 6},
       {"<r/>\n<!-- c -->\n  tail\n", "text outside the root element", 18},
       {"lead <r/>", "text outside the root element", 0},
+      // The root's end is found down its last children, whatever they are.
+      {"<r a='>'><e><![CDATA[ ]]></e><!-- x --></r> > t", "text outside the root element", 44},
+      {"<r>\n<e b=\"/>\"/>\n</r>\n<?pi a?>x", "text outside the root element", 29},
+      {"<r><e/>text</r >\n\n\t>", "text outside the root element", 19},
       {"<r><e a=\"1\" b=\"2\" a=\"3\"/></r>", "attribute 'a' given twice in <e>", 4},
       {std::string("<r>a\0b</r>", 10), "NUL byte", 4},
       {"<r>" + Repeat("<e>", 100) + Repeat("</e>", 100) + "</r>", "nested more than 100 deep",
@@ -71,24 +75,35 @@ TEST(WrenXmlDocument, RejectsWhatTheParserLetsThroughAndNestingTooDeep) {
     TWrenXmlDocument doc;
     TXmlParseError error;
     EXPECT_FALSE(doc.Parse(c.text, error));
+    // Reading without recording bytes judges alike.
+    pugi::xml_document xml;
+    TXmlParseError readError;
+    EXPECT_FALSE(ParseXml(c.text, xml, readError));
+    EXPECT_EQ(readError.message, error.message);
+    EXPECT_EQ(readError.offset, error.offset);
     EXPECT_NE(error.message.find(c.message), std::string::npos) << error.message;
     if (c.offset >= 0) {
       EXPECT_EQ(error.offset, c.offset);
     }
+  }
+  // What is outside the root but allowed there.
+  for (const char* text : {"<?xml version='1.0'?>\n<!DOCTYPE r>\n<r/>\n<!-- c -->\n<?p?>\n",
+                           "<r><e>a &gt; b</e><![CDATA[>]]></r>"}) {
+    pugi::xml_document xml;
+    TXmlParseError error;
+    EXPECT_TRUE(ParseXml(text, xml, error)) << text << ": " << error.message;
   }
   // Exactly as deep as allowed still parses and writes back.
   const std::string deepest = Repeat("<e>", 100) + Repeat("</e>", 100);
   EXPECT_EQ(ParseGood(deepest).Write(), deepest);
 }
 
-TEST(WrenXmlDocument, LineIndexCountsFromOne) {
-  const TLineIndex lines("a\nb\r\n\nc");
-  EXPECT_EQ(lines.LineOf(-1), 0);
-  EXPECT_EQ(lines.LineOf(0), 1);
-  EXPECT_EQ(lines.LineOf(1), 1);
-  EXPECT_EQ(lines.LineOf(2), 2);
-  EXPECT_EQ(lines.LineOf(5), 3);
-  EXPECT_EQ(lines.LineOf(6), 4);
+TEST(WrenXmlDocument, LineCounterCountsFromOneInAnyOrder) {
+  TLineCounter lines("a\nb\r\n\nc");
+  // Forward, then back to an earlier offset, then past the end.
+  const std::pair<ptrdiff_t, int> asks[] = {{-1, 0}, {0, 1}, {1, 1}, {2, 2}, {6, 4},
+                                            {5, 3}, {1, 1}, {6, 4}, {99, 4}};
+  for (const auto& [offset, line] : asks) EXPECT_EQ(lines.LineOf(offset), line) << offset;
 }
 
 }  // namespace
