@@ -53,6 +53,7 @@ class TStoreWriter : public IWrenOptionsWriter {
 bool TWrenOptionsStore::Load(const std::string& path, std::string& error) {
   path_ = path;
   data_.clear();
+  changed_ = false;
   if (!FileExists(path)) return true;
   std::string text;
   if (!ReadFileBytes(path, text, error)) return false;
@@ -80,14 +81,21 @@ bool TWrenOptionsStore::Load(const std::string& path, std::string& error) {
     for (pugi::xml_node value : options.children("Value"))
       Set(key, value.attribute("name").value(), value.text().get());
   }
+  changed_ = false;
   return true;
 }
 
-bool TWrenOptionsStore::Save(std::string& error) const {
+void TWrenOptionsStore::SetPath(const std::string& path) {
+  if (path != path_) changed_ = true;  // the other file does not hold these values
+  path_ = path;
+}
+
+bool TWrenOptionsStore::Save(std::string& error) {
   if (path_.empty()) {
     error = "the options store has no file to save to";
     return false;
   }
+  if (!changed_) return true;
   pugi::xml_document doc;
   pugi::xml_node declaration = doc.append_child(pugi::node_declaration);
   declaration.append_attribute("version").set_value("1.0");
@@ -115,7 +123,9 @@ bool TWrenOptionsStore::Save(std::string& error) const {
       return false;
     }
   }
-  return WriteFileAtomic(path_, text.str(), error);
+  if (!WriteFileAtomic(path_, text.str(), error)) return false;
+  changed_ = false;
+  return true;
 }
 
 std::string TWrenOptionsStore::Get(const std::string& key, const std::string& name,
@@ -139,11 +149,13 @@ void TWrenOptionsStore::Set(const std::string& key, const std::string& name,
   }
   for (auto& [n, v] : entry->second) {
     if (SameText(n, name)) {
+      if (v != value) changed_ = true;
       v = value;
       return;
     }
   }
   entry->second.emplace_back(name, value);
+  changed_ = true;
 }
 
 std::vector<std::string> TWrenOptionsStore::Keys() const {

@@ -17,10 +17,13 @@ class TWrenOptionsStore {
  public:
   /// Loads the file; a missing file is an empty store. False (with error) on a malformed file.
   bool Load(const std::string& path, std::string& error);
-  /// Writes the file atomically, creating its directory when needed.
-  bool Save(std::string& error) const;
+  /// Writes the file atomically, creating its directory when needed, when a value changed since
+  /// it was loaded or saved; the user's file is left alone otherwise.
+  bool Save(std::string& error);
   const std::string& Path() const { return path_; }
-  void SetPath(const std::string& path) { path_ = path; }
+  void SetPath(const std::string& path);
+  /// True when the store holds what its file does not.
+  bool Changed() const { return changed_; }
 
   std::string Get(const std::string& key, const std::string& name, const std::string& def) const;
   void Set(const std::string& key, const std::string& name, const std::string& value);
@@ -34,6 +37,7 @@ class TWrenOptionsStore {
 
  private:
   std::string path_;
+  bool changed_ = false;
   std::vector<std::pair<std::string, std::vector<std::pair<std::string, std::string>>>> data_;
 };
 

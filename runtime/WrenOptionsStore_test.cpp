@@ -1,6 +1,9 @@
 #include "WrenOptionsStore.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
 
 #include "TestSupport.h"
 
@@ -106,6 +109,78 @@ TEST(WrenOptionsStore, SavesAndLoadsBackValuesInOrderAndServesRegisteredObjects)
   ASSERT_TRUE(reread.Load(dir / "options.xml", error)) << error;
   EXPECT_EQ(reread.Values("Test"), (std::vector<std::pair<std::string, std::string>>{
                                        {"path", "/srv/tools"}, {"Level", "3"}}));
+}
+
+/// What tells a rewritten file from an untouched one, even one rewritten with the same bytes.
+struct TFileState {
+  ino_t inode = 0;
+  timespec mtime{};
+  std::string bytes;
+  bool operator==(const TFileState& o) const {
+    return inode == o.inode && mtime.tv_sec == o.mtime.tv_sec &&
+           mtime.tv_nsec == o.mtime.tv_nsec && bytes == o.bytes;
+  }
+};
+
+TFileState StateOf(const std::string& path) {
+  struct stat st {};
+  EXPECT_EQ(::stat(path.c_str(), &st), 0) << path;
+  return {st.st_ino, st.st_mtim, test::ReadFile(path)};
+}
+
+TEST(WrenOptionsStore, WritesTheUsersFileOnlyWhenAValueChanged) {
+  struct TKeep {
+    TWrenOptionsStore store = WrenOptionsStore();
+    std::vector<TWrenRegisteredOptions> registrations = RegisteredOptions();
+    ~TKeep() {
+      WrenOptionsStore() = store;
+      RegisteredOptions() = registrations;
+    }
+  } keep;
+  ClearRegisteredOptions();
+  test::TempDir dir;
+  const std::string path = dir / "options.xml";
+  // Laid out by hand, unlike what a save writes, so any rewrite shows in the bytes too.
+  test::WriteFile(path,
+                  "<MarrowbyOptions version=\"1\">\n\t<Options key=\"Test\">"
+                  "<Value name=\"Path\">/srv</Value><Value name=\"Level\">2</Value>"
+                  "</Options>\n</MarrowbyOptions>\n");
+  std::string error;
+  ASSERT_TRUE(WrenOptionsStore().Load(path, error)) << error;
+  WrenOptionsServices().RegisterOptions(
+      {"TTest", [] { return std::make_shared<TTestOptions>("Test"); }}, "");
+  auto& options = dynamic_cast<TTestOptions&>(*RegisteredOptions()[0].instance);
+  const TFileState before = StateOf(path);
+
+  // Nothing modified; modified but holding the same values; the same value set again.
+  ASSERT_TRUE(SaveModifiedOptions(error)) << error;
+  EXPECT_EQ(StateOf(path), before);
+  options.SetModified(true);
+  ASSERT_TRUE(SaveModifiedOptions(error)) << error;
+  EXPECT_EQ(StateOf(path), before);
+  EXPECT_FALSE(options.IsModified());
+  WrenOptionsStore().Set("test", "LEVEL", "2");
+  ASSERT_TRUE(WrenOptionsStore().Save(error)) << error;
+  EXPECT_EQ(StateOf(path), before);
+
+  // A changed value is written, once.
+  options.level = "3";
+  options.SetModified(true);
+  ASSERT_TRUE(SaveModifiedOptions(error)) << error;
+  const TFileState after = StateOf(path);
+  EXPECT_NE(after.bytes, before.bytes);
+  EXPECT_NE(after.bytes.find(">3</Value>"), std::string::npos) << after.bytes;
+  ASSERT_TRUE(WrenOptionsStore().Save(error)) << error;
+  EXPECT_EQ(StateOf(path), after);
+
+  // With no file and nothing set, none is made; a value set makes it.
+  const std::string fresh = dir / "config/options.xml";
+  ASSERT_TRUE(WrenOptionsStore().Load(fresh, error)) << error;
+  ASSERT_TRUE(WrenOptionsStore().Save(error)) << error;
+  EXPECT_FALSE(std::filesystem::exists(fresh));
+  WrenOptionsStore().Set("Test", "Path", "");
+  ASSERT_TRUE(WrenOptionsStore().Save(error)) << error;
+  EXPECT_TRUE(std::filesystem::exists(fresh));
 }
 
 }  // namespace
