@@ -398,12 +398,18 @@ struct TShape {
   bool text = false;                  // text (or CDATA) beyond whitespace
 };
 
+/// Compared as views: every node of a project is checked, and a C string compared with a
+/// std::string is measured again for each candidate.
+bool Contains(const std::vector<std::string>& names, std::string_view name) {
+  for (const std::string& n : names)
+    if (n == name) return true;
+  return false;
+}
+
 /// An attribute the shape does not allow; false with the message.
 bool CheckAttributes(pugi::xml_node element, const TShape& shape, std::string& message) {
   for (pugi::xml_attribute a : element.attributes()) {
-    if (std::find(shape.attributes.begin(), shape.attributes.end(), a.name()) !=
-        shape.attributes.end())
-      continue;
+    if (Contains(shape.attributes, a.name())) continue;
     message = std::string("unknown attribute '") + a.name() + "' in <" + element.name() + "> (" +
               (shape.attributes.empty() ? "it takes none"
                                         : "expected " + OneOf(shape.attributes)) +
@@ -421,9 +427,7 @@ bool CheckShape(pugi::xml_node element, const TShape& shape, std::string& messag
   for (pugi::xml_node child : element.children()) {
     at = child;
     if (child.type() == pugi::node_element) {
-      if (std::find(shape.children.begin(), shape.children.end(), child.name()) !=
-          shape.children.end())
-        continue;
+      if (Contains(shape.children, child.name())) continue;
       std::vector<std::string> expected;
       for (const std::string& c : shape.children) expected.push_back("<" + c + ">");
       message = std::string("unexpected element <") + child.name() + "> in <" +
