@@ -149,7 +149,7 @@ bool TWrenAssemblyInfoUpdaterAction::BuildFileList() {
 void TWrenAssemblyInfoUpdaterAction::processWildCard(const std::string& path,
                                                      const std::string& mask, bool recurse) {
   const std::string dir = ExtractFilePath(path);
-  for (const TWrenFindData& found : FindFiles(dir + "*.*", recurse)) {
+  for (const TWrenFindData& found : FindFileNames(dir + "*.*", recurse)) {
     if (Stopped()) return;
     if (!found.isDirectory) {
       if (MatchesMask(found.name, mask)) fileList_.push_back(dir + found.name);
