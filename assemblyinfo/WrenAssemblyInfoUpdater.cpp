@@ -1,5 +1,6 @@
 #include "WrenAssemblyInfoUpdater.h"
 
+#include <algorithm>
 #include <cstdio>
 
 #include "WrenFiles.h"
@@ -42,6 +43,7 @@ bool DeleteFileIfWritable(const std::string& path, const TWrenFileStatus& status
 
 TStrings SplitTextLines(const std::string& bytes) {
   TStrings lines;
+  lines.reserve(std::count(bytes.begin(), bytes.end(), '\n') + 1);
   size_t p = 0;
   const size_t n = bytes.size();
   while (p < n) {
@@ -70,9 +72,25 @@ std::shared_ptr<IWrenAssemblyInfoUpdater> NewAssemblyInfoUpdater(bool updateOnly
   return std::make_shared<TWrenAssemblyInfo>(updateOnly);
 }
 
+namespace {
+
+char FoldAscii(char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c; }
+
+// The name of an entry "Name=Value" is name, case aside; compared in place, as it runs for every
+// attribute of every file.
+bool EntryNamed(const std::string& entry, const std::string& name) {
+  const size_t length = std::min(entry.find('='), entry.size());
+  if (length != name.size()) return false;
+  for (size_t i = 0; i < length; ++i)
+    if (FoldAscii(entry[i]) != FoldAscii(name[i])) return false;
+  return true;
+}
+
+}  // namespace
+
 int TWrenAssemblyInfo::IndexOfEntry(const std::string& name) const {
   for (size_t i = 0; i < entries_.size(); ++i)
-    if (SameText(NameOfLine(entries_[i].text), name)) return static_cast<int>(i);
+    if (EntryNamed(entries_[i].text, name)) return static_cast<int>(i);
   return -1;
 }
 
