@@ -337,9 +337,8 @@ std::vector<TWrenFindData> Find(const std::string& pattern, bool withDirectories
   std::replace(dir.begin(), dir.end(), '\\', '/');
   if (mask.empty()) return found;
 
-  DIR* d = ::opendir(dir.c_str());
-  if (!d) return found;
-  const int dfd = ::dirfd(d);
+  const int dfd = ::open(dir.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (dfd < 0) return found;
 
   // type is the listing's d_type; an entry is looked at only when that is not enough.
   auto entryOf = [&](const char* name, unsigned char type, TWrenFindData& data) {
@@ -368,19 +367,27 @@ std::vector<TWrenFindData> Find(const std::string& pattern, bool withDirectories
       dots.push_back(data);
   }
 
-  while (const dirent* e = ::readdir(d)) {
-    const char* name = e->d_name;
-    if (name[0] == '.' && (name[1] == 0 || (name[1] == '.' && name[2] == 0))) continue;
-    // The writer's temporary files are no one's sources; a dead run's are cleared on the way.
-    if (name[0] == '.' && ParseScratchFileName(name)) {
-      CleanUpLeftover(dir, name);
-      continue;
+  // The directory read in large gulps without opendir, which would also stat it.
+  alignas(dirent64) char buffer[32768];
+  for (;;) {
+    const ssize_t got = ::getdents64(dfd, buffer, sizeof buffer);
+    if (got <= 0) break;
+    for (ssize_t at = 0; at < got;) {
+      const auto* e = reinterpret_cast<const dirent64*>(buffer + at);
+      at += e->d_reclen;
+      const char* name = e->d_name;
+      if (name[0] == '.' && (name[1] == 0 || (name[1] == '.' && name[2] == 0))) continue;
+      // The writer's temporary files are no one's sources; a dead run's are cleared on the way.
+      if (name[0] == '.' && ParseScratchFileName(name)) {
+        CleanUpLeftover(dir, name);
+        continue;
+      }
+      if (!MatchesMask(name, mask)) continue;
+      TWrenFindData data;
+      if (entryOf(name, e->d_type, data) && wanted(data)) found.push_back(std::move(data));
     }
-    if (!MatchesMask(name, mask)) continue;
-    TWrenFindData data;
-    if (entryOf(name, e->d_type, data) && wanted(data)) found.push_back(std::move(data));
   }
-  ::closedir(d);
+  ::close(dfd);
   // Every leftover here has just been seen to: the writer need not list the directory again.
   NoteDirectoryCleanedUp(dir);
 
