@@ -1,5 +1,6 @@
 #include "WrenAssemblyInfoUpdater.h"
 
+#include <algorithm>
 #include <cstdio>
 
 #include "WrenFiles.h"
@@ -19,6 +20,8 @@ const char kVBEndRegion[] = "#end region";
 const char kCPPRegion[] = "// Assembly Information Added By Marrowby";
 const char kCPPEndRegion[] = "// End Assembly Information Added By Marrowby";
 
+const TWrenFileStatus kNoFile;
+
 // A blank as the host tokeniser counts it.
 bool IsBlank(char c) { return c == ' ' || c == '\t'; }
 
@@ -32,14 +35,15 @@ TWrenAssemblyInfoLanguage LanguageOf(const std::string& extension) {
 }
 
 // A read-only file cannot be deleted, as on Windows; the host treats read-only the same way.
-bool DeleteFileIfWritable(const std::string& path) {
-  return !IsReadOnly(path) && std::remove(path.c_str()) == 0;
+bool DeleteFileIfWritable(const std::string& path, const TWrenFileStatus& status) {
+  return !status.readOnly && std::remove(path.c_str()) == 0;
 }
 
 }  // namespace
 
 TStrings SplitTextLines(const std::string& bytes) {
   TStrings lines;
+  lines.reserve(bytes.size() / 32 + 1);  // a guess at the line count: sources run 20-60 bytes a line
   size_t p = 0;
   const size_t n = bytes.size();
   while (p < n) {
@@ -68,9 +72,25 @@ std::shared_ptr<IWrenAssemblyInfoUpdater> NewAssemblyInfoUpdater(bool updateOnly
   return std::make_shared<TWrenAssemblyInfo>(updateOnly);
 }
 
+namespace {
+
+char FoldAscii(char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c; }
+
+// The name of an entry "Name=Value" is name, case aside; compared in place, as it runs for every
+// attribute of every file.
+bool EntryNamed(const std::string& entry, const std::string& name) {
+  const size_t length = std::min(entry.find('='), entry.size());
+  if (length != name.size()) return false;
+  for (size_t i = 0; i < length; ++i)
+    if (FoldAscii(entry[i]) != FoldAscii(name[i])) return false;
+  return true;
+}
+
+}  // namespace
+
 int TWrenAssemblyInfo::IndexOfEntry(const std::string& name) const {
   for (size_t i = 0; i < entries_.size(); ++i)
-    if (SameText(NameOfLine(entries_[i].text), name)) return static_cast<int>(i);
+    if (EntryNamed(entries_[i].text, name)) return static_cast<int>(i);
   return -1;
 }
 
@@ -108,11 +128,13 @@ bool TWrenAssemblyInfo::ProcessFile(const std::string& fileName, bool createBack
   } emptyEntries{entries_};
 
   insertPosition_ = -1;
-  if (!FileExists(fileName)) {
+  // One look serves the checks, the read and the rewrite.
+  const TWrenFileStatus status = FileStatus(fileName);
+  if (!status.exists || status.isDirectory) {
     Message("File : " + fileName + "- does not exist!");
     return false;
   }
-  if (IsReadOnly(fileName)) {
+  if (status.readOnly) {
     Message("File : " + fileName + "- is read only!");
     return false;
   }
@@ -121,7 +143,7 @@ bool TWrenAssemblyInfo::ProcessFile(const std::string& fileName, bool createBack
   modified_ = false;
   lines_.clear();
   std::string bytes, error;
-  if (!ReadFileBytes(fileName, bytes, error)) throw EWrenFileError(error);
+  if (!ReadFileBytes(fileName, status, bytes, error)) throw EWrenFileError(error);
   lines_ = SplitTextLines(bytes);
   extension_ = LowerCase(ExtractFileExt(fileName));
   language_ = LanguageOf(extension_);
@@ -133,20 +155,30 @@ bool TWrenAssemblyInfo::ProcessFile(const std::string& fileName, bool createBack
   if (callBack_) callBack_->OnProcessFile(fileName_, shared_from_this());
   Scan();
   if (!updateOnly_ && !entries_.empty()) AddNewEntries();
-  if (modified_) SaveToFile(fileName_);
+  if (modified_) Save(fileName_, &status);
   return true;
 }
 
 void TWrenAssemblyInfo::MakeBackup() {
   const std::string backup = fileName_ + ".bak";
-  // An old backup that will not go away is kept, and no new one is written.
-  if (FileExists(backup) && !DeleteFileIfWritable(backup)) return;
-  SaveToFile(backup);
+  const TWrenFileStatus status = FileStatus(backup);
+  if (status.exists && !status.isDirectory) {
+    // An old backup that will not go away is kept, and no new one is written.
+    if (!DeleteFileIfWritable(backup, status)) return;
+    Save(backup, &kNoFile);
+    return;
+  }
+  Save(backup, &status);
 }
 
-void TWrenAssemblyInfo::SaveToFile(const std::string& fileName) {
+void TWrenAssemblyInfo::SaveToFile(const std::string& fileName) { Save(fileName, nullptr); }
+
+void TWrenAssemblyInfo::Save(const std::string& fileName, const TWrenFileStatus* status) {
   std::string error;
-  if (!WriteFileAtomic(fileName, JoinTextLines(lines_), error)) throw EWrenFileError(error);
+  const std::string text = JoinTextLines(lines_);
+  if (!(status ? WriteFileAtomic(fileName, *status, text, error)
+               : WriteFileAtomic(fileName, text, error)))
+    throw EWrenFileError(error);
 }
 
 bool TWrenAssemblyInfo::IsStopLine(const std::string& line) const {

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "WrenFiles.h"
 #include "WrenTypes.h"
 
 namespace wren {
@@ -97,6 +98,8 @@ class TWrenAssemblyInfo final : public IWrenAssemblyInfoUpdater,
 
  private:
   void MakeBackup();
+  /// Writes the lines to fileName; status, when given, is the file's as it was read.
+  void Save(const std::string& fileName, const TWrenFileStatus* status);
   void Scan();
   bool IsStopLine(const std::string& line) const;
   void ProcessAttribute(size_t lineIndex, IWrenStringTokeniser& tok);

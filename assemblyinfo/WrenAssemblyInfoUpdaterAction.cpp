@@ -102,6 +102,8 @@ bool TWrenAssemblyInfoUpdaterAction::Execute() {
     return true;
   }
 
+  const TWrenActionScript* entryScript = GetScriptByName(kOnProcessEntry);
+  entryScript_ = entryScript && !Trim(entryScript->text).empty();
   const std::shared_ptr<IWrenAssemblyInfoUpdater> updater = NewAssemblyInfoUpdater(UpdateOnly);
   updater->SetCallBack(this);
   // The rewritten files are replaced together at the end: a tree of thousands of files then costs
@@ -123,6 +125,7 @@ bool TWrenAssemblyInfoUpdaterAction::Execute() {
     result = false;
   }
   updater->SetCallBack(nullptr);
+  entryScript_ = true;
   std::string error;
   if (!batch.Commit(error)) {
     SendMessage(error);
@@ -149,7 +152,7 @@ bool TWrenAssemblyInfoUpdaterAction::BuildFileList() {
 void TWrenAssemblyInfoUpdaterAction::processWildCard(const std::string& path,
                                                      const std::string& mask, bool recurse) {
   const std::string dir = ExtractFilePath(path);
-  for (const TWrenFindData& found : FindFiles(dir + "*.*", recurse)) {
+  for (const TWrenFindData& found : FindFileNames(dir + "*.*", recurse)) {
     if (Stopped()) return;
     if (!found.isDirectory) {
       if (MatchesMask(found.name, mask)) fileList_.push_back(dir + found.name);
@@ -205,6 +208,8 @@ void TWrenAssemblyInfoUpdaterAction::AssemblyInfoProcessMessage(const std::strin
 void TWrenAssemblyInfoUpdaterAction::AssemblyInfoProcessEntry(const std::string& fileName,
                                                               const std::string& entryName,
                                                               std::string& entryValue) {
+  // Asked for every attribute of every file: most runs have no such script.
+  if (!entryScript_) return;
   TWrenActionScript* script = GetScriptByName(kOnProcessEntry);
   if (!script || Trim(script->text).empty()) return;
   InitialiseScriptParams(*script);

@@ -65,6 +65,8 @@ class TWrenAssemblyInfoUpdaterAction : public TCustomWrenAction, public IWrenAss
 
   TStrings fileList_;
   std::atomic<bool> terminated_{false};
+  // False while a run has no OnProcessEntry script to ask; outside a run the script is looked up.
+  bool entryScript_ = true;
 };
 
 /// A user script that failed while a file was processed (the host has logged why).

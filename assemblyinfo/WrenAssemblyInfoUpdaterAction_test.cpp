@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
@@ -173,6 +175,71 @@ TEST(AssemblyInfoUpdaterAction, FailedSaveLeavesTheOriginalByteIdentical) {
   EXPECT_TRUE(h.Logged(file)) << PrintToString(h.log);
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(h.tmp.path()), {}), 1)
       << "no temporary file left beside the target";
+}
+
+/// The names in dir, sorted; hidden ones too.
+std::vector<std::string> Names(const std::string& dir) {
+  std::vector<std::string> names;
+  for (const auto& e : std::filesystem::directory_iterator(dir)) names.push_back(e.path().filename());
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+// Backups go into the run's batch with the rewrites: after the run each holds its source's old
+// lines; a write failing half way leaves that file and its backup as they were; a run killed
+// before the commit leaves every source old and no backup, and its temporary files go with the
+// next listing.
+TEST(AssemblyInfoUpdaterAction, BackupsLandWithTheRewrites) {
+  const std::string big = kCs + std::string(4096, 'x') + "\n";
+  {
+    Harness h({"a.cs", "b.cs", "c.cs"}, {"AssemblyVersion=\"2.0\""});
+    h.action.BackupFiles = true;
+    WriteFile(h.tmp / "b.cs", big);
+    WriteFile(h.tmp / "c.cs.bak", "an old backup");
+    ASSERT_TRUE(h.action.Execute()) << PrintToString(h.log);
+    for (const char* name : {"a.cs", "c.cs"}) {
+      EXPECT_EQ(ReadFile(h.tmp / name), Cs("2.0")) << name;
+      EXPECT_EQ(ReadFile(h.tmp / (name + std::string(".bak"))), Cs("1.0.0.0")) << name;
+    }
+    EXPECT_EQ(ReadFile(h.tmp / "b.cs.bak"), Cs("1.0.0.0") + std::string(4096, 'x') + "\r\n");
+    EXPECT_EQ(Names(h.tmp.path()).size(), 6u) << PrintToString(Names(h.tmp.path()));
+  }
+  {
+    // b.cs's backup is the first write too long for the disk: the run stops there.
+    Harness h({"a.cs", "b.cs", "c.cs"}, {"AssemblyVersion=\"2.0\""});
+    h.action.BackupFiles = true;
+    WriteFile(h.tmp / "b.cs", big);
+    SetAtomicWriteFailAfter(1000);
+    const std::shared_ptr<void> restore(nullptr, [](void*) { SetAtomicWriteFailAfter(SIZE_MAX); });
+    EXPECT_FALSE(h.action.Execute());
+    EXPECT_EQ(ReadFile(h.tmp / "a.cs"), Cs("2.0"));
+    EXPECT_EQ(ReadFile(h.tmp / "a.cs.bak"), Cs("1.0.0.0"));
+    EXPECT_EQ(ReadFile(h.tmp / "b.cs"), big);
+    EXPECT_EQ(ReadFile(h.tmp / "c.cs"), kCs);
+    EXPECT_EQ(Names(h.tmp.path()), (std::vector<std::string>{"a.cs", "a.cs.bak", "b.cs", "c.cs"}));
+  }
+  {
+    Harness h({"a.cs", "b.cs"}, {"AssemblyVersion=\"2.0\""});
+    h.action.BackupFiles = true;
+    WriteFile(h.tmp / "b.cs", big);
+    const pid_t pid = ::fork();
+    if (pid == 0) {
+      SetAtomicWriteFailAfter(1000, true);  // dies as by kill -9 on b.cs's backup
+      h.action.Execute();
+      ::_exit(0);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(pid, &status, 0), pid);
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 137);
+    EXPECT_EQ(ReadFile(h.tmp / "a.cs"), kCs);
+    EXPECT_EQ(ReadFile(h.tmp / "b.cs"), big);
+    EXPECT_FALSE(test::Exists(h.tmp / "a.cs.bak"));
+    // a.cs's rewrite and backup, and the half of b.cs's backup, wait hidden.
+    EXPECT_EQ(Names(h.tmp.path()).size(), 5u) << PrintToString(Names(h.tmp.path()));
+    EXPECT_EQ(FindFiles(h.tmp / "*.*", false).size(), 2u);
+    EXPECT_EQ(Names(h.tmp.path()), (std::vector<std::string>{"a.cs", "b.cs"}));
+  }
 }
 
 TEST(AssemblyInfoUpdaterAction, StopRequestProcessesNothing) {

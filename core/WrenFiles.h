@@ -14,6 +14,23 @@ bool DirectoryExists(const std::string& path);
 /// The read-only attribute; on POSIX, no owner write bit (whoever runs the host).
 bool IsReadOnly(const std::string& path);
 
+/// One look at a path, taken once so that a read-modify-write of a file does not look it up again
+/// for every check, the read and the write. Describes what a symbolic link names.
+struct TWrenFileStatus {
+  bool exists = false;  // a file or a directory is there
+  bool isDirectory = false;
+  bool readOnly = false;
+  bool isLink = false;  // the path itself is a symbolic link
+  uint64_t device = 0;
+  uint64_t inode = 0;
+  uint64_t links = 0;
+  uint64_t size = 0;
+  uint32_t mode = 0;  // permission bits
+  uint32_t owner = 0;
+  uint32_t group = 0;
+};
+TWrenFileStatus FileStatus(const std::string& path);
+
 /// One entry found by FindFiles.
 struct TWrenFindData {
   std::string name;
@@ -41,8 +58,15 @@ std::optional<TWrenScratchName> ParseScratchFileName(const std::string& name);
 /// torn rewrite in place is rolled back from its journal).
 std::vector<TWrenFindData> FindFiles(const std::string& pattern, bool withDirectories,
                                      bool onlyDirectories = false);
+/// FindFiles without readOnly and size, which are left unset: it needs no look at each entry
+/// where the directory listing tells files from directories.
+std::vector<TWrenFindData> FindFileNames(const std::string& pattern, bool withDirectories,
+                                         bool onlyDirectories = false);
 
 bool ReadFileBytes(const std::string& path, std::string& bytes, std::string& error);
+/// ReadFileBytes of a file whose status was just taken.
+bool ReadFileBytes(const std::string& path, const TWrenFileStatus& status, std::string& bytes,
+                   std::string& error);
 
 /// Writes the bytes to a temporary file beside path, flushes it and renames it over path, so the
 /// target is either untouched or complete. The file keeps the target's permissions.
@@ -50,16 +74,21 @@ bool ReadFileBytes(const std::string& path, std::string& bytes, std::string& err
 /// directory we may not write to) is rewritten in place instead, after its old content is safe in
 /// a journal: beside it, or in the recovery directory (MARROWBY_RECOVERY_DIR, else
 /// $XDG_STATE_HOME/marrowby/recovery, else ~/.local/state/marrowby/recovery).
-/// Under an open TWrenWriteBatch, renamed rewrites of existing files are left pending for its
-/// Commit; rewrites in place happen at once.
+/// Under an open TWrenWriteBatch, renamed rewrites are left pending for its Commit (new files as
+/// well: they appear at the commit); rewrites in place happen at once.
 bool WriteFileAtomic(const std::string& path, const std::string& bytes, std::string& error);
+/// WriteFileAtomic of a file whose status was taken since it last changed.
+bool WriteFileAtomic(const std::string& path, const TWrenFileStatus& status,
+                     const std::string& bytes, std::string& error);
 
-/// Groups the atomic rewrites of existing files made on this thread, so that thousands of them
-/// cost two file-system syncs instead of two flushes each. While a batch is open, WriteFileAtomic
-/// leaves the new content in a temporary file beside the target (a dot file) and ReadFileBytes of
-/// the target returns that content. Commit syncs the temporary files, renames each over its
-/// target, and syncs again so the renames last: every target ends old or new, never half written.
-/// New files are still written at once. A batch opened inside another joins the outer one.
+/// Groups the atomic writes made on this thread, so that thousands of them cost two syncs instead
+/// of two flushes each. While a batch is open, WriteFileAtomic leaves the new content in a
+/// temporary file beside the target (a dot file) and ReadFileBytes of an existing target returns
+/// that content; a new file appears at the commit, and a second write of it before then (by the
+/// same path) replaces the first. Commit syncs the temporary files, renames each over its target
+/// in the order they were written, and syncs again so the renames last: every target ends old or
+/// new, never half written, and a file written before another (a backup before its source)
+/// reaches the disk no later than it. A batch opened inside another joins the outer one.
 class TWrenWriteBatch {
  public:
   TWrenWriteBatch();

@@ -3,24 +3,17 @@
 #include <cctype>
 #include <cstdlib>
 #include <string_view>
-#include <vector>
 
 namespace wren {
 
 namespace {
 
-// The characters of UTF-8 text: each a lead byte with its continuation bytes, so that '?' in a
-// mask stands for one character, not one byte.
-std::vector<std::string_view> Characters(std::string_view text) {
-  std::vector<std::string_view> chars;
-  size_t i = 0;
-  while (i < text.size()) {
-    size_t n = 1;
-    while (i + n < text.size() && (static_cast<unsigned char>(text[i + n]) & 0xC0) == 0x80) ++n;
-    chars.push_back(text.substr(i, n));
-    i += n;
-  }
-  return chars;
+// The length of the UTF-8 character at i: its lead byte and the continuation bytes after it, so
+// that '?' in a mask stands for one character, not one byte.
+size_t CharLength(std::string_view text, size_t i) {
+  size_t n = 1;
+  while (i + n < text.size() && (static_cast<unsigned char>(text[i + n]) & 0xC0) == 0x80) ++n;
+  return n;
 }
 
 char Fold(char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c; }
@@ -32,33 +25,45 @@ bool SameChar(std::string_view a, std::string_view b) {
   return true;
 }
 
-// Plain wildcard match; on a mismatch after a '*' the star takes one more character.
-bool Match(std::string_view nameText, std::string_view maskText) {
-  const auto name = Characters(nameText);
-  const auto mask = Characters(maskText);
+// The mask character at m is the single byte c (not the lead of a longer sequence).
+bool IsMaskChar(std::string_view mask, size_t m, size_t length, char c) {
+  return length == 1 && mask[m] == c;
+}
+
+// Plain wildcard match, character by character in place; on a mismatch after a '*' the star takes
+// one more character.
+bool Match(std::string_view name, std::string_view mask) {
   size_t n = 0, m = 0;
   size_t starMask = std::string_view::npos, starName = 0;
   while (n < name.size()) {
-    if (m < mask.size() && mask[m] == "*") {
+    const size_t maskLength = m < mask.size() ? CharLength(mask, m) : 0;
+    if (m < mask.size() && IsMaskChar(mask, m, maskLength, '*')) {
       starMask = m++;
       starName = n;
-    } else if (m < mask.size() && (mask[m] == "?" || SameChar(mask[m], name[n]))) {
-      ++m;
-      ++n;
+      continue;
+    }
+    const size_t nameLength = CharLength(name, n);
+    if (m < mask.size() && (IsMaskChar(mask, m, maskLength, '?') ||
+                            SameChar(mask.substr(m, maskLength), name.substr(n, nameLength)))) {
+      m += maskLength;
+      n += nameLength;
     } else if (starMask != std::string_view::npos) {
       m = starMask + 1;
-      n = ++starName;
+      starName += CharLength(name, starName);
+      n = starName;
     } else {
       return false;
     }
   }
-  while (m < mask.size() && mask[m] == "*") ++m;
+  while (m < mask.size() && IsMaskChar(mask, m, CharLength(mask, m), '*')) ++m;
   return m == mask.size();
 }
 
 }  // namespace
 
 bool MatchesMask(const std::string& name, const std::string& mask) {
+  // The masks of a plain listing take every name ("*.*" too: names without a dot count).
+  if (mask == "*" || mask == "*.*") return true;
   if (Match(name, mask)) return true;
   // As on Windows, "x.*" also stands for names that have no extension at all ("v*.*" finds "v4").
   const std::string_view m(mask);

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <functional>
+#include <tuple>
 
 #include <cstdint>
 #include <cstdlib>
@@ -80,6 +81,9 @@ TEST(WrenFilesMask, WindowsSemantics) {
       {"mississippi", "*sip*", true}, {"mississippi", "m*i*s*z", false},
       {"caf\xC3\xA9", "caf?", true},  // '?' is one character, even a two-byte one
       {"caf\xC3\xA9", "caf??", false}, {"noext", "*.txt", false},    {"a", "", false},
+      {"", "*.*", true},              {"\xC3\xA9t\xC3\xA9", "*t?", true}, {"\xC3\xA9t\xC3\xA9", "*\xC3\xA9", true},
+      {"a\x80", "?", true},          // a stray continuation byte belongs to the character before
+      {"ab", "*\x80", false},         {"a*\x80", "a*\x80", true},  // "*\x80" is no star
   };
   for (const Case& c : cases)
     EXPECT_EQ(MatchesMask(c.name, c.mask), c.matches) << c.name << " ~ " << c.mask;
@@ -118,6 +122,21 @@ TEST_F(WrenFilesPosix, FindFilesSortsAndListsDots) {
   auto dirs = FindFiles(Path("Sub"), true);
   ASSERT_EQ(dirs.size(), 1u);
   EXPECT_TRUE(dirs[0].isDirectory);
+
+  // The lean listing finds the same entries, links taken for what they name (a dangling one is
+  // a file).
+  ASSERT_EQ(::symlink("Sub", Path("LinkToSub").c_str()), 0);
+  ASSERT_EQ(::symlink("gone", Path("dangling").c_str()), 0);
+  for (const auto& [mask, dirs, onlyDirs] :
+       {std::tuple{"*", false, false}, {"*.*", true, false}, {"*", true, true}, {"?", true, false}}) {
+    SCOPED_TRACE(mask);
+    const auto full = FindFiles(Path(mask), dirs, onlyDirs);
+    const auto lean = FindFileNames(Path(mask), dirs, onlyDirs);
+    ASSERT_EQ(Names(lean), Names(full));
+    for (size_t i = 0; i < full.size(); ++i) EXPECT_EQ(lean[i].isDirectory, full[i].isDirectory);
+  }
+  EXPECT_EQ(Names(FindFileNames(Path("*"), true, true)),
+            (std::vector<std::string>{".", "..", "LinkToSub", "Sub", "v2.0"}));
 
   // No directory part: the current directory.
   const fs::path cwd = fs::current_path();
@@ -229,11 +248,12 @@ TEST_F(WrenFilesPosix, WriteBatchReplacesOnCommit) {
     ASSERT_TRUE(WriteFileAtomic(Path("a.cs"), "new a", error)) << error;
     ASSERT_TRUE(WriteFileAtomic(Path("./a.cs"), "newer a", error)) << error;  // one pending file
     ASSERT_TRUE(WriteFileAtomic(Path("b.cs"), "new b", error)) << error;
+    ASSERT_TRUE(WriteFileAtomic(Path("fresh.txt"), "first", error)) << error;
     ASSERT_TRUE(WriteFileAtomic(Path("fresh.txt"), "fresh", error)) << error;
     EXPECT_EQ(onDisk("a.cs"), "old a");
-    EXPECT_EQ(onDisk("fresh.txt"), "fresh");  // new files are not held back
+    EXPECT_FALSE(fs::exists(Path("fresh.txt")));  // a new file appears at the commit
     EXPECT_EQ(Read("a.cs"), "newer a");
-    EXPECT_EQ(Entries().size(), 5u);  // a.cs, b.cs, fresh.txt and two temporary files
+    EXPECT_EQ(Entries().size(), 5u);  // a.cs, b.cs and three temporary files
 
     {
       TWrenWriteBatch inner;  // joins the outer batch: its commit replaces nothing
@@ -266,6 +286,32 @@ TEST_F(WrenFilesPosix, WriteBatchReplacesOnCommit) {
   // Closing the batch commits what is still pending.
   EXPECT_EQ(onDisk("fresh.txt"), "left pending");
   EXPECT_EQ(Entries(), (std::vector<std::string>{"a.cs", "b.cs", "fresh.txt"}));
+}
+
+// A batch too large to flush file by file syncs whole file systems instead: every file, new or
+// rewritten, still lands with its own bytes and no temporary file stays.
+TEST_F(WrenFilesPosix, LargeWriteBatchLandsEveryFile) {
+  constexpr int kFiles = 40;
+  for (int i = 0; i < kFiles; ++i) Write("f" + std::to_string(i), "old", 0600);
+  std::string error;
+  {
+    TWrenWriteBatch batch;
+    for (int i = 0; i < kFiles; ++i) {
+      const std::string n = std::to_string(i);
+      ASSERT_TRUE(WriteFileAtomic(Path("f" + n + ".bak"), "backup " + n, error)) << error;
+      ASSERT_TRUE(WriteFileAtomic(Path("f" + n), "new " + n, error)) << error;
+    }
+    EXPECT_EQ(Read("f7"), "new 7");
+    EXPECT_EQ(Entries().size(), 3u * kFiles);
+    ASSERT_TRUE(batch.Commit(error)) << error;
+  }
+  EXPECT_EQ(Entries().size(), 2u * kFiles);
+  for (int i = 0; i < kFiles; ++i) {
+    const std::string n = std::to_string(i);
+    EXPECT_EQ(Read("f" + n), "new " + n);
+    EXPECT_EQ(Read("f" + n + ".bak"), "backup " + n);
+    EXPECT_EQ(Mode("f" + n), 0600u);
+  }
 }
 
 // Runs body in a forked process and returns its exit code; the process ends without unwinding,

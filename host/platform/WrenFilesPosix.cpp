@@ -4,15 +4,20 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <pthread.h>
+
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <climits>
 #include <cstdint>
 #include <cstdlib>
+#include <map>
 #include <memory>
+#include <mutex>
 #include <random>
 #include <system_error>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -58,6 +63,21 @@ bool WriteAll(int fd, const std::string& bytes, int& err) {
   return true;
 }
 
+namespace {
+std::atomic<pid_t> gPid{0};
+}  // namespace
+
+pid_t CurrentPid() {
+  pid_t pid = gPid.load(std::memory_order_relaxed);
+  if (pid != 0) return pid;
+  // A forked child is another writer: it must not name its scratch files after its parent.
+  static std::once_flag atFork;
+  std::call_once(atFork, [] { ::pthread_atfork(nullptr, nullptr, [] { gPid.store(0); }); });
+  pid = ::getpid();
+  gPid.store(pid, std::memory_order_relaxed);
+  return pid;
+}
+
 int CreateScratch(const std::string& dir, const std::string& target, std::string& scratchName,
                   int& err) {
   const size_t slash = target.rfind('/');
@@ -67,7 +87,7 @@ int CreateScratch(const std::string& dir, const std::string& target, std::string
   // Seeded once: a random device read per file costs more than the rest of the name.
   thread_local std::minstd_rand random(std::random_device{}());
   for (int attempt = 0; attempt < 100; ++attempt) {
-    scratchName = dir + "." + base + ".tmp" + std::to_string(::getpid()) + "-" +
+    scratchName = dir + "." + base + ".tmp" + std::to_string(CurrentPid()) + "-" +
                   std::to_string(counter++) + "-" + std::to_string(random() % 1000000);
     const int fd = ::open(scratchName.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (fd >= 0) return fd;
@@ -127,18 +147,24 @@ std::string DirWithSlash(const std::string& target) {
   return slash == std::string::npos ? "" : target.substr(0, slash + 1);
 }
 
-/// A rewrite waiting for its batch's commit; the target is known by device and inode so that any
-/// spelling of its path finds it.
+/// A write waiting for its batch's commit.
 struct TPendingWrite {
   std::string temp;
   std::string target;
-  dev_t device;
-  ino_t inode;
+  dev_t device;  // of the target's file system
 };
 
-/// The open batch of a thread.
+/// The open batch of a thread. Existing targets are known by device and inode, so that any
+/// spelling of their path finds them; new files by the path they were written to.
 struct TBatchState {
-  std::vector<TPendingWrite> pending;
+  std::vector<TPendingWrite> pending;  // in the order written: the order of the renames
+  std::map<std::pair<dev_t, ino_t>, size_t> existing;
+  std::unordered_map<std::string, size_t> created;
+  // A directory per file system, opened before the first write to it, so that its syncfs reports
+  // the write-back errors of everything written since.
+  std::vector<std::pair<dev_t, int>> syncHandles;
+  uid_t euid = ::geteuid();
+  gid_t egid = ::getegid();
   std::string errors;  // of commits made when the batch grew large
 };
 
@@ -147,12 +173,15 @@ thread_local std::unique_ptr<TBatchState> tBatch;
 // Past this many pending files a batch commits on its own, so that a host killed in the middle of
 // a long step loses little work and leaves few temporary files behind.
 constexpr size_t kMaxPending = 1000;
+// Up to this many files a commit flushes each file and its directory: cheaper than a sync of the
+// whole file system, which also writes out whatever else is dirty there. Past it, one syncfs per
+// file system costs less than a journal commit per file.
+constexpr size_t kFlushEachUpTo = 16;
 
 TPendingWrite* PendingFor(dev_t device, ino_t inode) {
   if (!tBatch) return nullptr;
-  for (TPendingWrite& p : tBatch->pending)
-    if (p.device == device && p.inode == inode) return &p;
-  return nullptr;
+  const auto found = tBatch->existing.find({device, inode});
+  return found == tBatch->existing.end() ? nullptr : &tBatch->pending[found->second];
 }
 
 void AddError(std::string& errors, const std::string& error) {
@@ -160,23 +189,31 @@ void AddError(std::string& errors, const std::string& error) {
   errors += error;
 }
 
-// One sync per file system of the targets: syncfs flushes the temporary files' data (before the
-// renames) or the renames themselves (after). Returns the devices whose sync failed.
-std::vector<dev_t> SyncFileSystems(const std::vector<TPendingWrite>& writes) {
-  std::vector<dev_t> done, failed;
-  for (const TPendingWrite& w : writes) {
-    if (std::find(done.begin(), done.end(), w.device) != done.end()) continue;
-    done.push_back(w.device);
-    const int fd = ::open(DirectoryOf(w.target).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (fd < 0 || ::syncfs(fd) != 0) failed.push_back(w.device);
-    if (fd >= 0) ::close(fd);
-  }
+void KeepSyncHandle(TBatchState& batch, dev_t device, const std::string& target) {
+  for (const auto& handle : batch.syncHandles)
+    if (handle.first == device) return;
+  batch.syncHandles.emplace_back(
+      device, ::open(DirectoryOf(target).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+}
+
+void CloseSyncHandles(TBatchState& batch) {
+  for (const auto& handle : batch.syncHandles)
+    if (handle.second >= 0) ::close(handle.second);
+  batch.syncHandles.clear();
+}
+
+// One syncfs per file system of the pending files: it flushes the temporary files' data (before
+// the renames) or the renames themselves (after). Returns the devices whose sync failed.
+std::vector<dev_t> SyncFileSystems(const TBatchState& batch) {
+  std::vector<dev_t> failed;
+  for (const auto& [device, fd] : batch.syncHandles)
+    if (fd < 0 || ::syncfs(fd) != 0) failed.push_back(device);
   return failed;
 }
 
 bool FlushFile(const std::string& path, int& err) {
   const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (fd < 0 || ::fsync(fd) != 0) {
+  if (fd < 0 || ::fdatasync(fd) != 0) {
     err = errno;
     if (fd >= 0) ::close(fd);
     return false;
@@ -185,16 +222,22 @@ bool FlushFile(const std::string& path, int& err) {
   return true;
 }
 
-void CommitPending(std::vector<TPendingWrite>& writes, std::string& errors) {
-  if (writes.empty()) return;
+void CommitPending(TBatchState& batch, std::string& errors) {
+  std::vector<TPendingWrite>& writes = batch.pending;
+  if (writes.empty()) {
+    CloseSyncHandles(batch);
+    return;
+  }
   // Data first: a rename that reached the disk before its file's data would leave an empty file
   // after a crash.
-  const std::vector<dev_t> unsynced = SyncFileSystems(writes);
+  const bool flushEach = writes.size() <= kFlushEachUpTo;
+  const std::vector<dev_t> unsynced = flushEach ? std::vector<dev_t>() : SyncFileSystems(batch);
+  std::vector<std::string> renamedIn;
   for (TPendingWrite& w : writes) {
     int err = 0;
     // Where a whole file system would not sync, each file is flushed alone to learn which failed.
     const bool needsOwnFlush =
-        std::find(unsynced.begin(), unsynced.end(), w.device) != unsynced.end();
+        flushEach || std::find(unsynced.begin(), unsynced.end(), w.device) != unsynced.end();
     if (needsOwnFlush && !FlushFile(w.temp, err)) {
       ::unlink(w.temp.c_str());
       AddError(errors, OsError("Cannot flush", w.target, err));
@@ -202,13 +245,71 @@ void CommitPending(std::vector<TPendingWrite>& writes, std::string& errors) {
       err = errno;
       ::unlink(w.temp.c_str());
       AddError(errors, OsError("Cannot replace", w.target, err));
+    } else if (flushEach) {
+      const std::string dir = DirectoryOf(w.target);
+      if (std::find(renamedIn.begin(), renamedIn.end(), dir) == renamedIn.end())
+        renamedIn.push_back(dir);
     }
   }
-  SyncFileSystems(writes);  // best effort: the renames are done, this only makes them last
+  // Best effort: the renames are done, this only makes them last.
+  if (flushEach)
+    for (const std::string& dir : renamedIn) SyncDirectoryOf(dir + "/");
+  else
+    SyncFileSystems(batch);
   writes.clear();
+  batch.existing.clear();
+  batch.created.clear();
+  CloseSyncHandles(batch);
+}
+
+void FillStatus(const struct stat& st, TWrenFileStatus& status) {
+  status.exists = true;
+  status.isDirectory = S_ISDIR(st.st_mode);
+  status.readOnly = ReadOnlyMode(st.st_mode);
+  status.device = st.st_dev;
+  status.inode = st.st_ino;
+  status.links = st.st_nlink;
+  status.size = static_cast<uint64_t>(st.st_size);
+  status.mode = st.st_mode & 07777;
+  status.owner = st.st_uid;
+  status.group = st.st_gid;
+}
+
+// Reads the open file to its end. A regular file of known size is read in one call: a read that
+// returns fewer bytes than asked, and exactly the size, has reached the end.
+bool ReadOpenFile(int fd, uint64_t knownSize, std::string& bytes, int& err) {
+  size_t length = 0;
+  bytes.resize(knownSize > 0 ? knownSize + 1 : 4096);
+  for (;;) {
+    if (length == bytes.size()) bytes.resize(bytes.size() * 2);
+    const ssize_t r = ::read(fd, bytes.data() + length, bytes.size() - length);
+    if (r == 0) break;
+    if (r < 0) {
+      if (errno == EINTR) continue;
+      err = errno;
+      bytes.clear();
+      return false;
+    }
+    length += static_cast<size_t>(r);
+    if (knownSize > 0 && length == knownSize && length < bytes.size()) break;
+  }
+  bytes.resize(length);
+  return true;
 }
 
 }  // namespace
+
+TWrenFileStatus FileStatus(const std::string& path) {
+  TWrenFileStatus status;
+  struct stat st;
+  if (path.empty() || ::lstat(path.c_str(), &st) != 0) return status;
+  if (S_ISLNK(st.st_mode)) {
+    status.isLink = true;
+    if (::stat(path.c_str(), &st) != 0) return status;
+  }
+  FillStatus(st, status);
+  return status;
+}
 
 bool FileExists(const std::string& path) {
   struct stat st;
@@ -225,8 +326,10 @@ bool IsReadOnly(const std::string& path) {
   return !path.empty() && ::stat(path.c_str(), &st) == 0 && ReadOnlyMode(st.st_mode);
 }
 
-std::vector<TWrenFindData> FindFiles(const std::string& pattern, bool withDirectories,
-                                     bool onlyDirectories) {
+namespace {
+
+std::vector<TWrenFindData> Find(const std::string& pattern, bool withDirectories,
+                                bool onlyDirectories, bool withDetails) {
   std::vector<TWrenFindData> found;
   const size_t split = pattern.find_last_of("/\\");
   std::string dir = split == std::string::npos ? "./" : pattern.substr(0, split + 1);
@@ -234,15 +337,19 @@ std::vector<TWrenFindData> FindFiles(const std::string& pattern, bool withDirect
   std::replace(dir.begin(), dir.end(), '\\', '/');
   if (mask.empty()) return found;
 
-  DIR* d = ::opendir(dir.c_str());
-  if (!d) return found;
-  const int dfd = ::dirfd(d);
+  const int dfd = ::open(dir.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (dfd < 0) return found;
 
-  auto entryOf = [&](const char* name, TWrenFindData& data) {
+  // type is the listing's d_type; an entry is looked at only when that is not enough.
+  auto entryOf = [&](const char* name, unsigned char type, TWrenFindData& data) {
+    data.name = name;
+    if (!withDetails && (type == DT_REG || type == DT_DIR)) {
+      data.isDirectory = type == DT_DIR;
+      return true;
+    }
     struct stat st;
     if (::fstatat(dfd, name, &st, 0) != 0 && ::fstatat(dfd, name, &st, AT_SYMLINK_NOFOLLOW) != 0)
       return false;  // gone since readdir listed it
-    data.name = name;
     data.isDirectory = S_ISDIR(st.st_mode);
     data.readOnly = ReadOnlyMode(st.st_mode);
     data.size = data.isDirectory ? 0 : static_cast<uint64_t>(st.st_size);
@@ -256,91 +363,120 @@ std::vector<TWrenFindData> FindFiles(const std::string& pattern, bool withDirect
   std::vector<TWrenFindData> dots;
   for (const char* dot : {".", ".."}) {
     TWrenFindData data;
-    if (withDirectories && MatchesMask(dot, mask) && entryOf(dot, data)) dots.push_back(data);
+    if (withDirectories && MatchesMask(dot, mask) && entryOf(dot, DT_DIR, data))
+      dots.push_back(data);
   }
 
-  while (const dirent* e = ::readdir(d)) {
-    const std::string name = e->d_name;
-    if (name == "." || name == "..") continue;
-    // The writer's temporary files are no one's sources; a dead run's are cleared on the way.
-    if (name[0] == '.' && ParseScratchFileName(name)) {
-      CleanUpLeftover(dir, name);
-      continue;
+  // The directory read in large gulps without opendir, which would also stat it.
+  alignas(dirent64) char buffer[32768];
+  for (;;) {
+    const ssize_t got = ::getdents64(dfd, buffer, sizeof buffer);
+    if (got <= 0) break;
+    for (ssize_t at = 0; at < got;) {
+      const auto* e = reinterpret_cast<const dirent64*>(buffer + at);
+      at += e->d_reclen;
+      const char* name = e->d_name;
+      if (name[0] == '.' && (name[1] == 0 || (name[1] == '.' && name[2] == 0))) continue;
+      // The writer's temporary files are no one's sources; a dead run's are cleared on the way.
+      if (name[0] == '.' && ParseScratchFileName(name)) {
+        CleanUpLeftover(dir, name);
+        continue;
+      }
+      if (!MatchesMask(name, mask)) continue;
+      TWrenFindData data;
+      if (entryOf(name, e->d_type, data) && wanted(data)) found.push_back(std::move(data));
     }
-    if (!MatchesMask(name, mask)) continue;
-    TWrenFindData data;
-    if (entryOf(e->d_name, data) && wanted(data)) found.push_back(std::move(data));
   }
-  ::closedir(d);
+  ::close(dfd);
+  // Every leftover here has just been seen to: the writer need not list the directory again.
+  NoteDirectoryCleanedUp(dir);
 
   std::sort(found.begin(), found.end(), NameLess);
   found.insert(found.begin(), dots.begin(), dots.end());
   return found;
 }
 
-bool ReadFileBytes(const std::string& path, std::string& bytes, std::string& error) {
+}  // namespace
+
+std::vector<TWrenFindData> FindFiles(const std::string& pattern, bool withDirectories,
+                                     bool onlyDirectories) {
+  return Find(pattern, withDirectories, onlyDirectories, true);
+}
+
+std::vector<TWrenFindData> FindFileNames(const std::string& pattern, bool withDirectories,
+                                         bool onlyDirectories) {
+  return Find(pattern, withDirectories, onlyDirectories, false);
+}
+
+bool ReadFileBytes(const std::string& path, const TWrenFileStatus& status, std::string& bytes,
+                   std::string& error) {
   bytes.clear();
   // A file rewritten under the open batch reads as its new content.
-  std::string source = path;
-  struct stat st;
-  if (tBatch && !tBatch->pending.empty() && ::stat(path.c_str(), &st) == 0)
-    if (const TPendingWrite* pending = PendingFor(st.st_dev, st.st_ino)) source = pending->temp;
-  const int fd = ::open(source.c_str(), O_RDONLY | O_CLOEXEC);
+  const TPendingWrite* pending =
+      status.exists && tBatch ? PendingFor(status.device, status.inode) : nullptr;
+  const int fd = ::open((pending ? pending->temp : path).c_str(), O_RDONLY | O_CLOEXEC);
   if (fd < 0) {
     error = OsError("Cannot open", path, errno);
     return false;
   }
-  char buffer[65536];
-  for (;;) {
-    const ssize_t r = ::read(fd, buffer, sizeof buffer);
-    if (r == 0) break;
-    if (r < 0) {
-      if (errno == EINTR) continue;
-      error = OsError("Cannot read", path, errno);
-      ::close(fd);
-      bytes.clear();
-      return false;
-    }
-    bytes.append(buffer, static_cast<size_t>(r));
-  }
+  // The size is the pending file's when it stands in: unknown here, so read to the end.
+  const bool regular = status.exists && !status.isDirectory && !pending;
+  int err = 0;
+  const bool ok = ReadOpenFile(fd, regular ? status.size : 0, bytes, err);
   ::close(fd);
-  return true;
+  if (!ok) error = OsError("Cannot read", path, err);
+  return ok;
+}
+
+bool ReadFileBytes(const std::string& path, std::string& bytes, std::string& error) {
+  // Only a batch with pending files needs to know which file the path names.
+  if (tBatch && !tBatch->existing.empty())
+    return ReadFileBytes(path, FileStatus(path), bytes, error);
+  return ReadFileBytes(path, TWrenFileStatus(), bytes, error);
 }
 
 bool WriteFileAtomic(const std::string& path, const std::string& bytes, std::string& error) {
+  return WriteFileAtomic(path, FileStatus(path), bytes, error);
+}
+
+bool WriteFileAtomic(const std::string& path, const TWrenFileStatus& status,
+                     const std::string& bytes, std::string& error) {
   // Write through a symbolic link to the file it names, so the link itself stays.
   std::string target = path;
-  struct stat st;
-  if (::lstat(path.c_str(), &st) == 0 && S_ISLNK(st.st_mode)) {
+  if (status.isLink) {
     if (char* real = ::realpath(path.c_str(), nullptr)) {
       target = real;
       std::free(real);
     }
   }
 
-  const bool exists = ::stat(target.c_str(), &st) == 0;
+  const bool exists = status.exists;
   if (exists) {
-    if (S_ISDIR(st.st_mode)) {
+    if (status.isDirectory) {
       error = OsError("Cannot write", path, EISDIR);
       return false;
     }
     // The user marked it read-only: a rename would silently override that, so refuse.
-    if (ReadOnlyMode(st.st_mode)) {
+    if (status.readOnly) {
       error = path + " is read only";
       return false;
     }
   }
 
   CleanUpDirectoryOnce(DirWithSlash(target));
-  // A rename would cut the other names off, hand the file to us, or is not allowed here.
-  if (exists && (st.st_nlink > 1 || !RenameKeepsOwner(st) ||
-                 ::access(DirectoryOf(target).c_str(), W_OK) != 0))
+  const uid_t euid = tBatch ? tBatch->euid : ::geteuid();
+  const gid_t egid = tBatch ? tBatch->egid : ::getegid();
+  // A rename would cut the other names off or hand the file to us.
+  if (exists && (status.links > 1 || !RenameKeepsOwner(status.owner, status.group, euid, egid)))
     return RewriteInPlace(target, bytes, error);
 
   int err = 0;
   std::string temp;
   const int fd = CreateScratch(DirWithSlash(target), target, temp, err);
   if (fd < 0) {
+    // A directory we may not write to: the file itself may still be writable.
+    if (exists && (err == EACCES || err == EPERM || err == EROFS))
+      return RewriteInPlace(target, bytes, error);
     error = OsError("Cannot create a temporary file to write", path, err);
     return false;
   }
@@ -354,24 +490,43 @@ bool WriteFileAtomic(const std::string& path, const std::string& bytes, std::str
 
   if (!WriteAll(fd, bytes, err)) return fail("Cannot write", err);
   if (exists) {
-    if (::fchmod(fd, st.st_mode & 07777) != 0) return fail("Cannot set the permissions of", errno);
+    if (::fchmod(fd, status.mode) != 0) return fail("Cannot set the permissions of", errno);
     // Keep the owner where we may (root rewriting a user's file); others cannot and need not.
-    if (st.st_uid != ::geteuid() || st.st_gid != ::getegid()) (void)!::fchown(fd, st.st_uid, st.st_gid);
+    if (status.owner != euid || status.group != egid)
+      (void)!::fchown(fd, status.owner, status.group);
   }
-  if (exists && tBatch) {
+  if (tBatch) {
+    dev_t device = status.device;
+    struct stat st;
+    if (!exists) {
+      if (::fstat(fd, &st) != 0) return fail("Cannot write", errno);
+      device = st.st_dev;
+    }
     if (::close(fd) != 0) {
       err = errno;
       ::unlink(temp.c_str());
       error = OsError("Cannot write", path, err);
       return false;
     }
-    if (TPendingWrite* pending = PendingFor(st.st_dev, st.st_ino)) {
+    TBatchState& batch = *tBatch;
+    TPendingWrite* pending = nullptr;
+    if (exists) {
+      pending = PendingFor(status.device, status.inode);
+    } else if (const auto found = batch.created.find(target); found != batch.created.end()) {
+      pending = &batch.pending[found->second];
+    }
+    if (pending) {
       ::unlink(pending->temp.c_str());  // written again before its commit: the newer bytes win
       pending->temp = temp;
       return true;
     }
-    if (tBatch->pending.size() >= kMaxPending) CommitPending(tBatch->pending, tBatch->errors);
-    tBatch->pending.push_back({temp, target, st.st_dev, st.st_ino});
+    if (batch.pending.size() >= kMaxPending) CommitPending(batch, batch.errors);
+    KeepSyncHandle(batch, device, target);
+    if (exists)
+      batch.existing.emplace(std::make_pair(status.device, status.inode), batch.pending.size());
+    else
+      batch.created.emplace(target, batch.pending.size());
+    batch.pending.push_back({temp, target, device});
     return true;
   }
   if (::fsync(fd) != 0) return fail("Cannot flush", errno);
@@ -409,7 +564,7 @@ TWrenWriteBatch::~TWrenWriteBatch() {
 
 bool TWrenWriteBatch::Commit(std::string& error) {
   if (!outermost_) return true;  // the outer batch commits
-  CommitPending(tBatch->pending, tBatch->errors);
+  CommitPending(*tBatch, tBatch->errors);
   error = std::move(tBatch->errors);
   tBatch->errors.clear();
   return error.empty();

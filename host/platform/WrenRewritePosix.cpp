@@ -9,8 +9,8 @@
 #include <cerrno>
 #include <cstdlib>
 #include <mutex>
-#include <set>
 #include <sstream>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -210,8 +210,8 @@ void RecoverJournal(const std::string& journalPath) {
   if (done) ::unlink(journalPath.c_str());
 }
 
-bool InGroup(gid_t gid) {
-  if (gid == ::getegid()) return true;
+bool InGroup(gid_t gid, gid_t egid) {
+  if (gid == egid) return true;
   gid_t groups[256];
   const int n = ::getgroups(256, groups);
   for (int i = 0; i < n; ++i)
@@ -221,9 +221,9 @@ bool InGroup(gid_t gid) {
 
 }  // namespace
 
-bool RenameKeepsOwner(const struct stat& st) {
-  if (::geteuid() == 0) return true;  // root hands the file back with fchown
-  return st.st_uid == ::geteuid() && InGroup(st.st_gid);
+bool RenameKeepsOwner(uid_t owner, gid_t group, uid_t euid, gid_t egid) {
+  if (euid == 0) return true;  // root hands the file back with fchown
+  return owner == euid && InGroup(group, egid);
 }
 
 bool RewriteInPlace(const std::string& target, const std::string& bytes, std::string& error) {
@@ -276,23 +276,33 @@ void CleanUpLeftover(const std::string& dir, const std::string& name) {
     ::unlink(path.c_str());
 }
 
-void CleanUpDirectoryOnce(const std::string& dir) {
+namespace {
+
+// True on the first visit of dir by this process; the first visit of any directory also clears
+// the recovery directory, where the journals of rewrites in locked directories wait.
+bool FirstVisit(const std::string& dir) {
   static std::mutex mutex;
   // By name: an inode number may come back for another directory in a long-lived process.
-  static std::set<std::string> done;
+  static std::unordered_set<std::string> done;
   static bool recoveryDone = false;
   bool cleanRecovery = false;
   {
     const std::lock_guard<std::mutex> lock(mutex);
-    if (!done.insert(dir).second) return;
+    if (!done.insert(dir).second) return false;
     cleanRecovery = !recoveryDone;
     recoveryDone = true;
   }
-  // Journals of rewrites in directories we may not write to wait in the recovery directory.
   if (cleanRecovery) {
     const std::string recovery = RecoveryDir();
     if (!recovery.empty()) CleanUpDirectoryOnce(recovery + "/");
   }
+  return true;
+}
+
+}  // namespace
+
+void CleanUpDirectoryOnce(const std::string& dir) {
+  if (!FirstVisit(dir)) return;
   DIR* d = ::opendir(dir.empty() ? "." : dir.c_str());
   if (!d) return;
   std::vector<std::string> names;
@@ -301,5 +311,7 @@ void CleanUpDirectoryOnce(const std::string& dir) {
   ::closedir(d);
   for (const std::string& name : names) CleanUpLeftover(dir, name);
 }
+
+void NoteDirectoryCleanedUp(const std::string& dir) { FirstVisit(dir); }
 
 }  // namespace wren::posix

@@ -22,13 +22,16 @@ enum class TScratchKind { Temp, Journal };
 
 /// Creates a new scratch file in dir (with a trailing '/', or empty for the current directory)
 /// named after target's base name and this process: ".<name>.tmp<pid>-<n>-<r>". O_EXCL.
+/// This process's id, asked of the kernel once per process (a forked child asks again).
+pid_t CurrentPid();
 int CreateScratch(const std::string& dir, const std::string& target, std::string& scratchName,
                   int& err);
 /// The name scratchName gets as the given kind (same suffix, the kind's tag).
 std::string ScratchNameAs(const std::string& scratchName, TScratchKind kind);
 
-/// True when a file put in place by rename can be given the old file's owner and group.
-bool RenameKeepsOwner(const struct stat& st);
+/// True when a file of that owner and group, put in place by rename by a writer of those
+/// effective ids, can be given the old file's owner and group.
+bool RenameKeepsOwner(uid_t owner, gid_t group, uid_t euid, gid_t egid);
 
 /// Rewrites an existing file through its own inode, so every hard link, the mode and the owner
 /// stay; the old content is journaled first and put back if the write fails half way.
@@ -40,5 +43,7 @@ void CleanUpLeftover(const std::string& dir, const std::string& name);
 
 /// CleanUpLeftover for every entry of dir, once per directory and process.
 void CleanUpDirectoryOnce(const std::string& dir);
+/// Tells CleanUpDirectoryOnce that a listing has just cleaned dir up entry by entry.
+void NoteDirectoryCleanedUp(const std::string& dir);
 
 }  // namespace wren::posix
