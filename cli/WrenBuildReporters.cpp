@@ -145,9 +145,7 @@ void TTerminalReporter::Line(const std::string& text) {
 
 void TTerminalReporter::LogLine(const std::string& text) {
   if (statusShown_) ClearStatus();  // drawn again when the batch is sent
-  pending_.Add("    ");
-  pending_.Add(text);
-  pending_.Add('\n');
+  pending_.AddLine({"    ", text});
   // A batch of lines is bounded: one huge read of output is passed on in pieces.
   if (pending_.Size() >= kBatchBytes) pending_.WriteTo(out_);
 }
@@ -375,11 +373,7 @@ void TLogFileWriter::Add(const char* prefix, const std::string& text) {
     }
     stampStale_ = false;
   }
-  pending_.Add(std::string_view(stamp_, stampSize_));
-  pending_.Add("  ");
-  pending_.Add(prefix);
-  pending_.Add(text);
-  pending_.Add('\n');
+  pending_.AddLine({std::string_view(stamp_, stampSize_), "  ", prefix, text});
 }
 
 void TLogFileWriter::Send() {

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <ctime>
 #include <fstream>
+#include <initializer_list>
 #include <map>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -40,6 +41,19 @@ class TLineBatch {
   void Add(char c) {
     if (used_ == capacity_) Grow(1);
     data_[used_++] = c;
+  }
+  /// The parts one after another, then a line break, with one check for room.
+  void AddLine(std::initializer_list<std::string_view> parts) {
+    size_t need = 1;
+    for (std::string_view part : parts) need += part.size();
+    if (need > capacity_ - used_) Grow(need);
+    char* at = data_.get() + used_;
+    for (std::string_view part : parts) {
+      std::memcpy(at, part.data(), part.size());
+      at += part.size();
+    }
+    *at = '\n';
+    used_ += need;
   }
   bool Empty() const { return used_ == 0; }
   size_t Size() const { return used_; }

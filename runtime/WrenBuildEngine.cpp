@@ -52,7 +52,8 @@ class TLogTail {
     }
     slot->first = stream;
     if (text.size() <= kWrenLogTailLineBytes) {
-      slot->second.assign(text);
+      slot->second.clear();
+      slot->second.append(text.data(), text.size());
     } else {
       slot->second.assign(text, 0, kWrenLogTailLineBytes);
       slot->second += " ... (" + std::to_string(text.size() - kWrenLogTailLineBytes) +

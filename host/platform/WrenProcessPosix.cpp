@@ -83,7 +83,9 @@ class TLineSplitter {
       const size_t end = data.find('\n', start);
       if (end == std::string_view::npos) break;
       if (pending_.empty()) {
-        line_.assign(data.data() + start, end - start);
+        // clear + append keeps the capacity and skips assign's overlap checks: this runs per line.
+        line_.clear();
+        line_.append(data.data() + start, end - start);
       } else {
         pending_.append(data.substr(start, end - start));
         line_.swap(pending_);
