@@ -5,6 +5,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sched.h>
 #include <signal.h>
 #include <sys/prctl.h>
 #include <sys/stat.h>
@@ -378,8 +379,21 @@ void KillChildren() {
     ::_exit(0);
   }
   const pid_t self = ::getpid();
-  const pid_t program = ::fork();
-  if (program == 0) StartProgram(launch, self, execError[1]);
+  // The program's process borrows this one's memory until it execs, as posix_spawn does: a
+  // second copy of the host's page tables per step would cost more than the rest of the start.
+  // This process waits meanwhile, and nothing here has a signal handler that could run there.
+  struct TStart {
+    const TLaunch* launch;
+    pid_t supervisor;
+    int execErrorFd;
+  } start{&launch, self, execError[1]};
+  alignas(16) static char stack[64 * 1024];
+  const pid_t program = ::clone(
+      [](void* arg) -> int {
+        const TStart& s = *static_cast<const TStart*>(arg);
+        StartProgram(*s.launch, s.supervisor, s.execErrorFd);
+      },
+      stack + sizeof stack, CLONE_VM | CLONE_VFORK | SIGCHLD, &start);
   ::close(execError[1]);
   ::close(launch.outFd);
   ::close(launch.errFd);
