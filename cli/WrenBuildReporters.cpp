@@ -2,9 +2,11 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 #include <pugixml.hpp>
 
@@ -13,6 +15,9 @@
 
 namespace wren {
 namespace {
+
+// Lines are passed on at least this often, however large a read of output was.
+constexpr size_t kBatchBytes = 64 * 1024;
 
 std::string Seconds(double s) {
   char buf[32];
@@ -90,28 +95,64 @@ TTerminalStyle TerminalStyleFor(int fd, TWrenVerbosity verbosity) {
   return style;
 }
 
+void TLineBatch::Grow(size_t more) {
+  const size_t capacity = std::max<size_t>(2 * (used_ + more), kBatchBytes * 2);
+  std::unique_ptr<char[]> data(new char[capacity]);
+  if (used_ > 0) std::memcpy(data.get(), data_.get(), used_);
+  data_ = std::move(data);
+  capacity_ = capacity;
+}
+
+void TLineBatch::WriteTo(std::ostream& out) {
+  out.write(data_.get(), static_cast<std::streamsize>(used_));
+  used_ = 0;
+  // The room a huge line needed is not kept.
+  if (capacity_ > 4 * kBatchBytes) {
+    data_.reset();
+    capacity_ = 0;
+  }
+}
+
 std::string TTerminalReporter::Paint(const std::string& text, const char* code) const {
   return style_.colour ? std::string("\033[") + code + "m" + text + "\033[0m" : text;
 }
 
 void TTerminalReporter::ClearStatus() {
-  if (statusShown_) out_ << "\r\033[K";
+  if (statusShown_) pending_.Add("\r\033[K");
   statusShown_ = false;
 }
 
 void TTerminalReporter::DrawStatus() {
   if (!style_.statusLine || status_.empty()) return;
-  out_ << Paint(status_, "2");
+  pending_.Add(Paint(status_, "2"));
   statusShown_ = true;
 }
 
+void TTerminalReporter::Send() {
+  if (pending_.Empty()) return;
+  pending_.WriteTo(out_);
+  out_.flush();
+}
+
 void TTerminalReporter::Line(const std::string& text) {
-  // The status line is taken away for each log line and drawn again below it, so it never hides
-  // one.
+  // The status line is taken away for each line and drawn again below it, so it never hides one.
   ClearStatus();
-  out_ << text << "\n";
+  pending_.Add(text);
+  pending_.Add('\n');
   DrawStatus();
-  out_ << std::flush;
+  Send();
+}
+
+void TTerminalReporter::LogLine(const std::string& text) {
+  if (statusShown_) ClearStatus();  // drawn again when the batch is sent
+  pending_.AddLine({"    ", text});
+  // A batch of lines is bounded: one huge read of output is passed on in pieces.
+  if (pending_.Size() >= kBatchBytes) pending_.WriteTo(out_);
+}
+
+void TTerminalReporter::OnLogFlush(const TWrenStepReport&) {
+  if (!statusShown_) DrawStatus();
+  Send();
 }
 
 void TTerminalReporter::OnInvalid(const TWrenValidationProblem& p) {
@@ -130,16 +171,16 @@ void TTerminalReporter::OnStepStart(const TWrenStepReport& step, int total) {
   status_ = header + " ...";
   ClearStatus();
   DrawStatus();
-  out_ << std::flush;
+  Send();
 }
 
 void TTerminalReporter::OnLog(const TWrenStepReport&, TWrenLogStream stream,
                               const std::string& text) {
   if (stream == TWrenLogStream::Command) {
-    if (style_.verbosity >= TWrenVerbosity::Detailed) Line("    " + Paint(text, "36"));
+    if (style_.verbosity >= TWrenVerbosity::Detailed) LogLine(Paint(text, "36"));
     return;
   }
-  if (style_.verbosity >= TWrenVerbosity::Normal) Line("    " + text);
+  if (style_.verbosity >= TWrenVerbosity::Normal) LogLine(text);
 }
 
 void TTerminalReporter::OnDryRun(const TWrenStepReport&, const TWrenDryRunRecord& r) {
@@ -180,6 +221,7 @@ void TTerminalReporter::OnDryRun(const TWrenStepReport&, const TWrenDryRunRecord
 }
 
 void TTerminalReporter::OnStepEnd(const TWrenStepReport& step) {
+  Send();
   if (!step.skipped.empty()) return;
   status_.clear();
   if (step.listedOnly) {
@@ -193,14 +235,13 @@ void TTerminalReporter::OnStepEnd(const TWrenStepReport& step) {
       Line(head + Paint("ok", "32") + " in " + Seconds(step.seconds));
     return;
   }
-  if (style_.verbosity < TWrenVerbosity::Minimal) {
-    // Quiet shows only failures: the failed step with what it logged.
-    Line(head + StepTitle(step));
+  if (style_.verbosity <= TWrenVerbosity::Minimal) {
+    // Quiet shows only failures: the failed step with what it logged (its end, when long).
+    if (style_.verbosity < TWrenVerbosity::Minimal) Line(head + StepTitle(step));
+    if (step.logLines > step.log.size())
+      LogLine("(" + std::to_string(step.logLines - step.log.size()) + " earlier lines not shown)");
     for (const auto& [stream, text] : step.log)
-      if (stream != TWrenLogStream::Command) Line("    " + text);
-  } else if (style_.verbosity == TWrenVerbosity::Minimal) {
-    for (const auto& [stream, text] : step.log)
-      if (stream != TWrenLogStream::Command) Line("    " + text);
+      if (stream != TWrenLogStream::Command) LogLine(text);
   }
   Line(head + Paint("FAILED", "31;1") + " in " + Seconds(step.seconds) + ": " +
        step.failureReason);
@@ -321,14 +362,30 @@ bool TLogFileWriter::Open(const std::string& path, std::string& error) {
   return true;
 }
 
-void TLogFileWriter::Line(const std::string& text) {
-  const std::time_t now = std::time(nullptr);
-  char stamp[32];
-  std::tm local{};
-  localtime_r(&now, &local);
-  std::strftime(stamp, sizeof stamp, "%Y-%m-%d %H:%M:%S", &local);
-  file_ << stamp << "  " << text << "\n";
+void TLogFileWriter::Add(const char* prefix, const std::string& text) {
+  if (stampStale_) {
+    const std::time_t now = std::time(nullptr);
+    if (now != stampTime_) {
+      std::tm local{};
+      localtime_r(&now, &local);
+      stampSize_ = std::strftime(stamp_, sizeof stamp_, "%Y-%m-%d %H:%M:%S", &local);
+      stampTime_ = now;
+    }
+    stampStale_ = false;
+  }
+  pending_.AddLine({std::string_view(stamp_, stampSize_), "  ", prefix, text});
+}
+
+void TLogFileWriter::Send() {
+  stampStale_ = true;
+  if (pending_.Empty()) return;
+  pending_.WriteTo(file_);
   file_.flush();
+}
+
+void TLogFileWriter::Line(const std::string& text) {
+  Add("", text);
+  Send();
 }
 
 void TLogFileWriter::OnInvalid(const TWrenValidationProblem& p) { Line(ProblemText(p)); }
@@ -339,13 +396,82 @@ void TLogFileWriter::OnStepStart(const TWrenStepReport& s, int total) {
 }
 
 void TLogFileWriter::OnLog(const TWrenStepReport&, TWrenLogStream stream, const std::string& t) {
-  Line(std::string(stream == TWrenLogStream::StdErr ? "  ! " : "    ") + t);
+  Add(stream == TWrenLogStream::StdErr ? "  ! " : "    ", t);
+  if (pending_.Size() >= kBatchBytes) pending_.WriteTo(file_);
 }
 
+void TLogFileWriter::OnLogFlush(const TWrenStepReport&) { Send(); }
+
 void TLogFileWriter::OnStepEnd(const TWrenStepReport& s) {
+  Send();
   if (!s.skipped.empty() || s.listedOnly) return;
   Line(s.success ? "  ok in " + Seconds(s.seconds)
                  : "  FAILED in " + Seconds(s.seconds) + ": " + s.failureReason);
+}
+
+void TJUnitOutput::OnStepStart(const TWrenStepReport&, int) {
+  head_.clear();
+  tail_.clear();
+  tailStart_ = 0;
+  dropped_ = 0;
+}
+
+void TJUnitOutput::OnLog(const TWrenStepReport&, TWrenLogStream, const std::string& text) {
+  Append(text.data(), text.size());
+  Append("\n", 1);
+}
+
+void TJUnitOutput::Append(const char* data, size_t size) {
+  constexpr size_t kHalf = kJUnitOutputBytes / 2;
+  if (head_.size() < kHalf) {
+    const size_t take = std::min(size, kHalf - head_.size());
+    head_.append(data, take);
+    data += take;
+    size -= take;
+  }
+  if (size == 0) return;
+  // Only the newest kHalf bytes stay in the tail.
+  if (size >= kHalf) {
+    dropped_ += tail_.size() + size - kHalf;
+    tail_.assign(data + size - kHalf, kHalf);
+    tailStart_ = 0;
+    return;
+  }
+  if (tail_.size() < kHalf) {
+    const size_t take = std::min(size, kHalf - tail_.size());
+    tail_.append(data, take);
+    data += take;
+    size -= take;
+  }
+  for (size_t i = 0; i < size; ++i) {
+    tail_[tailStart_] = data[i];
+    tailStart_ = (tailStart_ + 1) % kHalf;
+  }
+  dropped_ += size;
+}
+
+void TJUnitOutput::OnStepEnd(const TWrenStepReport& step) {
+  std::string text = std::move(head_);
+  std::string tail = tail_.substr(tailStart_) + tail_.substr(0, tailStart_);
+  if (dropped_ > 0) {
+    // Cut at line ends, so no line is shown in part.
+    const size_t headEnd = text.rfind('\n');
+    const size_t tailStart = tail.find('\n');
+    const size_t left = dropped_ + (text.size() - (headEnd == std::string::npos ? 0 : headEnd + 1)) +
+                        (tailStart == std::string::npos ? tail.size() : tailStart + 1);
+    text.resize(headEnd == std::string::npos ? 0 : headEnd + 1);
+    text += "[... " + std::to_string(left) + " bytes of output left out ...]\n";
+    if (tailStart != std::string::npos) text.append(tail, tailStart + 1, std::string::npos);
+  } else {
+    text += tail;
+  }
+  if (!text.empty()) done_[step.step] = std::move(text);
+  OnStepStart(step, 0);
+}
+
+std::string TJUnitOutput::Of(int step) const {
+  const auto it = done_.find(step);
+  return it == done_.end() ? std::string() : it->second;
 }
 
 bool CheckReportWritable(const std::string& path, std::string& error) {
@@ -432,7 +558,8 @@ std::vector<TJUnitCase> NUnitCases(const std::string& path) {
 
 bool WriteJUnitReport(const std::string& path, const std::string& projectName,
                       const TWrenBuildResult& result,
-                      const std::vector<TWrenValidationProblem>& problems, std::string& error) {
+                      const std::vector<TWrenValidationProblem>& problems,
+                      const TJUnitOutput& output, std::string& error) {
   std::vector<TJUnitCase> cases;
   for (const TWrenValidationProblem& p : problems) {
     if (p.warning) continue;
@@ -457,7 +584,7 @@ bool WriteJUnitReport(const std::string& path, const std::string& projectName,
       c.error = !s.exitCode.has_value();
       c.failure = s.failureReason;
     }
-    for (const auto& [stream, text] : s.log) c.out += text + "\n";
+    c.out = output.Of(s.step);
     cases.push_back(std::move(c));
     if (!s.testResultFile.empty() && s.skipped.empty())
       for (TJUnitCase& t : NUnitCases(s.testResultFile)) cases.push_back(std::move(t));

@@ -1,11 +1,16 @@
 // Writers of build events: the terminal, JSON lines, the --log file and the JUnit report.
 #pragma once
 
+#include <cstring>
+#include <ctime>
 #include <fstream>
+#include <initializer_list>
+#include <map>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <ostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "runtime/WrenBuildEngine.h"
@@ -25,6 +30,43 @@ enum class TWrenVerbosity { Quiet, Minimal, Normal, Detailed };
 /// Parses quiet|minimal|normal|detailed (or q|m|n|d); false for anything else.
 bool ParseVerbosity(const std::string& text, TWrenVerbosity& verbosity);
 
+/// Lines on their way to a stream, gathered so that a batch of them costs one write.
+class TLineBatch {
+ public:
+  void Add(std::string_view text) {
+    if (text.size() > capacity_ - used_) Grow(text.size());
+    std::memcpy(data_.get() + used_, text.data(), text.size());
+    used_ += text.size();
+  }
+  void Add(char c) {
+    if (used_ == capacity_) Grow(1);
+    data_[used_++] = c;
+  }
+  /// The parts one after another, then a line break, with one check for room.
+  void AddLine(std::initializer_list<std::string_view> parts) {
+    size_t need = 1;
+    for (std::string_view part : parts) need += part.size();
+    if (need > capacity_ - used_) Grow(need);
+    char* at = data_.get() + used_;
+    for (std::string_view part : parts) {
+      std::memcpy(at, part.data(), part.size());
+      at += part.size();
+    }
+    *at = '\n';
+    used_ += need;
+  }
+  bool Empty() const { return used_ == 0; }
+  size_t Size() const { return used_; }
+  /// Writes the batch out and empties it.
+  void WriteTo(std::ostream& out);
+
+ private:
+  void Grow(size_t more);
+  std::unique_ptr<char[]> data_;
+  size_t used_ = 0;
+  size_t capacity_ = 0;
+};
+
 /// Terminal settings: colour and a live status line only on a terminal.
 struct TTerminalStyle {
   TWrenVerbosity verbosity = TWrenVerbosity::Normal;
@@ -36,20 +78,27 @@ struct TTerminalStyle {
 TTerminalStyle TerminalStyleFor(int fd, TWrenVerbosity verbosity);
 
 /// Human-readable progress: step headers [n/N], indented log lines, durations, one-line reasons.
-/// Every line is flushed as it is written, so a pipe sees it at once.
+/// Log lines are gathered and flushed once per read of the tool's output, every other line as
+/// it is written, so a pipe sees each at once.
 class TTerminalReporter : public IWrenBuildListener {
  public:
   explicit TTerminalReporter(std::ostream& out, TTerminalStyle style = {})
       : out_(out), style_(style) {}
+  ~TTerminalReporter() override { Send(); }
+  TTerminalReporter(const TTerminalReporter&) = delete;
+  TTerminalReporter& operator=(const TTerminalReporter&) = delete;
   void OnInvalid(const TWrenValidationProblem& problem) override;
   void OnStepStart(const TWrenStepReport& step, int total) override;
   void OnLog(const TWrenStepReport& step, TWrenLogStream stream, const std::string& text) override;
+  void OnLogFlush(const TWrenStepReport& step) override;
   void OnDryRun(const TWrenStepReport& step, const TWrenDryRunRecord& record) override;
   void OnStepEnd(const TWrenStepReport& step) override;
   void Summary(const TWrenBuildResult& result, bool dryRun);
 
  private:
   void Line(const std::string& text);
+  void LogLine(const std::string& text);
+  void Send();
   std::string Paint(const std::string& text, const char* code) const;
   void ClearStatus();
   void DrawStatus();
@@ -58,6 +107,7 @@ class TTerminalReporter : public IWrenBuildListener {
   int total_ = 0;
   std::string status_;  // the running step, redrawn under the log lines
   bool statusShown_ = false;
+  TLineBatch pending_;  // written, not yet sent
 };
 
 /// One JSON object per build event on a line.
@@ -83,18 +133,54 @@ class TJsonReporter : public IWrenBuildListener {
   std::ostream& out_;
 };
 
-/// The build log file: every line with a time stamp and its step, on disk as it is written.
+/// The build log file: every line with a time stamp and its step, handed to the system as it is
+/// written (a tool's output once per read of it), so a killed host loses none of it.
 class TLogFileWriter : public IWrenBuildListener {
  public:
+  TLogFileWriter() = default;
+  ~TLogFileWriter() override { Send(); }
+  TLogFileWriter(const TLogFileWriter&) = delete;
+  TLogFileWriter& operator=(const TLogFileWriter&) = delete;
   bool Open(const std::string& path, std::string& error);
   void OnInvalid(const TWrenValidationProblem& problem) override;
   void OnStepStart(const TWrenStepReport& step, int total) override;
   void OnLog(const TWrenStepReport& step, TWrenLogStream stream, const std::string& text) override;
+  void OnLogFlush(const TWrenStepReport& step) override;
   void OnStepEnd(const TWrenStepReport& step) override;
 
  private:
+  void Add(const char* prefix, const std::string& text);
   void Line(const std::string& text);
+  void Send();
   std::ofstream file_;
+  TLineBatch pending_;
+  // The stamp is taken once per batch of lines: a clock read per line would cost more than
+  // the line.
+  bool stampStale_ = true;
+  std::time_t stampTime_ = -1;
+  char stamp_[32] = "";
+  size_t stampSize_ = 0;
+};
+
+/// Keeps what each step logged for the JUnit report's system-out: all of it up to
+/// kJUnitOutputBytes, else its first and last lines around a line saying how much was left out,
+/// so the report stays readable and the host's memory bounded whatever a tool prints.
+class TJUnitOutput : public IWrenBuildListener {
+ public:
+  static constexpr size_t kJUnitOutputBytes = 1024 * 1024;
+  void OnStepStart(const TWrenStepReport& step, int total) override;
+  void OnLog(const TWrenStepReport& step, TWrenLogStream stream, const std::string& text) override;
+  void OnStepEnd(const TWrenStepReport& step) override;
+  /// A step's output, each line ended by a line break; "" for a step that logged nothing.
+  std::string Of(int step) const;
+
+ private:
+  void Append(const char* data, size_t size);
+  std::map<int, std::string> done_;
+  std::string head_;
+  std::string tail_;   // a ring once full: tailStart_ is its oldest byte
+  size_t tailStart_ = 0;
+  size_t dropped_ = 0;  // bytes between head and tail
 };
 
 /// Fans events out to several listeners; keeps the validation problems for the reports.
@@ -110,6 +196,9 @@ class TBuildListeners : public IWrenBuildListener {
   }
   void OnLog(const TWrenStepReport& s, TWrenLogStream stream, const std::string& t) override {
     for (auto* l : listeners_) l->OnLog(s, stream, t);
+  }
+  void OnLogFlush(const TWrenStepReport& s) override {
+    for (auto* l : listeners_) l->OnLogFlush(s);
   }
   void OnDryRun(const TWrenStepReport& s, const TWrenDryRunRecord& r) override {
     for (auto* l : listeners_) l->OnDryRun(s, r);
@@ -127,10 +216,11 @@ class TBuildListeners : public IWrenBuildListener {
 bool CheckReportWritable(const std::string& path, std::string& error);
 
 /// Writes a build as a JUnit XML report: one test suite, a test case per step (skipped when it
-/// did not run), validation problems as failed cases, and the cases of NUnit XML results that
-/// steps wrote.
+/// did not run) with its output, validation problems as failed cases, and the cases of NUnit XML
+/// results that steps wrote.
 bool WriteJUnitReport(const std::string& path, const std::string& projectName,
                       const TWrenBuildResult& result,
-                      const std::vector<TWrenValidationProblem>& problems, std::string& error);
+                      const std::vector<TWrenValidationProblem>& problems,
+                      const TJUnitOutput& output, std::string& error);
 
 }  // namespace wren

@@ -166,6 +166,8 @@ int CmdRun(TCliContext& ctx, const std::string& projectPath, const std::vector<s
   listeners.Add(ctx.json ? static_cast<IWrenBuildListener*>(&json) : &terminal);
   TFixHintReporter hints(*ctx.out);
   if (!ctx.json) listeners.Add(&hints);
+  TJUnitOutput junitOutput;
+  if (!junitFile.empty()) listeners.Add(&junitOutput);
 
   // A closed terminal stops the build like Ctrl-C.
   for (int sig : {SIGINT, SIGTERM, SIGHUP}) std::signal(sig, OnStopSignal);
@@ -179,7 +181,7 @@ int CmdRun(TCliContext& ctx, const std::string& projectPath, const std::vector<s
   bool reportWritten = true;
   if (!junitFile.empty() &&
       !WriteJUnitReport(junitFile, ChangeFileExt(ExtractFileName(projectPath), ""), result,
-                        listeners.problems, error)) {
+                        listeners.problems, junitOutput, error)) {
     *ctx.err << "marrowby: " << error << "\n";
     reportWritten = false;
   }

@@ -39,6 +39,9 @@ class IWrenProcess {
   virtual void SetWorkingDir(const std::string& dir) = 0;
   virtual void SetOnStdOut(TLineHandler handler) = 0;
   virtual void SetOnStdErr(TLineHandler handler) = 0;
+  /// Called after the lines of one read of the program's output were delivered: a listener that
+  /// buffers lines passes them on here, so output stays live without a write per line.
+  virtual void SetOnChunkEnd(std::function<void()> handler) { (void)handler; }
   /// Polled while the program runs; true terminates its process group (then kills it).
   virtual void SetStopCheck(std::function<bool()> stopRequested) = 0;
   /// Starts the program and waits for it to end.

@@ -1,5 +1,6 @@
 #include "WrenBuildEngine.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
@@ -35,20 +36,62 @@ class TValidationSink : public IWrenActionValidationError {
   int count_ = 0;
 };
 
+/// The last lines of a step's log, in a ring of reused strings: a step may log millions of
+/// lines, and keeping them costs no allocation per line.
+class TLogTail {
+ public:
+  void Add(TWrenLogStream stream, const std::string& text) {
+    ++count_;
+    if (stream == TWrenLogStream::Message && !Trim(text).empty()) lastMessage_ = Trim(text);
+    std::pair<TWrenLogStream, std::string>* slot;
+    if (slots_.size() < kWrenLogTailLines) {
+      slot = &slots_.emplace_back();
+    } else {
+      slot = &slots_[next_];
+      next_ = (next_ + 1) % kWrenLogTailLines;
+    }
+    slot->first = stream;
+    if (text.size() <= kWrenLogTailLineBytes) {
+      slot->second.clear();
+      slot->second.append(text.data(), text.size());
+    } else {
+      slot->second.assign(text, 0, kWrenLogTailLineBytes);
+      slot->second += " ... (" + std::to_string(text.size() - kWrenLogTailLineBytes) +
+                      " more bytes)";
+    }
+  }
+  /// The last non-blank line the action itself logged (the reason a failing action gives).
+  const std::string& LastMessage() const { return lastMessage_; }
+  /// Fills the report's log, oldest line first.
+  void MoveTo(TWrenStepReport& report) {
+    std::rotate(slots_.begin(), slots_.begin() + static_cast<std::ptrdiff_t>(next_), slots_.end());
+    report.log = std::move(slots_);
+    report.logLines = count_;
+    slots_.clear();
+    next_ = 0;
+    count_ = 0;
+  }
+
+ private:
+  std::vector<std::pair<TWrenLogStream, std::string>> slots_;
+  size_t next_ = 0;  // once the ring is full: the oldest slot
+  size_t count_ = 0;
+  std::string lastMessage_;
+};
+
 double SecondsSince(std::chrono::steady_clock::time_point start) {
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
 /// The one-line reason a failed step gives.
-std::string FailureReason(const TWrenStepReport& report, const TWrenStepHost& host) {
+std::string FailureReason(const TLogTail& log, const TWrenStepHost& host) {
   if (host.StopSignalledNow()) return "stopped by user request";
   const TWrenProcessResult& process = host.LastProcessResult();
   if (host.ProcessStarted() && process.status == TWrenProcessResult::TStatus::Exited)
     return "the program exited with code " + std::to_string(process.exitCode);
   if (process.status == TWrenProcessResult::TStatus::NotFound)
     return "program not found";
-  for (auto it = report.log.rbegin(); it != report.log.rend(); ++it)
-    if (it->first == TWrenLogStream::Message && !Trim(it->second).empty()) return Trim(it->second);
+  if (!log.LastMessage().empty()) return log.LastMessage();
   return "the action reported failure";
 }
 
@@ -388,13 +431,15 @@ bool DryRunInScratch(TWrenProjectStep& step, TWrenStepReport& report,
   TWrenStepHost host;
   host.SetVariables(variables);
   host.SetStopFlag(stop);
+  TLogTail tail;
   host.SetLogSink([&](TWrenLogStream stream, const std::string& text) {
     std::string line = text;
     for (size_t at; (at = line.find(scratch)) != std::string::npos;)
       line.replace(at, scratch.size(), folder);
-    report.log.emplace_back(stream, line);
+    tail.Add(stream, line);
     listener.OnLog(report, stream, line);
   });
+  host.SetFlushSink([&] { listener.OnLogFlush(report); });
   bool ok = false;
   {
     TCurrentDirScope inScratch(scratch);
@@ -419,6 +464,7 @@ bool DryRunInScratch(TWrenProjectStep& step, TWrenStepReport& report,
     if (!FileExists(scratch + "/" + rel))
       record.diffs.push_back({base + rel, UnifiedDiff(rel, ReadOrEmpty(base + rel), "", true,
                                                       false)});
+  tail.MoveTo(report);
   report.success = ok;
   report.dryRuns.push_back(record);
   listener.OnDryRun(report, record);
@@ -556,6 +602,7 @@ TWrenBuildResult RunBuild(TWrenProject& project, const TWrenBuildOptions& option
         report.success = true;
         report.listedOnly = true;
         listener.OnLog(report, TWrenLogStream::Message, "not run in a dry run: " + why);
+        listener.OnLogFlush(report);
       }
       report.seconds = SecondsSince(stepStart);
       if (!report.success) report.failureReason = "the action reported failure";
@@ -573,10 +620,12 @@ TWrenBuildResult RunBuild(TWrenProject& project, const TWrenBuildOptions& option
     host.SetStopFlag(stop);
     host.SetDryRun(options.dryRun);
     host.SetProjectFileName(projectFile);
+    TLogTail tail;
     host.SetLogSink([&](TWrenLogStream stream, const std::string& text) {
-      report.log.emplace_back(stream, text);
+      tail.Add(stream, text);
       listener.OnLog(report, stream, text);
     });
+    host.SetFlushSink([&] { listener.OnLogFlush(report); });
     step.action->SetHost(&host);
     const auto stepStart = std::chrono::steady_clock::now();
     bool ok = false;
@@ -598,7 +647,8 @@ TWrenBuildResult RunBuild(TWrenProject& project, const TWrenBuildOptions& option
     report.dryRuns = host.DryRunRecords();
     if (!options.dryRun) report.testResultFile = TestResultFile(*step.action, variables);
     for (const TWrenDryRunRecord& record : report.dryRuns) listener.OnDryRun(report, record);
-    if (!ok) report.failureReason = FailureReason(report, host);
+    if (!ok) report.failureReason = FailureReason(tail, host);
+    tail.MoveTo(report);
     listener.OnStepEnd(report);
     result.steps.push_back(std::move(report));
     if (!ok) {

@@ -21,6 +21,10 @@ struct TWrenValidationProblem {
   bool warning = false;
 };
 
+/// How much of a step's log its report keeps: tool output may be any size, the report may not.
+constexpr size_t kWrenLogTailLines = 500;
+constexpr size_t kWrenLogTailLineBytes = 4096;
+
 /// What happened in one step.
 struct TWrenStepReport {
   int step = 0;  // 1-based
@@ -35,7 +39,10 @@ struct TWrenStepReport {
   std::optional<int> exitCode;  // set when a program ran to its end
   double seconds = 0;
   std::string failureReason;  // one line, set on failure
+  // The end of the step's log, kept for failure reports: at most kWrenLogTailLines lines, each
+  // cut at kWrenLogTailLineBytes. Listeners saw every line as it came (OnLog).
   std::vector<std::pair<TWrenLogStream, std::string>> log;
+  size_t logLines = 0;  // lines logged in all; more than log.size() when earlier ones were dropped
   std::vector<TWrenDryRunRecord> dryRuns;
   std::string testResultFile;  // an XML test result the step's tool wrote (absolute), or ""
 };
@@ -54,6 +61,9 @@ class IWrenBuildListener {
     (void)stream;
     (void)text;
   }
+  /// The lines logged since the last call are all there is for now (one read of a tool's
+  /// output, or one message): a writer that buffers lines passes them on here.
+  virtual void OnLogFlush(const TWrenStepReport& step) { (void)step; }
   virtual void OnDryRun(const TWrenStepReport& step, const TWrenDryRunRecord& record) {
     (void)step;
     (void)record;

@@ -1,5 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
+#include <algorithm>
+
 #include "TestSupport.h"
 #include "WrenBuildEngine.h"
 #include "WrenExecuteAction.h"
@@ -51,6 +55,16 @@ class TRecordingAction : public TWrenExecuteAbstractAction {
 /// A project loaded from steps and run; the step reports carry the rest of what happened.
 struct TBuild : IWrenBuildListener {
   void OnInvalid(const TWrenValidationProblem& p) override { invalid.push_back(p.message); }
+  void OnLog(const TWrenStepReport&, TWrenLogStream, const std::string& text) override {
+    ++logged;
+    longest = std::max(longest, text.size());
+    unflushed = true;
+  }
+  void OnLogFlush(const TWrenStepReport&) override {
+    ++flushes;
+    unflushed = false;
+  }
+  void OnStepEnd(const TWrenStepReport&) override { endedUnflushed = endedUnflushed || unflushed; }
 
   void Run(const std::string& steps, const std::string& file,
            const TWrenBuildOptions& options = {}) {
@@ -70,6 +84,8 @@ struct TBuild : IWrenBuildListener {
   TWrenProject project;
   TWrenBuildResult result;
   std::vector<std::string> invalid;
+  size_t logged = 0, longest = 0, flushes = 0;
+  bool unflushed = false, endedUnflushed = false;
 };
 
 std::string Step(const std::string& program, const std::string& argument,
@@ -161,6 +177,56 @@ TEST(BuildEngine, RunsStepsInOrderStopsAtAFailureAndStartsNothingForBadSteps) {
   EXPECT_EQ(record.responseFilePath, dir.path() + "args.rsp");
   EXPECT_EQ(record.responseFileText, "/a\r\n/b\r\n");
   EXPECT_TRUE(test::RecordedCall(tool).is_null());
+}
+
+TEST(BuildEngine, AToolsWholeOutputReachesListenersWhileTheReportKeepsItsEnd) {
+  test::TempDir dir;
+  const std::string tool = dir / "noisy.sh";
+  const size_t kLines = 1000000, kHuge = 1024 * 1024;
+  test::WriteFile(tool, "#!/bin/sh\n"
+                        "head -c " + std::to_string(kHuge) + " /dev/zero | tr '\\0' x; echo\n"
+                        "yes line | head -n " + std::to_string(kLines) + "\n"
+                        "echo last line\n"
+                        "echo broken >&2\n"
+                        "exit 3\n");
+  ASSERT_EQ(::chmod(tool.c_str(), 0755), 0);
+
+  TBuild build;
+  build.Run(Step(tool, "a"), dir / "p.mbproj");
+  ASSERT_EQ(build.result.steps.size(), 1u);
+  const TWrenStepReport& step = build.result.steps[0];
+  EXPECT_EQ(step.failureReason, "the program exited with code 3");
+
+  // Listeners get every line whole (the command line, the huge one, the rest), and each batch is
+  // flushed before the step ends; flushes follow reads, not lines.
+  const size_t total = kLines + 4;
+  EXPECT_EQ(build.logged, total);
+  EXPECT_EQ(build.longest, kHuge);
+  EXPECT_FALSE(build.endedUnflushed);
+  EXPECT_GT(build.flushes, 0u);
+  EXPECT_LT(build.flushes, kLines / 10);
+
+  // The report keeps a bounded end of the log, no line of it longer than a few kilobytes.
+  EXPECT_EQ(step.logLines, total);
+  EXPECT_LT(step.log.size(), 1000u);
+  using TLine = std::pair<TWrenLogStream, std::string>;
+  EXPECT_NE(std::find(step.log.begin(), step.log.end(), TLine{TWrenLogStream::StdOut, "last line"}),
+            step.log.end());
+  EXPECT_NE(std::find(step.log.begin(), step.log.end(), TLine{TWrenLogStream::StdErr, "broken"}),
+            step.log.end());
+  for (const auto& [stream, text] : step.log) EXPECT_LT(text.size(), 8192u);
+
+  // A huge line the report does keep is cut, saying by how much.
+  test::WriteFile(tool, "#!/bin/sh\nhead -c " + std::to_string(kHuge) +
+                            " /dev/zero | tr '\\0' x\nexit 1\n");
+  TBuild huge;
+  huge.Run(Step(tool, "a"), dir / "p.mbproj");
+  const TWrenStepReport& cut = huge.result.steps.at(0);
+  ASSERT_EQ(cut.log.size(), 2u);
+  const std::string& kept = cut.log[1].second;
+  EXPECT_EQ(kept.find(" ... (" + std::to_string(kHuge - kWrenLogTailLineBytes) + " more bytes)"),
+            kWrenLogTailLineBytes)
+      << kept.substr(kWrenLogTailLineBytes);
 }
 
 }  // namespace

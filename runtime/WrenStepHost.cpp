@@ -28,6 +28,7 @@ void TWrenStepHost::SetVariable(const std::string& name, const std::string& valu
 
 void TWrenStepHost::SendMessage(const std::string& text) {
   if (sink_) sink_(currentStream_, text);
+  if (flush_ && !inOutput_) flush_();
 }
 
 bool TWrenStepHost::TryExpandExpression(const std::string& caption, const std::string& value,
@@ -110,6 +111,7 @@ TWrenProcessResult TWrenStepHost::RunProcess(TWrenExecuteAbstractAction& action,
     sink_(TWrenLogStream::Command,
           "starting " + request.executable + " " + request.commandLine + "  (in " +
               (request.workingDir.empty() ? std::string(".") : request.workingDir) + ")");
+  if (flush_) flush_();
   std::shared_ptr<IWrenProcess> process = CreateWrenProcess();
   process->SetExecutable(request.executable);
   process->SetCommandLine(request.commandLine);
@@ -118,16 +120,20 @@ TWrenProcessResult TWrenStepHost::RunProcess(TWrenExecuteAbstractAction& action,
     return [this, stream, handler](const std::string& line) {
       // Lines an action logs while handling output belong to that output stream.
       const TWrenLogStream previous = currentStream_;
+      const bool wasInOutput = inOutput_;
       currentStream_ = stream;
+      inOutput_ = true;
       if (handler)
         handler(line);
       else
         SendMessage(line);
       currentStream_ = previous;
+      inOutput_ = wasInOutput;
     };
   };
   process->SetOnStdOut(deliver(TWrenLogStream::StdOut, request.onStdOut));
   process->SetOnStdErr(deliver(TWrenLogStream::StdErr, request.onStdErr));
+  if (flush_) process->SetOnChunkEnd(flush_);
   process->SetStopCheck([this] { return StopSignalled(); });
   processStarted_ = true;
   lastResult_ = process->Run();

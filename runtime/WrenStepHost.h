@@ -45,6 +45,9 @@ class TWrenStepHost : public IWrenActionHost {
   void SetVariables(std::map<std::string, std::string> variables);
   void SetVariable(const std::string& name, const std::string& value);
   void SetLogSink(TLogSink sink) { sink_ = std::move(sink); }
+  /// Called when the lines logged so far are all there is for now: after each message outside a
+  /// program's output, and after each read of that output.
+  void SetFlushSink(std::function<void()> flush) { flush_ = std::move(flush); }
   /// A flag that stops the build when set (Ctrl-C); defaults to the process-wide stop flag.
   void SetStopFlag(const std::atomic<bool>* flag) { stop_ = flag; }
   void SetDryRun(bool dryRun) { dryRun_ = dryRun; }
@@ -70,6 +73,8 @@ class TWrenStepHost : public IWrenActionHost {
  private:
   std::map<std::string, std::string> variables_;  // keys upper-cased
   TLogSink sink_;
+  std::function<void()> flush_;
+  bool inOutput_ = false;  // lines come from a program's output: flushed per read, not per line
   const std::atomic<bool>* stop_;
   bool dryRun_ = false;
   std::string projectFile_;

@@ -5,6 +5,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sched.h>
 #include <signal.h>
 #include <sys/prctl.h>
 #include <sys/stat.h>
@@ -20,6 +21,8 @@
 #include <optional>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
+#include <memory>
 #include <string_view>
 
 extern char** environ;
@@ -71,7 +74,8 @@ class TFd {
   int fd_ = -1;
 };
 
-/// Cuts a byte stream into lines: LF ends a line, a CR before it is dropped.
+/// Cuts a byte stream into lines: LF ends a line, a CR before it is dropped. Lines are handed
+/// out from one reused string, so a steady stream of lines allocates nothing.
 class TLineSplitter {
  public:
   void Feed(std::string_view data, const IWrenProcess::TLineHandler& handler) {
@@ -79,7 +83,15 @@ class TLineSplitter {
     for (;;) {
       const size_t end = data.find('\n', start);
       if (end == std::string_view::npos) break;
-      pending_.append(data.substr(start, end - start));
+      if (pending_.empty()) {
+        // clear + append keeps the capacity and skips assign's overlap checks: this runs per line.
+        line_.clear();
+        line_.append(data.data() + start, end - start);
+      } else {
+        pending_.append(data.substr(start, end - start));
+        line_.swap(pending_);
+        pending_.clear();
+      }
       Emit(handler);
       start = end + 1;
     }
@@ -87,16 +99,22 @@ class TLineSplitter {
   }
   /// The last line when the stream did not end with a line break.
   void Flush(const IWrenProcess::TLineHandler& handler) {
-    if (!pending_.empty()) Emit(handler);
+    if (pending_.empty()) return;
+    line_.swap(pending_);
+    pending_.clear();
+    Emit(handler);
   }
 
  private:
   void Emit(const IWrenProcess::TLineHandler& handler) {
-    std::string line = std::move(pending_);
-    pending_.clear();
-    if (!line.empty() && line.back() == '\r') line.pop_back();
-    if (handler) handler(line);
+    if (!line_.empty() && line_.back() == '\r') line_.pop_back();
+    if (handler) handler(line_);
+    // A huge line's memory is not kept for the rest of the run.
+    if (line_.capacity() > kKeepCapacity) std::string().swap(line_);
+    if (pending_.capacity() > kKeepCapacity) std::string().swap(pending_);
   }
+  static constexpr size_t kKeepCapacity = 64 * 1024;
+  std::string line_;
   std::string pending_;
 };
 
@@ -112,10 +130,17 @@ struct TOutputStream {
   }
 };
 
+/// The buffer output is read into: allocated once per run and never cleared, since read()
+/// overwrites what it returns.
+struct TReadBuffer {
+  static constexpr size_t kSize = 64 * 1024;
+  std::unique_ptr<char[]> bytes{new char[kSize]};
+};
+
 /// Pumps both output pipes; returns true when any bytes arrived within timeoutMs. exitFd (a
 /// pidfd, or -1) wakes the wait as soon as the program exits, so short tools cost no idle time.
-bool PumpOutput(TOutputStream* streams[2], std::vector<char>& buffer, int timeoutMs,
-                int exitFd = -1) {
+bool PumpOutput(TOutputStream* streams[2], TReadBuffer& buffer,
+                const std::function<void()>& onChunkEnd, int timeoutMs, int exitFd = -1) {
   pollfd fds[3];
   TOutputStream* owners[2];
   nfds_t count = 0;
@@ -131,21 +156,25 @@ bool PumpOutput(TOutputStream* streams[2], std::vector<char>& buffer, int timeou
   if (ready <= 0) return false;  // timeout, or EINTR: the caller simply polls again
 
   bool gotData = false;
+  bool ended = false;  // a stream's end may have delivered its last, unfinished line
   for (nfds_t i = 0; i < pipes; ++i) {
     if (fds[i].revents == 0) continue;
     TOutputStream& stream = *owners[i];
     // One read per stream per round keeps the two streams in the order their bytes arrived.
     ssize_t n;
     do {
-      n = ::read(stream.fd.Get(), buffer.data(), buffer.size());
+      n = ::read(stream.fd.Get(), buffer.bytes.get(), TReadBuffer::kSize);
     } while (n < 0 && errno == EINTR);
     if (n > 0) {
       gotData = true;
-      stream.lines.Feed(std::string_view(buffer.data(), static_cast<size_t>(n)), *stream.handler);
+      stream.lines.Feed(std::string_view(buffer.bytes.get(), static_cast<size_t>(n)),
+                        *stream.handler);
     } else if (n == 0 || errno != EAGAIN) {
       stream.Finish();
+      ended = true;
     }
   }
+  if ((gotData || ended) && onChunkEnd) onChunkEnd();
   return gotData;
 }
 
@@ -350,8 +379,21 @@ void KillChildren() {
     ::_exit(0);
   }
   const pid_t self = ::getpid();
-  const pid_t program = ::fork();
-  if (program == 0) StartProgram(launch, self, execError[1]);
+  // The program's process borrows this one's memory until it execs, as posix_spawn does: a
+  // second copy of the host's page tables per step would cost more than the rest of the start.
+  // This process waits meanwhile, and nothing here has a signal handler that could run there.
+  struct TStart {
+    const TLaunch* launch;
+    pid_t supervisor;
+    int execErrorFd;
+  } start{&launch, self, execError[1]};
+  alignas(16) static char stack[64 * 1024];
+  const pid_t program = ::clone(
+      [](void* arg) -> int {
+        const TStart& s = *static_cast<const TStart*>(arg);
+        StartProgram(*s.launch, s.supervisor, s.execErrorFd);
+      },
+      stack + sizeof stack, CLONE_VM | CLONE_VFORK | SIGCHLD, &start);
   ::close(execError[1]);
   ::close(launch.outFd);
   ::close(launch.errFd);
@@ -401,15 +443,15 @@ void KillChildren() {
   ::kill(-program, SIGKILL);
   int programStatus = -1;
   for (;;) {
-    KillChildren();
     int status = 0;
     const pid_t reaped = ::waitpid(-1, &status, WNOHANG);
     if (reaped == program) programStatus = status;
+    if (reaped > 0) continue;
     if (reaped < 0 && errno == ECHILD) break;
-    if (reaped == 0) {
-      const timespec pause{0, 2000000};
-      ::nanosleep(&pause, nullptr);
-    }
+    // Some child still runs: the walk through /proc is paid only then, not on every run.
+    KillChildren();
+    const timespec pause{0, 2000000};
+    ::nanosleep(&pause, nullptr);
   }
   if (!reported) WriteMessage(launch.statusFd, {TSupervisorMessage::Exited, ExitCodeOf(programStatus)});
   ::_exit(0);
@@ -501,6 +543,7 @@ class TWrenProcessPosix final : public IWrenProcess {
   void SetWorkingDir(const std::string& dir) override { workingDir_ = dir; }
   void SetOnStdOut(TLineHandler handler) override { onStdOut_ = std::move(handler); }
   void SetOnStdErr(TLineHandler handler) override { onStdErr_ = std::move(handler); }
+  void SetOnChunkEnd(std::function<void()> handler) override { onChunkEnd_ = std::move(handler); }
   void SetStopCheck(std::function<bool()> stopRequested) override {
     stopCheck_ = std::move(stopRequested);
   }
@@ -514,6 +557,7 @@ class TWrenProcessPosix final : public IWrenProcess {
   std::string workingDir_;
   TLineHandler onStdOut_;
   TLineHandler onStdErr_;
+  std::function<void()> onChunkEnd_;
   std::function<bool()> stopCheck_;
 };
 
@@ -613,7 +657,7 @@ TWrenProcessResult TWrenProcessPosix::Run() {
   }
 
   TOutputStream* streams[2] = {&out, &err};
-  std::vector<char> buffer(64 * 1024);
+  TReadBuffer buffer;
   auto anyOpen = [&] { return out.fd.IsOpen() || err.fd.IsOpen(); };
 
   bool stopped = false;
@@ -622,7 +666,7 @@ TWrenProcessResult TWrenProcessPosix::Run() {
       stopped = true;
       break;
     }
-    PumpOutput(streams, buffer, kPollSliceMs, child.WakeFd());
+    PumpOutput(streams, buffer, onChunkEnd_, kPollSliceMs, child.WakeFd());
   }
 
   if (stopped) {
@@ -633,8 +677,8 @@ TWrenProcessResult TWrenProcessPosix::Run() {
     while (!child.HasExited()) {
       const int64_t left = graceMs - MsSince(termSent);
       if (left <= 0) break;
-      PumpOutput(streams, buffer, static_cast<int>(std::min<int64_t>(left, kPollSliceMs)),
-                 child.WakeFd());
+      PumpOutput(streams, buffer, onChunkEnd_,
+                 static_cast<int>(std::min<int64_t>(left, kPollSliceMs)), child.WakeFd());
     }
     child.SignalGroup(SIGKILL);
   }
@@ -645,7 +689,8 @@ TWrenProcessResult TWrenProcessPosix::Run() {
   while (anyOpen()) {
     const int64_t left = kDrainIdleMs - MsSince(lastData);
     if (left <= 0 || (!stopped && StopRequested())) break;
-    if (PumpOutput(streams, buffer, static_cast<int>(std::min<int64_t>(left, kPollSliceMs)))) {
+    if (PumpOutput(streams, buffer, onChunkEnd_,
+                   static_cast<int>(std::min<int64_t>(left, kPollSliceMs)))) {
       lastData = TClock::now();
     }
   }
@@ -653,6 +698,7 @@ TWrenProcessResult TWrenProcessPosix::Run() {
   const int exitCode = child.Finish();
   out.Finish();
   err.Finish();
+  if (onChunkEnd_) onChunkEnd_();
 
   TWrenProcessResult result;
   result.exitCode = exitCode;

@@ -190,6 +190,40 @@ TEST(WrenProcessPosix, LargeOutputOnBothStreamsAtOnce) {
   EXPECT_EQ(run.err, TLines(lines, "err"));
 }
 
+TEST(WrenProcessPosix, EachReadEndsWithAChunkEndAfterItsLines) {
+  // A line split across reads (even between its CR and LF), a last line without a break, and a
+  // megabyte-long line all arrive whole; every line is followed by a chunk end before the run
+  // returns, so a listener that buffers lines never holds one back.
+  const size_t kHuge = 1024 * 1024;
+  const std::string script =
+      "-c \"printf 'first\\r'; sleep 0.2; printf '\\nsecond\\n'; sleep 0.2; "
+      "head -c " + std::to_string(kHuge) + " /dev/zero | tr '\\0' x; printf '\\ntail'\"";
+  std::vector<std::string> events;
+  std::shared_ptr<IWrenProcess> process = CreateWrenProcess();
+  process->SetExecutable("/bin/sh");
+  process->SetCommandLine(script);
+  process->SetOnStdOut([&](const std::string& line) {
+    events.push_back(line.size() == kHuge && line.find_first_not_of('x') == std::string::npos
+                         ? "<huge>"
+                         : line);
+  });
+  process->SetOnChunkEnd([&] {
+    if (events.empty() || events.back() != "|") events.push_back("|");
+  });
+  const TWrenProcessResult result = process->Run();
+  ASSERT_EQ(result.status, TStatus::Exited) << result.error;
+  std::vector<std::string> lines;
+  for (const std::string& e : events)
+    if (e != "|") lines.push_back(e);
+  EXPECT_EQ(lines, (TLines{"first", "second", "<huge>", "tail"}));
+  ASSERT_FALSE(events.empty());
+  EXPECT_EQ(events.back(), "|");
+  // A finished line is passed on with the read that completed it, not held for the next one.
+  const auto second = std::find(events.begin(), events.end(), "second");
+  ASSERT_NE(second, events.end());
+  EXPECT_EQ(*(second + 1), "|");
+}
+
 TEST(WrenProcessPosix, ExitCodesArePassedThrough) {
   TTempDir dir;
   for (int code : {0, 1, 3, 255}) {

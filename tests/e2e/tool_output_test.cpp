@@ -1,0 +1,112 @@
+// A tool that prints a great deal: every line reaches the terminal and the log file in order and
+// in the log's format, while failure reports and the JUnit report show its end, not all of it.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <regex>
+#include <sstream>
+
+#include "CliMachine.h"
+#include "TestSupport.h"
+
+namespace wren {
+namespace {
+
+constexpr int kLines = 300000;
+
+/// An sn.exe that prints "line 1" .. "line N", a warning on stderr, and fails.
+std::string NoisyTool() {
+  return "#!/bin/sh\nseq 1 " + std::to_string(kLines) +
+         " | sed 's/^/line /'\necho 'warning: last words' >&2\nexit 3\n";
+}
+
+std::vector<std::string> Lines(const std::string& text) {
+  std::vector<std::string> lines;
+  std::istringstream in(text);
+  for (std::string line; std::getline(in, line);) lines.push_back(line);
+  return lines;
+}
+
+/// How many of the lines, in order, are "<prefix>line 1" .. "<prefix>line N".
+int CountedLines(const std::vector<std::string>& lines, const std::string& prefix) {
+  int next = 1;
+  for (const std::string& line : lines)
+    if (line == prefix + "line " + std::to_string(next)) ++next;
+  return next - 1;
+}
+
+TEST(ToolOutput, EveryLineReachesTheTerminalAndTheLogInItsFormat) {
+  CliMachine m(NoisyTool());
+  m.WriteProject("noisy.mbproj", SnStep("-x"));
+  std::string out, err;
+  EXPECT_EQ(m.Run({"run", m.dir / "noisy.mbproj", "--log", m.dir / "build.log"}, &out, &err), 1)
+      << err;
+  const std::vector<std::string> terminal = Lines(out);
+  EXPECT_EQ(CountedLines(terminal, "    "), kLines);
+  EXPECT_NE(out.find("FAILED in "), std::string::npos);
+  EXPECT_NE(out.find(": the program exited with code 3"), std::string::npos);
+
+  // Each log line: a local time stamp, two spaces, then the text; stderr lines marked "  ! ".
+  const std::vector<std::string> log = Lines(test::ReadFile(m.dir / "build.log"));
+  const std::regex stamped(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d  (.*))");
+  std::vector<std::string> texts;
+  for (const std::string& line : log) {
+    std::smatch match;
+    ASSERT_TRUE(std::regex_match(line, match, stamped)) << line;
+    texts.push_back(match[1]);
+  }
+  EXPECT_EQ(CountedLines(texts, "    "), kLines);
+  ASSERT_GE(texts.size(), 3u);
+  EXPECT_EQ(texts.front(), "[1/1] Run SN.EXE");
+  EXPECT_NE(std::find(texts.begin(), texts.end(), "  ! warning: last words"), texts.end());
+  EXPECT_EQ(texts.back().rfind("  FAILED in ", 0), 0u) << texts.back();
+  EXPECT_NE(texts.back().find(" s: the program exited with code 3"), std::string::npos);
+}
+
+TEST(ToolOutput, FailureReportsShowTheEndOfALongOutput) {
+  CliMachine m(NoisyTool());
+  m.WriteProject("noisy.mbproj", SnStep("-x"));
+  std::string out, err;
+  // Quiet and minimal show a failed step's output after it ended: its last lines, and how many
+  // came before them.
+  for (const char* verbosity : {"quiet", "minimal"}) {
+    EXPECT_EQ(m.Run({"run", m.dir / "noisy.mbproj", "-v", verbosity}, &out, &err), 1) << err;
+    const std::vector<std::string> lines = Lines(out);
+    EXPECT_LT(lines.size(), 2000u) << verbosity;
+    EXPECT_NE(out.find(" earlier lines not shown)"), std::string::npos) << verbosity;
+    const size_t last = out.find("    line " + std::to_string(kLines) + "\n");
+    const size_t failed = out.find(": the program exited with code 3");
+    EXPECT_NE(last, std::string::npos) << verbosity;
+    EXPECT_NE(out.find("    warning: last words\n"), std::string::npos) << verbosity;
+    EXPECT_LT(last, failed) << verbosity;
+  }
+
+  // The JUnit report holds the beginning and the end of the output, and says what it left out.
+  EXPECT_EQ(m.Run({"run", m.dir / "noisy.mbproj", "--junit", m.dir / "report.xml"}, &out, &err), 1);
+  const std::string report = test::ReadFile(m.dir / "report.xml");
+  EXPECT_LT(report.size(), 2u * 1024 * 1024);
+  EXPECT_NE(report.find("<system-out>starting "), std::string::npos);
+  EXPECT_NE(report.find("\nline 1\nline 2\n"), std::string::npos);
+  EXPECT_NE(report.find("line " + std::to_string(kLines) + "\n"), std::string::npos);
+  EXPECT_NE(report.find("warning: last words\n</system-out>"), std::string::npos);
+  const std::smatch gap = [&] {
+    std::smatch match;
+    std::regex_search(report, match, std::regex(R"(\n\[\.\.\. (\d+) bytes of output left out \.\.\.\]\n)"));
+    return match;
+  }();
+  ASSERT_FALSE(gap.empty());
+  // The cut falls between whole lines.
+  const size_t before = report.rfind('\n', static_cast<size_t>(gap.position(0)) - 1);
+  EXPECT_EQ(report.compare(before + 1, 5, "line "), 0);
+  const size_t after = static_cast<size_t>(gap.position(0) + gap.length(0));
+  EXPECT_EQ(report.compare(after, 5, "line "), 0);
+  const std::string xsd = std::string(SOURCE_DIR) + "/tests/fixtures/junit/jenkins-junit.xsd";
+  std::string output;
+  EXPECT_EQ(test::RunProgram({"xmllint", "--noout", "--schema", xsd, m.dir / "report.xml"},
+                             &output),
+            0)
+      << "xmllint (libxml2-utils) must be installed and accept the report:\n" << output;
+}
+
+}  // namespace
+}  // namespace wren
