@@ -1,0 +1,47 @@
+#!/usr/bin/env bash
+# `marrowby validate` of projects of 10k and 100k steps (1k and 10k with --quick): seconds and max
+# RSS, against the project file's own size. The memory per step is counted beyond the file's bytes
+# and beyond what validating a one-step project takes. Prints two rows.
+source "$(dirname "$0")/common.sh"
+n=$(pairs_or 3)
+use_program_step /bin/true
+
+# steps COUNT: COUNT program steps, each with a description and a few properties.
+steps() {
+  awk -v count="$1" -v build="$work/default.build" 'BEGIN {
+    for (i = 1; i <= count; i++) {
+      printf "    <Action class=\"TNAntAction\" description=\"Build part %d of the product\">\n", i
+      printf "      <Property name=\"BuildFile\">%s</Property>\n", build
+      printf "      <Property name=\"Targets\">clean build test-%d</Property>\n", i
+      printf "      <Property name=\"LogLevel\">llVerbose</Property>\n"
+      printf "      <Property name=\"NoLogo\">true</Property>\n"
+      printf "    </Action>\n"
+    } }'
+}
+validate() {
+  measure -- "$marrowby" --registry "$work/registry.reg" --options "$work/options.xml" validate "$1"
+}
+
+steps 1 | write_project "$work/one.mbproj"
+floor=()
+for ((i = 0; i < n; i++)); do m=$(validate "$work/one.mbproj"); floor+=("${m#* }"); done
+floor=$(median "${floor[@]}")
+
+for count in $(( quick ? 1000 : 10000 )) $(( quick ? 10000 : 100000 )); do
+  steps "$count" | write_project "$work/p.mbproj"
+  size=$(stat -c %s "$work/p.mbproj")
+  secs=() rss=()
+  for ((i = 0; i < n; i++)); do
+    m=$(validate "$work/p.mbproj")
+    secs+=("${m% *}") rss+=("${m#* }")
+  done
+  t=$(median "${secs[@]}") r=$(median "${rss[@]}")
+  per=$(calc "($r - $floor - $size / 1024) * 1024 / $count")
+  target="≤ 1 KB RSS per step beyond the file"
+  met="$per <= 1024"
+  if [ "$count" -ge 100000 ]; then target="$target, < 0.5 s"; met="$met && $t < 0.5"; fi
+  row "\`validate\` of $((count / 1000))k steps" \
+    "$(fmt %.3f "$t") s, RSS $(human_kb "$r") ($(fmt %.1f "$per / 1024") KB per step beyond the file)" \
+    "file $(human_kb $((size / 1024)))" "RSS $(fmt %.1f "$r * 1024 / $size")× the file" \
+    "$target" "$(yes_no "$met")"
+done
