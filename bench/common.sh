@@ -137,3 +137,16 @@ updater_project() {
 
 # fs_type DIR: the file system DIR lives on (ext4, tmpfs, ...).
 fs_type() { df --output=fstype "$1" | tail -n 1 | tr -d ' '; }
+
+# validate_steps COUNT: COUNT program steps, each with a description and a few properties.
+validate_steps() {
+  awk -v count="$1" -v build="$work/default.build" 'BEGIN {
+    for (i = 1; i <= count; i++) {
+      printf "    <Action class=\"TNAntAction\" description=\"Build part %d of the product\">\n", i
+      printf "      <Property name=\"BuildFile\">%s</Property>\n", build
+      printf "      <Property name=\"Targets\">clean build test-%d</Property>\n", i
+      printf "      <Property name=\"LogLevel\">llVerbose</Property>\n"
+      printf "      <Property name=\"NoLogo\">true</Property>\n"
+      printf "    </Action>\n"
+    } }'
+}

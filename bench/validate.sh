@@ -6,29 +6,17 @@ source "$(dirname "$0")/common.sh"
 n=$(pairs_or 3)
 use_program_step /bin/true
 
-# steps COUNT: COUNT program steps, each with a description and a few properties.
-steps() {
-  awk -v count="$1" -v build="$work/default.build" 'BEGIN {
-    for (i = 1; i <= count; i++) {
-      printf "    <Action class=\"TNAntAction\" description=\"Build part %d of the product\">\n", i
-      printf "      <Property name=\"BuildFile\">%s</Property>\n", build
-      printf "      <Property name=\"Targets\">clean build test-%d</Property>\n", i
-      printf "      <Property name=\"LogLevel\">llVerbose</Property>\n"
-      printf "      <Property name=\"NoLogo\">true</Property>\n"
-      printf "    </Action>\n"
-    } }'
-}
 validate() {
   measure -- "$marrowby" --registry "$work/registry.reg" --options "$work/options.xml" validate "$1"
 }
 
-steps 1 | write_project "$work/one.mbproj"
+validate_steps 1 | write_project "$work/one.mbproj"
 floor=()
 for ((i = 0; i < n; i++)); do m=$(validate "$work/one.mbproj"); floor+=("${m#* }"); done
 floor=$(median "${floor[@]}")
 
 for count in $(( quick ? 1000 : 10000 )) $(( quick ? 10000 : 100000 )); do
-  steps "$count" | write_project "$work/p.mbproj"
+  validate_steps "$count" | write_project "$work/p.mbproj"
   size=$(stat -c %s "$work/p.mbproj")
   secs=() rss=()
   for ((i = 0; i < n; i++)); do
