@@ -63,8 +63,12 @@ yes_no() { awk "BEGIN { print ($1) ? \"yes\" : \"**no**\" }"; }
 human_kb() { awk -v k="$1" 'BEGIN { if (k >= 1048576) printf "%.2f GB", k / 1048576;
   else if (k >= 1024) printf "%.1f MB", k / 1024; else printf "%d KB", k }'; }
 
-# row WORK HOST BASELINE RATIO TARGET MET
-row() { printf '| %s | %s | %s | %s | %s | %s |\n' "$@"; }
+# row WORK HOST BASELINE RATIO TARGET MET (a "|" in a cell is escaped, as Markdown tables need)
+row() {
+  local cells=()
+  for cell in "$@"; do cells+=("${cell//|/\\|}"); done
+  printf '| %s | %s | %s | %s | %s | %s |\n' "${cells[@]}"
+}
 
 # A project of one folder holding the given steps (XML of <Action> elements on stdin).
 # write_project FILE
