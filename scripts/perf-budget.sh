@@ -52,8 +52,8 @@ empty_log=$(ir run "$work/out.mbproj" --log "$work/build.log")
 mb options set NAnt NAntLocation "$work/tool$((lines * 100))" >/dev/null
 full=$(ir run "$work/out.mbproj")
 full_log=$(ir run "$work/out.mbproj" --log "$work/build.log")
-[ "$(grep -c 'compiling unit' "$work/build.log")" -eq "$lines" ] || {
-  echo "perf-budget: the log lacks lines" >&2
+[ "$(grep -c 'compiling unit' "$work/build.log")" -ge "$lines" ] || {
+  echo "perf-budget: the log lacks lines of the tool" >&2
   exit 1
 }
 per output_line "$lines" "$full" "$empty"
