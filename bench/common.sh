@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # Shared by the whole-process benchmarks (sourced, not run). Each benchmark times the host and its
 # baseline alternately N times and prints one Markdown row: work | host | baseline | ratio | target | met?
 # Options every benchmark takes: --build DIR (default: build), --quick (CI-sized inputs), -n N (pairs).

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # `marrowby actions` (start, load the package, list its actions), against /bin/true: medians of
 # 50 runs of each, alternately (10 with --quick).
+# shellcheck source=bench/common.sh
 source "$(dirname "$0")/common.sh"
 n=$(pairs_or $(( quick ? 10 : 50 )))
 host=() base=()

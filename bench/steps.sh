@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # A build of 500 steps (50 with --quick) each running /bin/true, against a C loop that starts
 # /bin/true as often with posix_spawn and waits for it.
+# shellcheck source=bench/common.sh
 source "$(dirname "$0")/common.sh"
 n=$(pairs_or 3)
 count=$(( quick ? 50 : 500 ))

@@ -2,6 +2,7 @@
 # A build step whose tool prints a lot: 200 MB of 100-byte lines (20 MB with --quick), the log to
 # /dev/null, against the same lines indented by sed. With --log: the same run writing a log file too,
 # against the run without it. Prints two rows.
+# shellcheck source=bench/common.sh
 source "$(dirname "$0")/common.sh"
 n=$(pairs_or 3)
 bytes=$(( quick ? 20000000 : 200000000 ))

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # The AssemblyInfo updater over 5,000 files (500 with --quick) on the disk ($TMPDIR) with
 # BackupFiles true, the default, against the same run without backups. Fresh trees, not timed.
+# shellcheck source=bench/common.sh
 source "$(dirname "$0")/common.sh"
 n=$(pairs_or 3)
 count=$(( quick ? 500 : 5000 ))

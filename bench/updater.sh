@@ -2,6 +2,7 @@
 # The AssemblyInfo updater over 5,000 files (500 with --quick) on tmpfs, against a C program doing
 # read, temporary file, rename for the same files (the floor) and against `find | xargs sed -i -E`.
 # Each run starts from a fresh copy of the tree (not timed); the three results must be identical.
+# shellcheck source=bench/common.sh
 source "$(dirname "$0")/common.sh"
 n=$(pairs_or 3)
 count=$(( quick ? 500 : 5000 ))

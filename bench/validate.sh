@@ -2,6 +2,7 @@
 # `marrowby validate` of projects of 10k and 100k steps (1k and 10k with --quick): seconds and max
 # RSS, against the project file's own size. The memory per step is counted beyond the file's bytes
 # and beyond what validating a one-step project takes. Prints two rows.
+# shellcheck source=bench/common.sh
 source "$(dirname "$0")/common.sh"
 n=$(pairs_or 3)
 use_program_step /bin/true
@@ -11,9 +12,9 @@ validate() {
 }
 
 validate_steps 1 | write_project "$work/one.mbproj"
-floor=()
-for ((i = 0; i < n; i++)); do m=$(validate "$work/one.mbproj"); floor+=("${m#* }"); done
-floor=$(median "${floor[@]}")
+one=()
+for ((i = 0; i < n; i++)); do m=$(validate "$work/one.mbproj"); one+=("${m#* }"); done
+floor=$(median "${one[@]}")
 
 for count in $(( quick ? 1000 : 10000 )) $(( quick ? 10000 : 100000 )); do
   validate_steps "$count" | write_project "$work/p.mbproj"

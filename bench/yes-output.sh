@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # A build step whose tool is `yes | head -c 200M` (20M with --quick): 2-byte lines as fast as a pipe
 # carries them, against the pipe alone. Memory must stay flat and the host keep up.
+# shellcheck source=bench/common.sh
 source "$(dirname "$0")/common.sh"
 n=$(pairs_or 3)
 size=$(( quick ? 20 : 200 ))

@@ -13,6 +13,7 @@ for arg in "$@"; do
   if [ "$arg" = --update ]; then update=1; else rest+=("$arg"); fi
 done
 set -- "${rest[@]+"${rest[@]}"}"
+# shellcheck source=bench/common.sh
 source "$(cd "$(dirname "$0")/.." && pwd)/bench/common.sh"
 budget_file="$root/bench/perf-budget.json"
 headroom=1.5
