@@ -110,6 +110,8 @@ for i in "${!names[@]}"; do
   [ -n "$limit" ] || { echo "perf-budget: no budget for ${names[$i]} in $budget_file" >&2; exit 2; }
   verdict=""
   if [ "${figures[$i]}" -gt "$limit" ]; then verdict="  OVER BUDGET"; failed=1; fi
+  # A budget far above the figure would let a doubling through: say so, so that it is tightened.
+  if [ $(( figures[i] * 3 )) -lt "$limit" ]; then verdict="  (far under: tighten with --update)"; fi
   printf '%-14s %14s %14s %7s%%%s\n' "per ${names[$i]}" "${figures[$i]}" "$limit" \
     "$(( figures[i] * 100 / limit ))" "$verdict"
 done
