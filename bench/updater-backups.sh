@@ -16,6 +16,7 @@ for ((i = 0; i < n; i++)); do
   m=$(measure -- "$marrowby" --registry "$work/registry.reg" --options "$work/options.xml" \
     run "$work/with.mbproj")
   with+=("${m% *}")
+  grep -q 'AssemblyVersion("2.0.0.1")' "$work/tree/Group0/Project0/Properties/AssemblyInfo.cs"
   fresh
   m=$(measure -- "$marrowby" --registry "$work/registry.reg" --options "$work/options.xml" \
     run "$work/without.mbproj")

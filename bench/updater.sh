@@ -20,7 +20,10 @@ for ((i = 0; i < n; i++)); do
   m=$(measure -- "$marrowby" --registry "$work/registry.reg" --options "$work/options.xml" \
     run "$work/p.mbproj")
   host+=("${m% *}")
-  [ "$i" -gt 0 ] || cp -a "$mem/tree" "$mem/by-host"
+  if [ "$i" -eq 0 ]; then
+    cp -a "$mem/tree" "$mem/by-host"
+    grep -q 'AssemblyVersion("2.0.0.1")' "$mem/by-host/Group0/Project0/Properties/AssemblyInfo.cs"
+  fi
   fresh
   m=$(measure -- "$tools/rewrite" "$mem/tree" "${stamp_plain[@]}")
   floor+=("${m% *}")
