@@ -1,0 +1,22 @@
+#!/usr/bin/env bash
+# A build of 500 steps (50 with --quick) each running /bin/true, against a C loop that starts
+# /bin/true as often with posix_spawn and waits for it.
+# shellcheck source=bench/common.sh
+source "$(dirname "$0")/common.sh"
+n=$(pairs_or 3)
+count=$(( quick ? 50 : 500 ))
+use_program_step /bin/true
+for ((i = 0; i < count; i++)); do program_step; done | write_project "$work/p.mbproj"
+
+host=() base=()
+for ((i = 0; i < n; i++)); do
+  m=$(measure -- "$marrowby" --registry "$work/registry.reg" --options "$work/options.xml" \
+    run "$work/p.mbproj")
+  host+=("${m% *}")
+  m=$(measure -- "$tools/spawnloop" "$count" /bin/true)
+  base+=("${m% *}")
+done
+t=$(median "${host[@]}") b=$(median "${base[@]}")
+row "$count steps of \`/bin/true\`" \
+  "$(fmt %.3f "$t") s ($(fmt %.0f "($t - $b) * 1e6 / $count") µs per step over the loop)" \
+  "C \`posix_spawn\` loop $(fmt %.3f "$b") s" "$(fmt %.2f "$t / $b")×" "≤ 1.05×" "$(yes_no "$t / $b <= 1.05")"
