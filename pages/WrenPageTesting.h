@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "WrenPluginAPI.h"
@@ -63,12 +64,29 @@ std::vector<std::string> Layout(Page& page) {
   return out;
 }
 
+/// The layout of the .NET tool pages: their heading and version panel, then their own controls.
+inline std::vector<std::string> WithVersionPanel(std::vector<std::string> own) {
+  const std::vector<std::string> version = {"lblHeading:label",      "pnlVersion:panel",
+                                            "lblVersion:label",      "rbDefaultVersion:radio",
+                                            "rbUseVersion:radio",    "cbVersion:combo"};
+  own.insert(own.begin(), version.begin(), version.end());
+  return own;
+}
+
 template <class Page>
 TWrenPageControl Control(Page& page, const std::string& name) {
   for (const TWrenPageControl& c : PageControls(page))
     if (c.name == name) return c;
   ADD_FAILURE() << "no control " << name;
   return TWrenPageControl{};
+}
+
+/// Each named control shows the caption given.
+template <class Page>
+void ExpectCaptions(Page& page,
+                    const std::vector<std::pair<std::string, std::string>>& captions) {
+  for (const auto& [name, caption] : captions)
+    EXPECT_EQ(Control(page, name).caption, caption) << name;
 }
 
 template <class Page>
