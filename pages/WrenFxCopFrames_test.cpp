@@ -43,6 +43,9 @@ TEST(FxCopPages, ControlsInTabOrderAndTheirReactionsReachTheAction) {
       {&additional,
        {"mmExtraSwitches:memo", "cbReferenceErrorsFail:checkbox", "cbFailOnMessages:checkbox"}},
   };
+  // A fresh page shows the action's default: target assemblies, the project file out of use.
+  EXPECT_TRUE(Control(targets, "rbTargets").checked);
+  EXPECT_FALSE(Control(targets, "btnProjectFile").enabled);
   for (const auto& [page, layout] : layouts) {
     SCOPED_TRACE(page->PageName());
     page->ReadActionData(action);
@@ -50,8 +53,6 @@ TEST(FxCopPages, ControlsInTabOrderAndTheirReactionsReachTheAction) {
   }
 
   // Targets: the project file and the target list exclude each other.
-  EXPECT_TRUE(Control(targets, "rbTargets").checked);
-  EXPECT_FALSE(Control(targets, "btnProjectFile").enabled);
   SetLines(targets, "mmTargets", {"bin/app.dll"});
   dialogs.folder = "/usr/lib/mono/4.5";
   Click(targets, "btnPlatformDirectory");
