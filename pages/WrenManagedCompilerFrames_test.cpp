@@ -219,15 +219,15 @@ TEST(CompilerPages, EveryLanguagePageListsItsControlsInTabOrder) {
   const TLayout source = {"ProjectDirectory:edit", "btnProjectDirectory:button",
                           "FilesToCompile:edit", "FilesHint:label"};
   const TLayout output = {"OutputFile:edit", "btnOutputFile:button", "TargetType:combo"};
-  const TLayout options = {"Optimize:checkbox",   "NoLogo:checkbox",    "OutputInUTF8:checkbox",
-                           "BaseAddress:edit",    "MainClass:edit",     "CodePage:edit",
-                           "btnCodePage:button",  "RecurseDir:edit",    "RecurseFiles:edit"};
+  const TLayout options = {"Optimize:checkbox",  "NoLogo:checkbox", "OutputInUTF8:checkbox",
+                           "BaseAddress:edit",   "MainClass:edit",  "CodePage:edit",
+                           "btnCodePage:button", "RecurseDir:edit", "RecurseFiles:edit"};
   const TLayout debugging = {"DebugInfo:combo", "Defines:edit", "WarnAsError:checkbox",
                              "SupressWarnings:edit"};
   const TLayout assemblies = {"References:memo", "LibLocations:memo", "Modules:memo"};
-  const TLayout resources = {"Resources:memo",       "ResourceFile:edit",   "btnResourceFile:button",
-                             "ResourceName:edit",    "btnAddResource:button", "LinkResources:memo",
-                             "Win32Resources:memo",  "Icons:memo"};
+  const TLayout resources = {
+      "Resources:memo",        "ResourceFile:edit",  "btnResourceFile:button", "ResourceName:edit",
+      "btnAddResource:button", "LinkResources:memo", "Win32Resources:memo",    "Icons:memo"};
 
   TCSharpCompilerMainFrame csMain;
   TCSharpCompilerOptionsFrame csOptions;
