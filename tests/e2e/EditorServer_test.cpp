@@ -6,6 +6,8 @@
 #include <sys/wait.h>
 
 #include <chrono>
+#include <filesystem>
+#include <map>
 #include <regex>
 #include <thread>
 
@@ -146,9 +148,27 @@ TEST(EditorServer, OnlyTheTokenHolderOnThisHostAndOriginIsServed) {
       EXPECT_TRUE(json::parse(res->body).contains("error")) << res->body;
     }
   }
-  auto page = editor.Client().Get(("/?token=" + editor.token).c_str());
-  ASSERT_TRUE(page);
-  EXPECT_NE(page->status, 403);
+  // The page's files are served as they stand in the source, each with its type.
+  const std::string web = std::string(SOURCE_DIR) + "/cli/editor/web/";
+  const std::map<std::string, std::string> types = {
+      {".html", "text/html"}, {".js", "text/javascript"}, {".css", "text/css"}};
+  std::error_code none;  // before the page's files are added, the folder may not be there
+  for (const auto& entry : std::filesystem::directory_iterator(web, none)) {
+    const std::string name = entry.path().filename().string();
+    const std::string path = name == "index.html" ? "/?token=" + editor.token : "/" + name;
+    auto res = editor.Client().Get(path.c_str());
+    ASSERT_TRUE(res) << name;
+    EXPECT_EQ(res->status, 200) << name;
+    EXPECT_EQ(res->body, test::ReadFile(entry.path().string())) << name;
+    if (types.count(entry.path().extension().string())) {
+      EXPECT_EQ(res->get_header_value("Content-Type").rfind(types.at(entry.path().extension()), 0),
+                0u)
+          << name;
+    }
+  }
+  if (!test::Exists(web + "index.html")) {
+    EXPECT_EQ(editor.Client().Get(("/?token=" + editor.token).c_str())->status, 404);
+  }
 
   const json project = json::parse(editor.Client().Get("/api/project", editor.Auth())->body);
   EXPECT_EQ(project["file"], m.dir / "new.mbproj");
