@@ -178,6 +178,13 @@ TEST(EditorServer, OnlyTheTokenHolderOnThisHostAndOriginIsServed) {
   EXPECT_FALSE(project["exists"].get<bool>());
   EXPECT_EQ(editor.Signal(SIGTERM), 0);
   EXPECT_FALSE(test::Exists(m.dir / "new.mbproj"));  // nothing saved, nothing written
+
+  // A project that cannot be read is refused before anything listens.
+  test::WriteFile(m.dir / "bad.mbproj", "<MarrowbyProject version=\"1\"><Actions>");
+  std::string out, err;
+  EXPECT_EQ(m.Run({"edit", m.dir / "bad.mbproj", "--no-browser"}, &out, &err), 2);
+  EXPECT_EQ(out, "");
+  EXPECT_NE(err.find("bad.mbproj"), std::string::npos) << err;
 }
 
 TEST(EditorServer, RunStreamsTheBuildAndALateStreamGetsItFromTheStart) {
