@@ -1,0 +1,189 @@
+// The property editor in a real browser against the real `marrowby edit`: building a project from
+// the page, the property pages' reactions, running a build from the page, and the server's refusal of
+// requests that do not come from its own page.
+import assert from 'node:assert/strict';
+import fs from 'node:fs';
+import http from 'node:http';
+import path from 'node:path';
+import { before, test } from 'node:test';
+
+import { Machine, openEditor, readProject, requireTools, screenshot, sourceDir, withEvent } from './harness.mjs';
+
+let chromium;
+before(async () => {
+  chromium = await requireTools();
+});
+
+/// A machine, an editor on file and a browser showing it; closed when the test ends.
+async function session(t, file, { mono = false } = {}) {
+  const machine = new Machine();
+  t.after(() => machine.close());
+  if (mono) machine.setupMono();
+  const project = typeof file === 'function' ? file(machine) : machine.path(file);
+  const editor = await machine.startEditor(project);
+  const { page } = await machine.browser(chromium);
+  await openEditor(page, editor);
+  return { machine, editor, page, project };
+}
+
+async function addStep(page, category, displayName) {
+  await page.getByRole('button', { name: 'Add...' }).click();
+  const dialog = page.getByRole('dialog', { name: 'Add step' });
+  await dialog.getByRole('region', { name: category }).getByRole('button', { name: displayName, exact: true }).click();
+  await page.getByRole('heading', { name: new RegExp(`\\d+\\. ${displayName.replace(/[[\]]/g, '\\$&')}$`) }).waitFor();
+}
+
+async function save(page) {
+  await page.getByRole('button', { name: 'Save', exact: true }).click();
+  await page.getByRole('status').filter({ hasText: 'Saved' }).waitFor();
+}
+
+test('a GAC install step with a reference count is saved with exactly the properties set on its page', async (t) => {
+  const { page, project } = await session(t, 'new.mbproj');
+  assert.equal(fs.existsSync(project), false);
+  assert.equal(await page.locator('#file-name').textContent(), 'new.mbproj');
+
+  await addStep(page, '.Net Tools', 'GAC Install [GACUTIL]');
+  assert.equal(await page.getByRole('tab', { selected: true }).textContent(), 'GAC Install');
+  const fields = ['Scheme :', 'ID :', 'Description :'].map((label) => page.getByLabel(label, { exact: true }));
+  for (const field of fields) assert.equal(await field.isDisabled(), true);
+
+  const box = page.getByLabel('Add reference count');
+  await withEvent(page, () => box.click());
+  assert.equal(await box.isChecked(), true);
+  for (const field of fields) assert.equal(await field.isEnabled(), true);
+
+  // Applying with an empty reference shows the page's own check.
+  await page.getByRole('button', { name: 'Apply' }).click();
+  await page.getByRole('dialog').getByText('Assembly Path is required.').waitFor();
+  await page.getByRole('dialog').getByRole('button', { name: 'OK' }).click();
+
+  await page.locator('[data-control="edAssemblyPath"]').fill('%ProjectDir%/bin/Core.dll');
+  await fields[0].fill('UNINSTALL_KEY');
+  await fields[1].fill('Core');
+  await fields[2].fill('Installed by "the build"');
+  await withEvent(page, () => fields[2].press('Tab'));
+  await screenshot(page, 'gac-install-page');
+  await save(page);
+
+  assert.equal(await page.locator('#dirty-marker').isHidden(), true);
+  const actions = await readProject(page, project);
+  assert.equal(actions.length, 1);
+  assert.equal(actions[0].className, 'TGACInstallAction');
+  assert.deepEqual(actions[0].properties, {
+    AssemblyPath: '%ProjectDir%/bin/Core.dll',
+    ReferenceCount: 'true',
+    RefScheme: 'UNINSTALL_KEY',
+    RefID: 'Core',
+    RefDescription: 'Installed by "the build"',
+  });
+
+  // Unchecking the box disables the fields again; the texts stay on the page.
+  await withEvent(page, () => box.click());
+  for (const field of fields) assert.equal(await field.isDisabled(), true);
+  assert.equal(await fields[1].inputValue(), 'Core');
+});
+
+test('a C# compiler step keeps its tab until the main page is complete, and saves an option of its Options page', async (t) => {
+  const { page, project } = await session(t, 'compile.mbproj');
+  await addStep(page, 'Compilers', 'Microsoft C# Compiler');
+  const tabs = await page.getByRole('tab').allTextContents();
+  assert.ok(tabs.includes('Options'), `tabs: ${tabs}`);
+
+  // The main page's own check keeps the user on it while it lacks the project folder.
+  await page.getByRole('tab', { name: 'Options' }).click();
+  await page.getByRole('dialog').getByText('Project Directory is required.').waitFor();
+  await page.getByRole('dialog').getByRole('button', { name: 'OK' }).click();
+  assert.notEqual(await page.getByRole('tab', { selected: true }).textContent(), 'Options');
+
+  await page.getByLabel('Project Directory:').fill('%ProjectDir%');
+  await page.getByLabel('File(s) to compile:').fill('src/*.cs');
+  await withEvent(page, () => page.getByLabel('File(s) to compile:').press('Tab'));
+  await page.getByRole('tab', { name: 'Options' }).click();
+  await page.getByRole('tab', { name: 'Options', selected: true }).waitFor();
+  await withEvent(page, () => page.getByLabel('Optimize code').click());
+  assert.equal(await page.getByLabel('Optimize code').isChecked(), true);
+  await screenshot(page, 'compiler-options-page');
+  await save(page);
+
+  const [action] = await readProject(page, project);
+  assert.equal(action.className, 'TWrenCSharpCompilerAction');
+  assert.equal(action.properties.Optimize, 'true');
+  assert.equal(action.properties.ProjectDir, '%ProjectDir%');
+  assert.equal(action.properties.Files, 'src/*.cs');
+});
+
+test('Tools > Options shows the .NET options page and OK stores the options', async (t) => {
+  const { page, machine } = await session(t, 'options.mbproj', { mono: true });
+  await page.getByRole('button', { name: 'Tools' }).click();
+  await page.getByRole('menuitem', { name: 'Options...' }).click();
+  const dialog = page.getByRole('dialog', { name: 'Options' });
+  await dialog.getByRole('tab', { name: 'Microsoft .NET SDK' }).waitFor();
+  const versions = dialog.locator('select[data-control]').first();
+  const entries = await versions.locator('option').allTextContents();
+  assert.ok(entries.length > 0 && entries.every((v) => /^v\d+\.\d+$/.test(v)), `versions: ${entries}`);
+  const chosen = entries[entries.length - 1];
+  await withEvent(page, () => versions.selectOption({ label: chosen }));
+  await screenshot(page, 'tools-options');
+  const saved = page.waitForResponse((r) => /\/api\/options\/\d+\/apply$/.test(r.url()));
+  await dialog.getByRole('button', { name: 'OK' }).click();
+  assert.equal((await saved).status(), 200);
+  assert.equal(await dialog.isHidden(), true);
+  const stored = fs.readFileSync(machine.optionsFile, 'utf8');
+  assert.ok(stored.includes('DefaultSDKVersion') && stored.includes(chosen), stored);
+});
+
+test('the example project runs from the page and every step reports success', { timeout: 600_000 }, async (t) => {
+  const { page } = await session(t, (machine) => {
+    fs.cpSync(path.join(sourceDir, 'examples', 'hello'), machine.path('hello'), { recursive: true });
+    return machine.path('hello', 'hello.mbproj');
+  }, { mono: true });
+  const steps = await page.locator('#steps > li').count();
+  assert.ok(steps > 0);
+
+  await page.getByRole('button', { name: 'Run', exact: true }).click();
+  const log = page.getByRole('log');
+  await log.locator('[data-build]').waitFor({ timeout: 540_000 });
+  const results = await log.locator('[data-result]').evaluateAll((lines) => lines.map((l) => [l.dataset.step, l.dataset.result, l.textContent]));
+  const failed = results.filter(([, result]) => result !== 'succeeded');
+  assert.deepEqual(failed, [], await log.textContent());
+  assert.equal(results.length, steps);
+  assert.equal(await log.locator('[data-build]').getAttribute('data-build'), 'succeeded');
+  for (let n = 1; n <= steps; n++) {
+    assert.equal(await log.locator('.step-start', { hasText: `[${n}/${steps}] ` }).count(), 1);
+  }
+  await screenshot(page, 'run-log');
+});
+
+test('requests without the token or from another origin are refused', async (t) => {
+  const { page, editor } = await session(t, 'secure.mbproj');
+  const api = `${editor.origin}/api/project`;
+  const status = async (url, headers = {}) => (await fetch(url, { headers })).status;
+
+  assert.equal(await status(api, { 'X-Marrowby-Token': editor.token }), 200);
+  const refused = [
+    ['no token', api, {}],
+    ['wrong token', api, { 'X-Marrowby-Token': '0'.repeat(32) }],
+    ['page without token', `${editor.origin}/`, {}],
+    ['run stream without token', `${editor.origin}/api/run/events`, {}],
+    ['foreign origin', api, { 'X-Marrowby-Token': editor.token, Origin: 'http://evil.example' }],
+    ['same host, other port', api, { 'X-Marrowby-Token': editor.token, Origin: 'http://127.0.0.1:1' }],
+  ];
+  for (const [why, url, headers] of refused) assert.equal(await status(url, headers), 403, why);
+
+  // A rebound name reaches the same socket with a foreign Host header.
+  const rebound = await new Promise((resolve, reject) => {
+    http.get({ host: '127.0.0.1', port: editor.port, path: '/api/project',
+      headers: { Host: `attacker.example:${editor.port}`, 'X-Marrowby-Token': editor.token } },
+    (res) => { res.resume(); resolve(res.statusCode); }).on('error', reject);
+  });
+  assert.equal(rebound, 403);
+
+  // The page's own origin without the header is refused too.
+  const fromPage = await page.evaluate(async () => {
+    const r = await fetch('/api/project');
+    return { status: r.status, body: await r.json() };
+  });
+  assert.equal(fromPage.status, 403);
+  assert.equal(typeof fromPage.body.error, 'string');
+});
