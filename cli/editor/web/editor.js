@@ -333,12 +333,8 @@ class PageView {
         if (control.kind === 'radio') input.name = this.id(`group-${control.group || 'default'}`);
         const text = el('span');
         const root = el('label', { class: `ctl-${control.kind}`, for: id }, input, text);
-        input.addEventListener('click', (e) => {
-          // The server decides the state; the redraw from its answer shows it.
-          const checked = input.checked;
-          if (control.kind === 'radio') e.preventDefault();
-          this.fire(control.name, { kind: 'click', checked });
-        });
+        // The box shows the click at once; the redraw from the server's answer has the last word.
+        input.addEventListener('click', () => this.fire(control.name, { kind: 'click', checked: input.checked }));
         return { root, input, text };
       }
       case 'combo': {
@@ -370,7 +366,8 @@ class PageView {
       }
       case 'button': {
         const input = el('button', { type: 'button', id, dataset: data });
-        if ((control.caption || '').trim() === '...') input.setAttribute('aria-label', `Browse ${plainName === control.caption ? control.name : plainName}`);
+        // A browse button says what it browses for: the field before it.
+        if ((control.caption || '').trim() === '...') input.setAttribute('aria-label', `Browse: ${(nearCaption || control.name).replace(/\s*:\s*$/, '')}`);
         input.addEventListener('click', () => this.fire(control.name, { kind: 'click' }));
         return { root: input, input };
       }
