@@ -18,9 +18,10 @@ _marrowby() {
     cur="${COMP_WORDS[COMP_CWORD]}"; prev="${COMP_WORDS[COMP_CWORD-1]}"
     words=("${COMP_WORDS[@]}"); cword=$COMP_CWORD
   }
-  local commands="run validate actions describe frameworks options setup-mono new add set remove move completion help"
+  local commands="run validate actions describe frameworks options setup-mono new add set remove move edit completion help"
   local globals="--registry --options --module --help --version"
   case "$prev" in
+    --port) return ;;
     --registry|--options|--module|--log|--junit|--dir)
       COMPREPLY=($(compgen -f -- "$cur")); return ;;
   esac
@@ -42,6 +43,7 @@ _marrowby() {
     describe) opts="--json --help" ;;
     add) opts="--description --help" ;;
     setup-mono) opts="--dir --help" ;;
+    edit) opts="--port --no-browser --help" ;;
   esac
   if [[ "$cur" == -* ]]; then
     COMPREPLY=($(compgen -W "$opts" -- "$cur")); return
@@ -87,6 +89,7 @@ _marrowby() {
     'set:set a step'"'"'s property'
     'remove:remove a step'
     'move:move a step'
+    'edit:edit a build project in the browser'
     'completion:print the bash or zsh completion script'
     'help:show the help of marrowby or of a command'
   )
@@ -112,6 +115,8 @@ _marrowby() {
         new|set|remove|move) _arguments '1:project:_files -g "*.mbproj"' ;;
         add) _arguments '--description[the step'"'"'s description]:text:' \
                '1:project:_files -g "*.mbproj"' '2:class:_marrowby_classes' ;;
+        edit) _arguments '--port[port on 127.0.0.1]:port:' '--no-browser[do not open a browser]' \
+               '1:project:_files -g "*.mbproj"' ;;
         setup-mono) _arguments '--dir[where to build it]:folder:_files -/' ;;
         completion) _arguments '1:shell:(bash zsh)' ;;
         help) _describe 'command' commands ;;

@@ -8,6 +8,7 @@
 #include "Commands.h"
 #include "WrenFiles.h"
 #include "WrenUtils.h"
+#include "cli/editor/WrenStepEdits.h"
 #include "runtime/WrenActionRegistry.h"
 #include "runtime/WrenProject.h"
 #include "runtime/WrenSuggest.h"
@@ -28,12 +29,6 @@ bool SaveEdited(TCliContext& ctx, const std::string& file, TWrenProject& project
   if (project.Save(file, error)) return true;
   *ctx.err << "marrowby: " << error << "\n";
   return false;
-}
-
-std::vector<std::string> PropertyNames(const TPropertyTable& table) {
-  std::vector<std::string> names;
-  for (const TPublishedProperty& p : table) names.push_back(p.name);
-  return names;
 }
 
 bool ParseNumber(const std::string& text, int& number) {
@@ -69,93 +64,13 @@ int FindStep(TCliContext& ctx, const TWrenProject& project, const std::string& r
   return -1;
 }
 
-/// Turns the text into the property's value; on failure the message says what is allowed.
-bool ValueFromText(const TPublishedProperty& prop, const std::string& text, TPropertyValue& value,
-                   std::string& message) {
-  switch (prop.kind) {
-    case TPropertyKind::pkString:
-      value = text;
-      return true;
-    case TPropertyKind::pkBoolean:
-      if (text == "true" || text == "false") {
-        value = text == "true";
-        return true;
-      }
-      message = "'" + text + "' is not a boolean (true or false)";
-      return false;
-    case TPropertyKind::pkInteger: {
-      int number = 0;
-      if (ParseNumber(text, number)) {
-        value = static_cast<int32_t>(number);
-        return true;
-      }
-      message = "'" + text + "' is not a decimal integer";
-      return false;
-    }
-    case TPropertyKind::pkEnumeration:
-      for (size_t i = 0; i < prop.enumNames.size(); ++i)
-        if (SameText(prop.enumNames[i], text)) {
-          value = static_cast<int32_t>(i);
-          return true;
-        }
-      message = "'" + text + "' is not one of " + JoinNames(prop.enumNames) +
-                WithSuggestion(DidYouMean(text, prop.enumNames));
-      return false;
-    case TPropertyKind::pkStringList: {
-      TStrings lines;
-      size_t start = 0;
-      while (start <= text.size()) {
-        const size_t nl = text.find('\n', start);
-        lines.push_back(text.substr(start, nl == std::string::npos ? nl : nl - start));
-        if (nl == std::string::npos) break;
-        start = nl + 1;
-      }
-      value = lines;
-      return true;
-    }
-  }
-  return false;
-}
-
 /// Sets PROP of the step's action, or the step's description or enabled flag.
 bool SetStepValue(TCliContext& ctx, TWrenProjectStep& step, const std::string& name,
                   const std::string& text, bool appendToList) {
-  TCustomWrenAction& action = *step.action;
-  if (name == "description") {
-    action.SetDescription(text);
-    return true;
-  }
-  if (name == "enabled") {
-    if (text != "true" && text != "false") {
-      *ctx.err << "marrowby: enabled is true or false, not '" << text << "'\n";
-      return false;
-    }
-    step.enabled = text == "true";
-    return true;
-  }
-  const TPropertyTable& table = action.GetPublishedProperties();
-  const TPublishedProperty* prop = FindProperty(table, name);
-  if (!prop) {
-    const std::vector<std::string> names = PropertyNames(table);
-    *ctx.err << "marrowby: " << action.ClassName() << " has no property '" << name << "'"
-             << WithSuggestion(DidYouMean(name, names)) << "\n"
-             << "  properties of " << action.ClassName() << ": " << JoinNames(names) << "\n";
-    return false;
-  }
-  TPropertyValue value;
-  std::string message;
-  if (!ValueFromText(*prop, text, value, message)) {
-    *ctx.err << "marrowby: " << action.ClassName() << "." << prop->name << ": " << message << "\n";
-    return false;
-  }
-  if (appendToList && prop->kind == TPropertyKind::pkStringList) {
-    TStrings lines = std::get<TStrings>(prop->get(action));
-    const TStrings& more = std::get<TStrings>(value);
-    lines.insert(lines.end(), more.begin(), more.end());
-    value = lines;
-  }
-  prop->set(action, value);
-  return true;
+  std::string error;
+  if (wren::SetStepValue(step, name, text, appendToList, error)) return true;
+  *ctx.err << "marrowby: " << error << "\n";
+  return false;
 }
 
 }  // namespace

@@ -42,6 +42,10 @@ int CmdRemove(TCliContext& ctx, const std::string& file, const std::string& step
 int CmdMove(TCliContext& ctx, const std::string& file, const std::string& step,
             const std::string& position);
 
+/// `marrowby edit PROJECT [--port N] [--no-browser]`: serves the property editor on 127.0.0.1
+/// until SIGINT or SIGTERM. Runs after the package is registered with its pages.
+int CmdEditor(TCliContext& ctx, const std::string& projectFile, int port, bool noBrowser);
+
 /// `marrowby completion bash|zsh`: prints the shell's completion script.
 int CmdCompletion(TCliContext& ctx, const std::string& shell);
 

@@ -635,6 +635,14 @@ int main(int argc, char** argv) {
   move->add_option("step", stepRef, "step number (from 1) or description")->required();
   move->add_option("position", position, "its new number (from 1)")->required();
 
+  int editPort = 0;
+  bool noBrowser = false;
+  auto* edit = app.add_subcommand("edit", "edit a build project in the browser");
+  edit->add_option("project", editFile, "the .mbproj file (made on first save)")->required();
+  edit->add_option("--port", editPort, "port on 127.0.0.1 (default: any free one)")
+      ->check(CLI::Range(0, 65535));
+  edit->add_flag("--no-browser", noBrowser, "print the address, do not open a browser");
+
   std::string shell, helpTopic;
   auto* completion = app.add_subcommand("completion", "print the bash or zsh completion script");
   completion->add_option("shell", shell, "bash or zsh")->required();
@@ -696,7 +704,9 @@ int main(int argc, char** argv) {
     return kExitUsage;
   }
   TWrenModule module;
-  if (!PrepareHost(ctx, module, modulePath, describe->parsed())) return kExitUsage;
+  // The editor and describe need the pages, which only design time registers.
+  if (!PrepareHost(ctx, module, modulePath, describe->parsed() || edit->parsed()))
+    return kExitUsage;
 
   int code = kExitUsage;
   if (run->parsed())
@@ -715,5 +725,6 @@ int main(int argc, char** argv) {
   if (set->parsed()) code = CmdSet(ctx, editFile, stepRef, propName, propValue);
   if (remove->parsed()) code = CmdRemove(ctx, editFile, stepRef);
   if (move->parsed()) code = CmdMove(ctx, editFile, stepRef, position);
+  if (edit->parsed()) code = CmdEditor(ctx, editFile, editPort, noBrowser);
   return code;
 }

@@ -7,7 +7,7 @@ set -euo pipefail
 packages=(
   build-essential cmake ninja-build pkg-config
   libgtest-dev libgmock-dev libbenchmark-dev
-  libpugixml-dev liblua5.4-dev libcli11-dev nlohmann-json3-dev
+  libpugixml-dev liblua5.4-dev libcli11-dev nlohmann-json3-dev libcpp-httplib-dev
   mono-devel mono-xbuild nunit-console
   clang libclang-rt-14-dev
   libxml2-utils
