@@ -7,7 +7,7 @@ import http from 'node:http';
 import path from 'node:path';
 import { before, test } from 'node:test';
 
-import { Machine, openEditor, readProject, requireTools, screenshot, sourceDir, withEvent } from './harness.mjs';
+import { Machine, openEditor, readProject, requireTools, screenshot, sourceDir, settled } from './harness.mjs';
 
 let chromium;
 before(async () => {
@@ -49,7 +49,7 @@ test('a GAC install step with a reference count is saved with exactly the proper
   for (const field of fields) assert.equal(await field.isDisabled(), true);
 
   const box = page.getByLabel('Add reference count');
-  await withEvent(page, () => box.click());
+  await settled(page, () => box.click());
   assert.equal(await box.isChecked(), true);
   for (const field of fields) assert.equal(await field.isEnabled(), true);
 
@@ -62,7 +62,8 @@ test('a GAC install step with a reference count is saved with exactly the proper
   await fields[0].fill('UNINSTALL_KEY');
   await fields[1].fill('Core');
   await fields[2].fill('Installed by "the build"');
-  await withEvent(page, () => fields[2].press('Tab'));
+  await settled(page, () => fields[2].press('Tab'));
+  assert.deepEqual(await Promise.all(fields.map((f) => f.inputValue())), ['UNINSTALL_KEY', 'Core', 'Installed by "the build"']);
   await screenshot(page, 'gac-install-page');
   await save(page);
 
@@ -79,7 +80,7 @@ test('a GAC install step with a reference count is saved with exactly the proper
   });
 
   // Unchecking the box disables the fields again; the texts stay on the page.
-  await withEvent(page, () => box.click());
+  await settled(page, () => box.click());
   for (const field of fields) assert.equal(await field.isDisabled(), true);
   assert.equal(await fields[1].inputValue(), 'Core');
 });
@@ -98,10 +99,10 @@ test('a C# compiler step keeps its tab until the main page is complete, and save
 
   await page.getByLabel('Project Directory:').fill('%ProjectDir%');
   await page.getByLabel('File(s) to compile:').fill('src/*.cs');
-  await withEvent(page, () => page.getByLabel('File(s) to compile:').press('Tab'));
+  await settled(page, () => page.getByLabel('File(s) to compile:').press('Tab'));
   await page.getByRole('tab', { name: 'Options' }).click();
   await page.getByRole('tab', { name: 'Options', selected: true }).waitFor();
-  await withEvent(page, () => page.getByLabel('Optimize code').click());
+  await settled(page, () => page.getByLabel('Optimize code').click());
   assert.equal(await page.getByLabel('Optimize code').isChecked(), true);
   await screenshot(page, 'compiler-options-page');
   await save(page);
@@ -123,7 +124,7 @@ test('Tools > Options shows the .NET options page and OK stores the options', as
   const entries = await versions.locator('option').allTextContents();
   assert.ok(entries.length > 0 && entries.every((v) => /^v\d+\.\d+$/.test(v)), `versions: ${entries}`);
   const chosen = entries[entries.length - 1];
-  await withEvent(page, () => versions.selectOption({ label: chosen }));
+  await settled(page, () => versions.selectOption({ label: chosen }));
   await screenshot(page, 'tools-options');
   const saved = page.waitForResponse((r) => /\/api\/options\/\d+\/apply$/.test(r.url()));
   await dialog.getByRole('button', { name: 'OK' }).click();

@@ -109,6 +109,8 @@ export class Machine {
     });
     this.browsers.push(context);
     const page = context.pages()[0] || (await context.newPage());
+    // A script error of the page shows in the test's output next to the failure it causes.
+    page.on('pageerror', (e) => console.error(`page error: ${e.message}`));
     return { context, page };
   }
 
@@ -131,13 +133,10 @@ export async function openEditor(page, editor) {
   await page.locator('body[data-ready="true"]').waitFor();
 }
 
-/// Runs action and waits for the page's answer from the server to the event it sends.
-export async function withEvent(page, action) {
-  const answered = page.waitForResponse((r) => /\/api\/(steps|options)\/\d+\/pages\/\d+\/event$/.test(r.url()));
+/// Runs action, then waits until the page has sent every event it caused and drawn the answers.
+export async function settled(page, action = async () => {}) {
   await action();
-  const response = await answered;
-  await page.evaluate(() => new Promise((resolve) => requestAnimationFrame(() => resolve())));
-  return response;
+  await page.locator('body:not([data-busy])').waitFor({ state: 'attached' });
 }
 
 /// The project file as a list of actions, each {className, enabled, description, properties}.

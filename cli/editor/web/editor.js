@@ -55,9 +55,16 @@ async function api(method, path, body) {
 
 // Every user action runs in turn: an edit's change (sent when it loses focus) must reach the
 // server before the click that took the focus away acts on the page.
+// The body carries data-busy while any action is under way, so a test can wait for the page to settle.
 let queue = Promise.resolve();
+let busy = 0;
 function act(work) {
-  const run = queue.then(work).catch(showError);
+  busy += 1;
+  document.body.dataset.busy = 'true';
+  const run = queue.then(work).catch(showError).finally(() => {
+    busy -= 1;
+    if (busy === 0) delete document.body.dataset.busy;
+  });
   queue = run.then(() => {}, () => {});
   return run;
 }
@@ -278,6 +285,8 @@ class PageView {
     this.onChanged = onChanged;
     this.nodes = new Map(); // control name → {control, root, input}
     this.signature = '';
+    // Controls whose own event is still on its way: an earlier answer must not undo their new value.
+    this.pending = new Map(); // control name → number of unanswered events
   }
 
   id(name) {
@@ -419,7 +428,7 @@ class PageView {
     node.control = control;
     node.root.hidden = control.visible === false;
     const enabled = control.enabled !== false;
-    const focused = document.activeElement === node.input;
+    const focused = document.activeElement === node.input || this.pending.has(control.name);
     switch (control.kind) {
       case 'label':
         node.input.textContent = control.caption || '';
@@ -433,7 +442,7 @@ class PageView {
       case 'radio':
         node.text.textContent = control.caption || '';
         node.input.disabled = !enabled;
-        node.input.checked = !!control.checked;
+        if (!this.pending.has(control.name)) node.input.checked = !!control.checked;
         node.root.classList.toggle('disabled', !enabled);
         break;
       case 'combo': {
@@ -442,7 +451,7 @@ class PageView {
         if (current.join('\n') !== items.join('\n') || current.length !== items.length) {
           node.input.replaceChildren(...items.map((t, i) => el('option', { value: String(i) }, t)));
         }
-        node.input.selectedIndex = typeof control.itemIndex === 'number' ? control.itemIndex : -1;
+        if (!focused) node.input.selectedIndex = typeof control.itemIndex === 'number' ? control.itemIndex : -1;
         node.input.disabled = !enabled;
         break;
       }
@@ -505,6 +514,12 @@ class PageView {
       lines: event.lines || (control && control.lines) || [],
       rows: event.rows || (control && control.rows) || [],
     };
+    this.pending.set(name, (this.pending.get(name) || 0) + 1);
+    const answered = () => {
+      const left = this.pending.get(name) - 1;
+      if (left > 0) this.pending.set(name, left);
+      else this.pending.delete(name);
+    };
     return act(async () => {
       let answer;
       try {
@@ -515,9 +530,11 @@ class PageView {
         }
       } catch (e) {
         // A refused event leaves the page as the server has it.
+        answered();
         if (control) this.update(control);
         throw e;
       }
+      answered();
       if (answer.controls) this.render(answer.controls);
       if (this.onChanged) this.onChanged(answer);
     });
