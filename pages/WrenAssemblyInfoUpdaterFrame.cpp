@@ -2,6 +2,7 @@
 
 #include "assemblyinfo/WrenAssemblyInfoUpdaterAction.h"
 #include "WrenUtils.h"
+#include "pages/WrenPageGrid.h"
 
 namespace wren {
 
@@ -62,6 +63,19 @@ void TAssemblyInfoUpdaterEntriesFrame::AddRow() { Grid.rows.emplace_back(); }
 void TAssemblyInfoUpdaterEntriesFrame::RemoveRow(int index) {
   if (index >= 0 && index < static_cast<int>(Grid.rows.size()))
     Grid.rows.erase(Grid.rows.begin() + index);
+}
+
+void TAssemblyInfoUpdaterFrame::ListControls(TWrenPageControls& controls) {
+  controls.Memo("Files", Files);
+  controls.CheckBox("BackupFiles", BackupFiles);
+  controls.CheckBox("Recurse", Recurse);
+  controls.CheckBox("UpdateOnly", UpdateOnly);
+}
+
+void TAssemblyInfoUpdaterEntriesFrame::ListControls(TWrenPageControls& controls) {
+  NameValueGrid(controls, "Grid", PageName(), Grid.titles, Grid.rows);
+  controls.Label("Hint", Hint);
+  controls.Button("AddButton", AddButton.caption, [this] { AddRow(); }, AddButton.enabled);
 }
 
 std::vector<TWrenPagePropertyInfo> TAssemblyInfoUpdaterFrame::PropertyInfo() const {

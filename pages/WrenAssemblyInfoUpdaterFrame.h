@@ -18,6 +18,7 @@ class TAssemblyInfoUpdaterFrame : public TFrame {
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
+  void ListControls(TWrenPageControls& controls) override;
 
   TMemoModel Files;
   TCheckBoxModel BackupFiles;
@@ -47,6 +48,8 @@ class TAssemblyInfoUpdaterEntriesFrame : public TFrame {
   /// Rows without a name (a new row never filled in) are not stored.
   void WriteActionData(TWrenAction& action) override;
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
+  /// The grid (rows edited, added or removed by a change), the hint and the add button.
+  void ListControls(TWrenPageControls& controls) override;
 
   /// The "&Add" button and Shift+Insert: a new empty row at the end.
   void AddRow();

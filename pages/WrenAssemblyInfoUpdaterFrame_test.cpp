@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "assemblyinfo/WrenAssemblyInfoUpdaterAction.h"
+#include "pages/WrenPageTesting.h"
 
 namespace wren {
 namespace {
@@ -60,6 +61,53 @@ TEST(AssemblyInfoUpdaterFrame, AttributesGridEditsNameValueLines) {
   page.WriteActionData(action);
   EXPECT_EQ(action.Attributes, (TStrings{"AssemblyVersion=\"1.0.%BUILD%\"", "Formula=a=b",
                                          "AssemblyCompany='Acme'"}));
+}
+
+TEST(AssemblyInfoUpdaterFrame, BothPagesAreDrivenThroughTheirControls) {
+  using namespace pagetest;
+  TAssemblyInfoUpdaterFrame options;
+  EXPECT_EQ(Layout(options), (std::vector<std::string>{"Files:memo", "BackupFiles:checkbox",
+                                                       "Recurse:checkbox",
+                                                       "UpdateOnly:checkbox"}));
+  EXPECT_EQ(Control(options, "Recurse").caption, "Recurse Subdirectories");
+  TWrenPageEvent files;
+  files.control = "Files";
+  files.lines = {"src/*.cs", "lib/AssemblyInfo.vb"};
+  Send(options, files);
+  Click(options, "Recurse", true);
+  Click(options, "UpdateOnly", true);
+  TWrenAssemblyInfoUpdaterAction action;
+  options.WriteActionData(action);
+  EXPECT_EQ(action.Selection, files.lines);
+  EXPECT_TRUE(action.Recurse);
+  EXPECT_TRUE(action.UpdateOnly);
+
+  action.Attributes = {"AssemblyVersion=1.2.3.4", "AssemblyTitle=Core"};
+  TAssemblyInfoUpdaterEntriesFrame entries;
+  entries.ReadActionData(action);
+  EXPECT_EQ(Layout(entries),
+            (std::vector<std::string>{"Grid:grid", "Hint:label", "AddButton:button"}));
+  const TWrenPageControl grid = Control(entries, "Grid");
+  EXPECT_EQ(grid.items, (std::vector<std::string>{"Attribute", "Value"}));
+  EXPECT_EQ(grid.rows, (std::vector<std::vector<std::string>>{{"AssemblyVersion", "1.2.3.4"},
+                                                              {"AssemblyTitle", "Core"}}));
+  EXPECT_EQ(Control(entries, "AddButton").caption, "&Add");
+
+  Click(entries, "AddButton");
+  EXPECT_EQ(Control(entries, "Grid").rows.back(), (std::vector<std::string>{"", ""}));
+
+  // One change carries the whole grid: the title row removed, the new row filled in, a short
+  // row padded and a surplus cell dropped.
+  TWrenPageEvent edit;
+  edit.control = "Grid";
+  edit.rows = {{"AssemblyVersion", "2.0.0.0", "extra"}, {"AssemblyCompany"}, {"", ""}};
+  Send(entries, edit);
+  EXPECT_EQ(Control(entries, "Grid").rows,
+            (std::vector<std::vector<std::string>>{
+                {"AssemblyVersion", "2.0.0.0"}, {"AssemblyCompany", ""}, {"", ""}}));
+  entries.WriteActionData(action);
+  EXPECT_EQ(action.Attributes,
+            (std::vector<std::string>{"AssemblyVersion=2.0.0.0", "AssemblyCompany="}));
 }
 
 }  // namespace

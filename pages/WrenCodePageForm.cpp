@@ -136,6 +136,21 @@ bool TCodePageForm::OKClick(std::string& message) {
   return true;
 }
 
+bool TCodePageForm::ShowModal() {
+  modalResult = TModalResult::mrNone;
+  int index = lbCodePages.itemIndex;
+  if (WrenDesignApplicationServices().ChooseFromList(caption, lblCodePages.caption,
+                                                      lbCodePages.items, index)) {
+    // A chooser that answers outside the list leaves nothing selected, so OK refuses it.
+    lbCodePages.itemIndex =
+        index >= 0 && index < static_cast<int>(lbCodePages.items.size()) ? index : -1;
+    std::string message;
+    if (OKClick(message)) return true;
+  }
+  CancelClick();
+  return false;
+}
+
 int TCodePageForm::GetCodePage() const {
   const std::string item = lbCodePages.Selected();
   const std::string number = item.substr(0, item.find(' '));

@@ -30,6 +30,10 @@ class TCodePageForm {
   /// open (false); with one closes it as accepted.
   bool OKClick(std::string& message);
   void CancelClick() { modalResult = TModalResult::mrCancel; }
+  /// Shows the list (filled when the form was made) through the host's list chooser, starting
+  /// at the current selection. On acceptance selects the chosen item and runs OKClick; true when
+  /// the form closed as accepted (modalResult mrOk), false with mrCancel otherwise.
+  bool ShowModal();
   /// The number in front of the selected item's first blank; 0 when nothing is selected.
   int GetCodePage() const;
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "WrenUtils.h"
+#include "pages/WrenPageTesting.h"
 
 namespace wren {
 namespace {
@@ -59,6 +60,42 @@ TEST(WrenCodePageForm, EnumerationFailureIsShown) {
   });
   EXPECT_EQ(form.errorMessage, "Unable to retrieve code pages : Access is denied.");
   EXPECT_TRUE(form.lbCodePages.items.empty());
+}
+
+TEST(WrenCodePageForm, ShowModalAsksTheChooserAndAcceptsOnlyAnItemOfTheList) {
+  const TCodePageEnumerator two = [](std::vector<int>& pages, std::string&) {
+    pages = {437, 65001};
+    return true;
+  };
+  struct TCase {
+    const char* name;
+    int answer;  // -1: the user cancelled
+    bool accepted;
+    int codePage;
+  };
+  for (const TCase& c : std::vector<TCase>{{"second item", 1, true, 65001},
+                                           {"cancelled", -1, false, 0},
+                                           {"answer beyond the list", 2, false, 0}}) {
+    SCOPED_TRACE(c.name);
+    pagetest::TAnsweringDialogs dialogs;
+    dialogs.choice = c.answer;
+    TCodePageForm form(two);
+    EXPECT_EQ(form.ShowModal(), c.accepted);
+    EXPECT_EQ(dialogs.title, "Choose a Code page");
+    EXPECT_EQ(dialogs.caption, "Available Code Pages");
+    EXPECT_EQ(dialogs.items, form.lbCodePages.items);
+    EXPECT_EQ(dialogs.offered, -1);
+    EXPECT_EQ(form.modalResult, c.accepted ? TCodePageForm::TModalResult::mrOk
+                                           : TCodePageForm::TModalResult::mrCancel);
+    EXPECT_EQ(form.GetCodePage(), c.codePage);
+  }
+
+  // The chooser starts at the item already selected.
+  pagetest::TAnsweringDialogs dialogs;
+  TCodePageForm form(two);
+  form.lbCodePages.itemIndex = 1;
+  EXPECT_FALSE(form.ShowModal());
+  EXPECT_EQ(dialogs.offered, 1);
 }
 
 }  // namespace

@@ -54,6 +54,10 @@ void TDotNetToolBaseFrame::WriteActionData(TWrenAction& action) {
 
 void TDotNetToolBaseFrame::ListControls(TWrenPageControls& controls) {
   controls.Label("lblHeading", lblHeading);
+  ListVersionPanel(controls);
+}
+
+void TDotNetToolBaseFrame::ListVersionPanel(TWrenPageControls& controls) {
   controls.BeginPanel("pnlVersion", pnlVersion);
   controls.Label("lblVersion", lblVersion);
   controls.RadioButton("rbDefaultVersion", "version", rbDefaultVersion);

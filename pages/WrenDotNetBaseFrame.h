@@ -31,6 +31,10 @@ class TDotNetToolBaseFrame : public TFrame {
   TRadioButtonModel rbUseVersion{"Use"};
   TComboBoxModel cbVersion;
 
+ protected:
+  /// The version panel alone, for pages that show it below their own controls.
+  void ListVersionPanel(TWrenPageControls& controls);
+
  private:
   bool versionInUse_ = false;
 };

@@ -6,6 +6,7 @@
 
 #include "dotnet/WrenDotNetTestFixtures.h"
 #include "pages/WrenDotNetOptionsFrame.h"
+#include "pages/WrenPageTesting.h"
 
 namespace wren {
 namespace {
@@ -139,6 +140,20 @@ TEST_F(DotNetPagesTest, OptionsPageKeepsAnUninstalledDefaultUntilSaved) {
   page.WriteOptions(*options);
   EXPECT_EQ(options->GetDefaultSDKVersion(), "v1.1");
   EXPECT_TRUE(options->IsModified());
+}
+
+TEST_F(DotNetPagesTest, OptionsPageControlsPickTheVersionThatIsSaved) {
+  TDotNetOptionsFrame page;
+  page.ReadOptions(*options);
+  EXPECT_EQ(pagetest::Layout(page),
+            (std::vector<std::string>{"lblHeading:label", "cbSDKVersion:combo"}));
+  EXPECT_EQ(pagetest::Control(page, "lblHeading").caption, "Default .NET SDK Version");
+  const TWrenPageControl combo = pagetest::Control(page, "cbSDKVersion");
+  EXPECT_EQ(combo.items, (std::vector<std::string>{"v1.1", "v2.0"}));
+  EXPECT_EQ(combo.itemIndex, 0);
+  pagetest::Pick(page, "cbSDKVersion", 1);
+  page.WriteOptions(*options);
+  EXPECT_EQ(options->GetDefaultSDKVersion(), "v2.0");
 }
 
 TEST(DotNetOptionsFrame, NothingInstalledGivesAnEmptyList) {

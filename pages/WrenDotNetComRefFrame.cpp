@@ -33,6 +33,15 @@ bool TDotNetComRefFrame::CheckPage(std::string& message) {
 
 bool TDotNetComRefFrame::BrowseProjectFile() { return GetFile(edProjectFile, kProjectFilter); }
 
+void TDotNetComRefFrame::ListControls(TWrenPageControls& controls) {
+  controls.Edit("edProjectFile", edProjectFile);
+  controls.Button("btnProjectFile", "...", [this] { BrowseProjectFile(); });
+  controls.Edit("edReferenceName", edReferenceName);
+  controls.Label("lblReferenceNameHint", lblReferenceNameHint);
+  controls.Edit("edProgID", edProgID);
+  controls.Label("lblProgIDHint", lblProgIDHint);
+}
+
 std::vector<TWrenPagePropertyInfo> TDotNetComRefFrame::PropertyInfo() const {
   return {{"ProjectFile", edProjectFile.caption, "", "", true},
           {"ReferenceName", edReferenceName.caption, lblReferenceNameHint.caption},

@@ -21,6 +21,7 @@ class TDotNetComRefFrame : public TFrame {
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
+  void ListControls(TWrenPageControls& controls) override;
   bool CheckPage(std::string& message) override;
   /// The file dialog for the project file; false (unchanged) when cancelled.
   bool BrowseProjectFile();

@@ -34,6 +34,12 @@ bool TFreeCommandLineFrame::BrowseWorkingFolder() {
   return true;
 }
 
+void TFreeCommandLineFrame::ListControls(TWrenPageControls& controls) {
+  controls.Edit("edOptions", edOptions);
+  controls.Edit("edWorkingFolder", edWorkingFolder);
+  controls.Button("btnWorkingFolder", "...", [this] { BrowseWorkingFolder(); });
+}
+
 std::vector<TWrenPagePropertyInfo> TFreeCommandLineFrame::PropertyInfo() const {
   return {{"Options", edOptions.caption},
           {"StartDir", edWorkingFolder.caption, "", "", true}};

@@ -14,6 +14,7 @@ class TFreeCommandLineFrame : public TFrame {
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
+  void ListControls(TWrenPageControls& controls) override;
   /// The folder dialog "Select the working folder", starting from the expanded folder; true with
   /// the edit set when a folder was chosen.
   bool BrowseWorkingFolder();

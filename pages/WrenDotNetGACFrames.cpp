@@ -165,6 +165,24 @@ void TGACUninstallFrame::WriteActionData(TWrenAction& action) {
   WriteReference(*gac, edScheme, edID, edDescription);
 }
 
+void TGACUninstallFrame::ListControls(TWrenPageControls& controls) {
+  TDotNetToolBaseFrame::ListControls(controls);
+  controls.RadioButton("rbAssemblyName", "source", rbAssemblyName);
+  controls.Edit("edAssemblyName", edAssemblyName);
+  controls.RadioButton("rbAssemblyPath", "source", rbAssemblyPath);
+  controls.Edit("edAssemblyPath", edAssemblyPath);
+  controls.Button("btnAssemblyPath", "...", [this] { BrowseAssemblyPath(); });
+  controls.RadioButton("rbAssemblyListFile", "source", rbAssemblyListFile);
+  controls.Edit("edAssemblyListFile", edAssemblyListFile);
+  controls.Button("btnAssemblyListFile", "...", [this] { BrowseListFile(); });
+  controls.CheckBox("cbForce", cbForce);
+  controls.CheckBox("cbReferenceCount", cbReferenceCount,
+                    [this] { SetReferenceCount(cbReferenceCount.checked); });
+  controls.Edit("edScheme", edScheme);
+  controls.Edit("edID", edID);
+  controls.Edit("edDescription", edDescription);
+}
+
 bool TGACUninstallFrame::CheckPage(std::string& message) {
   if (rbAssemblyName.checked && edAssemblyName.text.empty()) {
     message = "Assembly Name is required.";
@@ -207,6 +225,12 @@ void TGACListFrame::WriteActionData(TWrenAction& action) {
   auto* gac = dynamic_cast<TGACListAction*>(&action);
   if (!gac) return;
   gac->DeleteDownloadCache = rbDeleteCache.checked;
+}
+
+void TGACListFrame::ListControls(TWrenPageControls& controls) {
+  TDotNetToolBaseFrame::ListControls(controls);
+  controls.RadioButton("rbListCache", "cache", rbListCache);
+  controls.RadioButton("rbDeleteCache", "cache", rbDeleteCache);
 }
 
 std::vector<TWrenPagePropertyInfo> TGACInstallFrame::PropertyInfo() const {

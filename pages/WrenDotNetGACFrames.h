@@ -58,6 +58,7 @@ class TGACUninstallFrame : public TDotNetToolBaseFrame {
   void WriteActionData(TWrenAction& action) override;
   bool CheckPage(std::string& message) override;
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
+  void ListControls(TWrenPageControls& controls) override;
 
   void SetReferenceCount(bool checked);
   bool BrowseAssemblyPath() { return GetFile(edAssemblyPath, kAssemblyFilter); }
@@ -86,6 +87,7 @@ class TGACListFrame : public TDotNetToolBaseFrame {
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
+  void ListControls(TWrenPageControls& controls) override;
 
   TRadioButtonModel rbListCache;
   TRadioButtonModel rbDeleteCache;

@@ -4,6 +4,7 @@
 
 #include <functional>
 
+#include "pages/WrenPageTesting.h"
 #include "sdktools/WrenDotNetGACAction.h"
 
 namespace wren {
@@ -227,6 +228,82 @@ TEST(GACFrames, InstallPageControlsFollowTheReferenceBoxAndTheBrowseButtons) {
   ASSERT_TRUE(DispatchPageEvent(page, click, error)) << error;
   EXPECT_FALSE(state("rbAssemblyPath").checked);
   EXPECT_TRUE(state("rbAssemblyListFile").checked);
+}
+
+TEST(GACFrames, UninstallAndCachePagesAreDrivenThroughTheirControls) {
+  using namespace pagetest;
+  const std::vector<std::string> version = {"lblHeading:label", "pnlVersion:panel",
+                                            "lblVersion:label", "rbDefaultVersion:radio",
+                                            "rbUseVersion:radio", "cbVersion:combo"};
+  auto withVersion = [&version](std::vector<std::string> own) {
+    own.insert(own.begin(), version.begin(), version.end());
+    return own;
+  };
+
+  TGACUninstallFrame page;
+  EXPECT_EQ(Layout(page),
+            withVersion({"rbAssemblyName:radio", "edAssemblyName:edit", "rbAssemblyPath:radio",
+                         "edAssemblyPath:edit", "btnAssemblyPath:button",
+                         "rbAssemblyListFile:radio", "edAssemblyListFile:edit",
+                         "btnAssemblyListFile:button", "cbForce:checkbox",
+                         "cbReferenceCount:checkbox", "edScheme:edit", "edID:edit",
+                         "edDescription:edit"}));
+  EXPECT_EQ(Control(page, "lblHeading").caption, "Assembly to uninstall");
+  for (const auto& [name, caption] : std::vector<std::pair<std::string, std::string>>{
+           {"rbAssemblyName", "Assembly Name"},
+           {"rbAssemblyPath", "Assembly Path"},
+           {"rbAssemblyListFile", "Assembly ListFile"},
+           {"cbForce", "Force Un-install (removes all references to the assembly)"},
+           {"cbReferenceCount", "Uninstall reference to assembly"},
+           {"edScheme", "Scheme :"},
+           {"edID", "ID :"},
+           {"edDescription", "Description :"}})
+    EXPECT_EQ(Control(page, name).caption, caption) << name;
+  EXPECT_TRUE(Control(page, "rbAssemblyName").checked);
+
+  // The reference fields take nothing until the box is checked, and stop again when cleared.
+  EXPECT_TRUE(Refused(page, "edScheme", TWrenPageEventKind::Change));
+  Click(page, "cbReferenceCount", true);
+  Type(page, "edScheme", "UNINSTALL_KEY");
+  Type(page, "edID", "MyApp");
+  Type(page, "edDescription", "My App");
+  Click(page, "cbReferenceCount", false);
+  EXPECT_FALSE(Control(page, "edID").enabled);
+  Click(page, "cbReferenceCount", true);
+
+  TAnsweringDialogs dialogs;
+  dialogs.file = "/tmp/Core.dll";
+  Click(page, "btnAssemblyPath");
+  EXPECT_EQ(dialogs.filter, "Assembly Files (*.dll)|*.dll|All Files (*.*)|*.*");
+  dialogs.file = "/tmp/list.txt";
+  Click(page, "btnAssemblyListFile");
+  EXPECT_EQ(dialogs.filter, "Text Files (*.txt)|*.txt|All Files (*.*)|*.*");
+  Click(page, "rbAssemblyPath");
+  EXPECT_FALSE(Control(page, "rbAssemblyName").checked);
+  Click(page, "cbForce", true);
+
+  TGACUninstallAction written;
+  page.WriteActionData(written);
+  EXPECT_TRUE(written.UseAssemblyPath);
+  EXPECT_FALSE(written.UseListFile);
+  EXPECT_EQ(written.AssemblyPath, "/tmp/Core.dll");
+  EXPECT_EQ(written.AssemblyListFile, "/tmp/list.txt");
+  EXPECT_TRUE(written.Force);
+  EXPECT_TRUE(written.ReferenceCount);
+  EXPECT_EQ(written.RefScheme, "UNINSTALL_KEY");
+  EXPECT_EQ(written.RefID, "MyApp");
+  EXPECT_EQ(written.RefDescription, "My App");
+
+  TGACListFrame cache;
+  EXPECT_EQ(Layout(cache), withVersion({"rbListCache:radio", "rbDeleteCache:radio"}));
+  EXPECT_EQ(Control(cache, "rbListCache").caption,
+            "Lists the contents of the downloaded files cache");
+  EXPECT_EQ(Control(cache, "rbDeleteCache").caption, "Deletes the contents of the download cache");
+  Click(cache, "rbDeleteCache");
+  EXPECT_FALSE(Control(cache, "rbListCache").checked);
+  TGACListAction cacheAction;
+  cache.WriteActionData(cacheAction);
+  EXPECT_TRUE(cacheAction.DeleteDownloadCache);
 }
 
 }  // namespace

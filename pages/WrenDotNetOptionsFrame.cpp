@@ -15,4 +15,9 @@ void TDotNetOptionsFrame::WriteOptions(TWrenOptionsObject& options) {
     dotNet->SetDefaultSDKVersion(cbSDKVersion.Selected());
 }
 
+void TDotNetOptionsFrame::ListControls(TWrenPageControls& controls) {
+  controls.Label("lblHeading", lblHeading);
+  controls.ComboBox("cbSDKVersion", cbSDKVersion);
+}
+
 }  // namespace wren

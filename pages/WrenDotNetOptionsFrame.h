@@ -15,6 +15,7 @@ class TDotNetOptionsFrame : public TWrenOptionsFrame {
   std::string GetPageName() const override { return ""; }
   void ReadOptions(TWrenOptionsObject& options) override;
   void WriteOptions(TWrenOptionsObject& options) override;
+  void ListControls(TWrenPageControls& controls) override;
 
   TLabelModel lblHeading{"Default .NET SDK Version"};
   TComboBoxModel cbSDKVersion;

@@ -58,6 +58,22 @@ void TWrenRegasmActionFrame::WriteActionData(TWrenAction& action) {
   regasm->Registered = cbRegistered.checked;
 }
 
+void TWrenRegasmActionFrame::ListControls(TWrenPageControls& controls) {
+  TDotNetToolBaseFrame::ListControls(controls);
+  controls.Edit("edAssemblyPath", edAssemblyPath);
+  controls.Button("btnAssemblyPath", "...", [this] { BrowseAssembly(); });
+  controls.ComboBox("rgMode", rgMode, [this] { UpdateMode(); });
+  controls.Edit("edRegFile", edRegFile);
+  controls.Button("btnRegFile", "...", [this] { BrowseRegFile(); }, edRegFile.enabled);
+  controls.Edit("edTlbFile", edTlbFile);
+  controls.Button("btnTlbFile", "...", [this] { BrowseTlbFile(); }, edTlbFile.enabled);
+  controls.CheckBox("cbCodebase", cbCodebase);
+  controls.CheckBox("cbNoLogo", cbNoLogo);
+  controls.CheckBox("cbSilent", cbSilent);
+  controls.CheckBox("cbVerbose", cbVerbose);
+  controls.CheckBox("cbRegistered", cbRegistered);
+}
+
 std::vector<TWrenPagePropertyInfo> TWrenRegasmActionFrame::PropertyInfo() const {
   return {{"AssemblyPath", edAssemblyPath.caption, "", "", true},
           {"RegAsmMode", rgMode.caption},

@@ -23,6 +23,7 @@ class TWrenRegasmActionFrame : public TDotNetToolBaseFrame {
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
+  void ListControls(TWrenPageControls& controls) override;
   /// The mode was changed: the reg file and type library edits follow it.
   void UpdateMode();
   bool BrowseAssembly() { return GetFile(edAssemblyPath, kAssemblyFilter); }

@@ -38,6 +38,12 @@ bool TSNGenerateKeyPairFrame::BrowseOutputFile() {
   return true;
 }
 
+void TSNGenerateKeyPairFrame::ListControls(TWrenPageControls& controls) {
+  TDotNetToolBaseFrame::ListControls(controls);
+  controls.Edit("edOutputFile", edOutputFile);
+  controls.Button("btnOutputFile", "...", [this] { BrowseOutputFile(); });
+}
+
 // --- Verify ---
 
 TSNVerifySNFrame::TSNVerifySNFrame() {
@@ -65,6 +71,14 @@ void TSNVerifySNFrame::WriteActionData(TWrenAction& action) {
   sn->FailIfValid = cbFailIfValid.checked;
 }
 
+void TSNVerifySNFrame::ListControls(TWrenPageControls& controls) {
+  TDotNetToolBaseFrame::ListControls(controls);
+  controls.Edit("edAssembly", edAssembly);
+  controls.Button("btnAssembly", "...", [this] { BrowseAssembly(); });
+  controls.CheckBox("cbForce", cbForce);
+  controls.CheckBox("cbFailIfValid", cbFailIfValid);
+}
+
 // --- Install key pair ---
 
 TSNInstallKeyPairFrame::TSNInstallKeyPairFrame() {
@@ -87,6 +101,13 @@ void TSNInstallKeyPairFrame::WriteActionData(TWrenAction& action) {
   if (!sn) return;
   sn->KeyFile = edKeyFile.text;
   sn->ContainerFile = edContainer.text;
+}
+
+void TSNInstallKeyPairFrame::ListControls(TWrenPageControls& controls) {
+  TDotNetToolBaseFrame::ListControls(controls);
+  controls.Edit("edKeyFile", edKeyFile);
+  controls.Button("btnKeyFile", "...", [this] { BrowseKeyFile(); });
+  controls.Edit("edContainer", edContainer);
 }
 
 // --- Extract public key ---
@@ -149,6 +170,30 @@ void TSNExtractKeyFrame::WriteActionData(TWrenAction& action) {
   if (rbToClipboard.checked) sn->ExtractToType = TSNExtractToType::extractToClipboard;
 }
 
+void TSNExtractKeyFrame::ListControls(TWrenPageControls& controls) {
+  TDotNetToolBaseFrame::ListControls(controls);
+  const auto update = [this] { UpdateChoices(); };
+  controls.Label("lblInput", lblInput);
+  controls.RadioButton("rbFromAssembly", "from", rbFromAssembly, update);
+  controls.Edit("edFromAssembly", edFromAssembly);
+  controls.Button("btnFromAssembly", "...", [this] { BrowseFromAssembly(); },
+                  edFromAssembly.enabled);
+  controls.RadioButton("rbFromKeyFile", "from", rbFromKeyFile, update);
+  controls.Edit("edFromKeyFile", edFromKeyFile);
+  controls.Button("btnFromKeyFile", "...", [this] { BrowseFromKeyFile(); },
+                  edFromKeyFile.enabled);
+  controls.RadioButton("rbFromContainer", "from", rbFromContainer, update);
+  controls.Edit("edFromContainer", edFromContainer);
+  controls.Label("lblOutput", lblOutput);
+  controls.RadioButton("rbToKeyFile", "to", rbToKeyFile, update);
+  controls.Edit("edToKeyFile", edToKeyFile);
+  controls.Button("btnToKeyFile", "...", [this] { BrowseToKeyFile(); }, edToKeyFile.enabled);
+  controls.RadioButton("rbToCSV", "to", rbToCSV, update);
+  controls.Edit("edToCSV", edToCSV);
+  controls.Button("btnToCSV", "...", [this] { BrowseCSV(); }, edToCSV.enabled);
+  controls.RadioButton("rbToClipboard", "to", rbToClipboard, update);
+}
+
 // --- Re-sign ---
 
 TSNResignFrame::TSNResignFrame() {
@@ -186,6 +231,19 @@ void TSNResignFrame::WriteActionData(TWrenAction& action) {
   sn->KeyFile = edKeyFile.text;
   sn->Container = edContainer.text;
   sn->UseKeyFile = rbKeyFile.checked;
+}
+
+void TSNResignFrame::ListControls(TWrenPageControls& controls) {
+  TDotNetToolBaseFrame::ListControls(controls);
+  const auto update = [this] { UpdateChoices(); };
+  controls.Edit("edAssembly", edAssembly);
+  controls.Button("btnAssembly", "...", [this] { BrowseAssembly(); });
+  controls.Label("lblKey", lblKey);
+  controls.RadioButton("rbKeyFile", "key", rbKeyFile, update);
+  controls.Edit("edKeyFile", edKeyFile);
+  controls.Button("btnKeyFile", "...", [this] { BrowseKeyFile(); }, edKeyFile.enabled);
+  controls.RadioButton("rbContainer", "key", rbContainer, update);
+  controls.Edit("edContainer", edContainer);
 }
 
 // --- Run SN.EXE ---

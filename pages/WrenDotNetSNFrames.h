@@ -22,6 +22,7 @@ class TSNGenerateKeyPairFrame : public TDotNetToolBaseFrame {
   void WriteActionData(TWrenAction& action) override;
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
   bool CheckPage(std::string& message) override;
+  void ListControls(TWrenPageControls& controls) override;
   /// Offers "keypair.snk" when the edit is still empty.
   bool BrowseOutputFile();
 
@@ -40,6 +41,7 @@ class TSNVerifySNFrame : public TDotNetToolBaseFrame {
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
+  void ListControls(TWrenPageControls& controls) override;
   bool BrowseAssembly() { return GetFile(edAssembly, kAssemblyFilter); }
 
   TEditModel edAssembly;
@@ -59,6 +61,7 @@ class TSNInstallKeyPairFrame : public TDotNetToolBaseFrame {
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
+  void ListControls(TWrenPageControls& controls) override;
   bool BrowseKeyFile() { return GetFile(edKeyFile, kKeyFileFilter); }
 
   TEditModel edKeyFile;
@@ -81,6 +84,10 @@ class TSNExtractKeyFrame : public TDotNetToolBaseFrame {
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
   /// A radio button was clicked: the edits of the chosen source and destination are enabled.
   void UpdateChoices();
+  void ListControls(TWrenPageControls& controls) override;
+  bool BrowseFromAssembly() { return GetFile(edFromAssembly, kAssemblyFilter); }
+  bool BrowseFromKeyFile() { return GetFile(edFromKeyFile, kKeyFileFilter); }
+  bool BrowseToKeyFile() { return GetFile(edToKeyFile, kKeyFileFilter); }
   bool BrowseCSV() { return GetFile(edToCSV, kCSVFilter); }
 
   TLabelModel lblInput;
@@ -111,7 +118,11 @@ class TSNResignFrame : public TDotNetToolBaseFrame {
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
+  /// A radio button was clicked: only the chosen key source's edit is enabled.
   void UpdateChoices();
+  void ListControls(TWrenPageControls& controls) override;
+  bool BrowseAssembly() { return GetFile(edAssembly, kAssemblyFilter); }
+  bool BrowseKeyFile() { return GetFile(edKeyFile, kKeyFileFilter); }
 
   TEditModel edAssembly;
   TLabelModel lblKey;

@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
+
 #include "pages/WrenDotNetALFrames.h"
 #include "pages/WrenDotNetASPdotNETIISRegFrames.h"
+#include "pages/WrenPageTesting.h"
 #include "sdktools/WrenDotNetALAction.h"
 #include "sdktools/WrenDotNetASPdotNETIISRegAction.h"
 #include "sdktools/WrenDotNetSNAction.h"
@@ -116,6 +119,153 @@ TEST(SNFrames, FreeCommandLinePagesEditOptionsAndFolder) {
   reread.ReadActionData(iis);
   EXPECT_EQ(reread.edOptions.text, "-i");
   EXPECT_EQ(reread.edWorkingFolder.text, "/work");
+}
+
+namespace pt = pagetest;
+
+TEST(SNFrames, KeyPairVerifyAndInstallPagesAreDrivenThroughTheirControls) {
+  pt::TAnsweringDialogs dialogs;
+  dialogs.file = "/keys/new.snk";
+
+  TSNGenerateKeyPairFrame generate;
+  EXPECT_EQ(pt::Layout(generate),
+            pt::WithVersionPanel({"edOutputFile:edit", "btnOutputFile:button"}));
+  pt::ExpectCaptions(generate, {{"lblHeading", "Output File"}, {"edOutputFile", "Output File"}});
+  pt::Click(generate, "btnOutputFile");
+  EXPECT_EQ(dialogs.proposed, "keypair.snk");
+  EXPECT_EQ(dialogs.filter, "Key File (*.snk)|*.snk");
+  TSNGenerateKeyPair generated;
+  generate.WriteActionData(generated);
+  EXPECT_EQ(generated.OutputFile, "/keys/new.snk");
+
+  TSNVerifySNFrame verify;
+  EXPECT_EQ(pt::Layout(verify), pt::WithVersionPanel({"edAssembly:edit", "btnAssembly:button",
+                                                      "cbForce:checkbox",
+                                                      "cbFailIfValid:checkbox"}));
+  pt::ExpectCaptions(verify, {{"edAssembly", "Assembly"},
+                              {"cbForce", "Force"},
+                              {"cbFailIfValid", "Fail if valid Strong Name"}});
+  dialogs.file = "/bin/Core.dll";
+  pt::Click(verify, "btnAssembly");
+  EXPECT_EQ(dialogs.filter, "Assembly (*.dll, *.exe)|*.dll;*.exe");
+  pt::Click(verify, "cbFailIfValid", true);
+  TSNVerifyAssembly verified;
+  verify.WriteActionData(verified);
+  EXPECT_EQ(verified.Assembly, "/bin/Core.dll");
+  EXPECT_TRUE(verified.FailIfValid);
+  EXPECT_FALSE(verified.Force);
+
+  TSNInstallKeyPairFrame install;
+  EXPECT_EQ(pt::Layout(install), pt::WithVersionPanel({"edKeyFile:edit", "btnKeyFile:button",
+                                                       "edContainer:edit"}));
+  pt::ExpectCaptions(install, {{"edKeyFile", "Key File:"}, {"edContainer", "Container:"}});
+  dialogs.file = "/keys/pair.snk";
+  pt::Click(install, "btnKeyFile");
+  pt::Type(install, "edContainer", "BuildKeys");
+  TSNInstallKeyPair installed;
+  install.WriteActionData(installed);
+  EXPECT_EQ(installed.KeyFile, "/keys/pair.snk");
+  EXPECT_EQ(installed.ContainerFile, "BuildKeys");
+}
+
+TEST(SNFrames, ExtractAndResignPagesEnableOnlyTheChosenSource) {
+  pt::TAnsweringDialogs dialogs;
+  TSNExtractKeyFrame extract;
+  EXPECT_EQ(pt::Layout(extract),
+            pt::WithVersionPanel(
+                {"lblInput:label", "rbFromAssembly:radio", "edFromAssembly:edit",
+                 "btnFromAssembly:button", "rbFromKeyFile:radio", "edFromKeyFile:edit",
+                 "btnFromKeyFile:button", "rbFromContainer:radio", "edFromContainer:edit",
+                 "lblOutput:label", "rbToKeyFile:radio", "edToKeyFile:edit",
+                 "btnToKeyFile:button", "rbToCSV:radio", "edToCSV:edit", "btnToCSV:button",
+                 "rbToClipboard:radio"}));
+  pt::ExpectCaptions(extract, {{"lblInput", "Input File"},
+                               {"rbFromAssembly", "Extract the public key from an assembly"},
+                               {"rbFromKeyFile", "Extract the public key from a key file"},
+                               {"rbFromContainer", "Extract the public key from a container"},
+                               {"lblOutput", "Output"},
+                               {"rbToKeyFile", "Output to Key File"},
+                               {"rbToCSV", "Output to CSV"},
+                               {"rbToClipboard", "Output to Clipboard as CSV"}});
+  // A new page reads from a key file into a key file.
+  EXPECT_TRUE(pt::Refused(extract, "edFromAssembly", TWrenPageEventKind::Change));
+  EXPECT_TRUE(pt::Refused(extract, "btnToCSV", TWrenPageEventKind::Click));
+
+  pt::Click(extract, "rbFromContainer");
+  pt::Click(extract, "rbToCSV");
+  EXPECT_FALSE(pt::Control(extract, "edFromKeyFile").enabled);
+  EXPECT_FALSE(pt::Control(extract, "btnFromKeyFile").enabled);
+  EXPECT_FALSE(pt::Control(extract, "edToKeyFile").enabled);
+  pt::Type(extract, "edFromContainer", "BuildKeys");
+  dialogs.file = "/out/key.csv";
+  pt::Click(extract, "btnToCSV");
+  EXPECT_EQ(dialogs.filter, "CSV Files (*.csv)|*.csv");
+  TSNExtractPublicKey extracted;
+  extract.WriteActionData(extracted);
+  EXPECT_EQ(extracted.ExtractFromType, TSNExtractFromType::extractFromContainer);
+  EXPECT_EQ(extracted.ExtractToType, TSNExtractToType::extractToCSV);
+  EXPECT_EQ(extracted.FromContainer, "BuildKeys");
+  EXPECT_EQ(extracted.ToCSV, "/out/key.csv");
+
+  TSNResignFrame resign;
+  EXPECT_EQ(pt::Layout(resign),
+            pt::WithVersionPanel({"edAssembly:edit", "btnAssembly:button", "lblKey:label",
+                                  "rbKeyFile:radio", "edKeyFile:edit", "btnKeyFile:button",
+                                  "rbContainer:radio", "edContainer:edit"}));
+  pt::ExpectCaptions(resign, {{"edAssembly", "Assembly"},
+                              {"lblKey", "Key"},
+                              {"rbKeyFile", "Key File"},
+                              {"rbContainer", "Container"}});
+  EXPECT_TRUE(pt::Refused(resign, "edContainer", TWrenPageEventKind::Change));
+  pt::Click(resign, "rbContainer");
+  EXPECT_TRUE(pt::Refused(resign, "btnKeyFile", TWrenPageEventKind::Click));
+  pt::Type(resign, "edContainer", "BuildKeys");
+  dialogs.file = "/bin/Core.dll";
+  pt::Click(resign, "btnAssembly");
+  EXPECT_EQ(dialogs.filter, "Assembly (*.dll, *.exe)|*.dll;*.exe");
+  TSNResignAssembly resigned;
+  resign.WriteActionData(resigned);
+  EXPECT_FALSE(resigned.UseKeyFile);
+  EXPECT_EQ(resigned.Container, "BuildKeys");
+  EXPECT_EQ(resigned.Assembly, "/bin/Core.dll");
+}
+
+TEST(SNFrames, FreeCommandLinePagesBrowseForTheirWorkingFolder) {
+  TSNGenericFrame sn;
+  TALGenericFrame al;
+  TASPdotNetIISInstallFrame asp;
+  struct TCase {
+    TFreeCommandLineFrame* page;
+    std::string optionsCaption;
+    std::unique_ptr<TWrenAction> action;
+  };
+  TCase cases[] = {
+      {&sn, "SN.EXE Command Line Options", std::make_unique<TSNGenericSN>()},
+      {&al, "AL.EXE command line options", std::make_unique<TALGenericAL>()},
+      {&asp, "Aspnet_regiis.exe Command Line Options", std::make_unique<TASPIISRegGeneric>()},
+  };
+  for (TCase& c : cases) {
+    SCOPED_TRACE(c.optionsCaption);
+    TFrame& page = *c.page;
+    EXPECT_EQ(pt::Layout(page), (std::vector<std::string>{"edOptions:edit", "edWorkingFolder:edit",
+                                                          "btnWorkingFolder:button"}));
+    pt::ExpectCaptions(page,
+                       {{"edOptions", c.optionsCaption}, {"edWorkingFolder", "Working Folder"}});
+    pt::TAnsweringDialogs dialogs;
+    pt::Type(page, "edOptions", "-x y");
+    pt::Click(page, "btnWorkingFolder");  // cancelled: the folder stays
+    EXPECT_EQ(dialogs.title, "Select the working folder");
+    EXPECT_EQ(pt::Control(page, "edWorkingFolder").text, "");
+    dialogs.folder = "/work/keys";
+    pt::Click(page, "btnWorkingFolder");
+    page.WriteActionData(*c.action);
+    EXPECT_EQ(std::get<std::string>(
+                  FindProperty(c.action->GetPublishedProperties(), "Options")->get(*c.action)),
+              "-x y");
+    EXPECT_EQ(std::get<std::string>(
+                  FindProperty(c.action->GetPublishedProperties(), "StartDir")->get(*c.action)),
+              "/work/keys");
+  }
 }
 
 }  // namespace

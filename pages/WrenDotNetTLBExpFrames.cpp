@@ -35,6 +35,18 @@ void TTLBExportFrame::WriteActionData(TWrenAction& action) {
   tlb->Silent = cbSilent.checked;
 }
 
+void TTLBExportFrame::ListControls(TWrenPageControls& controls) {
+  TDotNetToolBaseFrame::ListControls(controls);
+  controls.Edit("edOutputFile", edOutputFile);
+  controls.Button("btnOutputFile", "...", [this] { BrowseOutputFile(); });
+  controls.Edit("edNamesCaseFile", edNamesCaseFile);
+  controls.Button("btnNamesCaseFile", "...", [this] { BrowseNamesCaseFile(); });
+  controls.Edit("edAssembly", edAssembly);
+  controls.Button("btnAssembly", "...", [this] { BrowseAssembly(); });
+  controls.CheckBox("cbNoLogo", cbNoLogo);
+  controls.CheckBox("cbSilent", cbSilent);
+}
+
 std::vector<TWrenPagePropertyInfo> TTLBExportFrame::PropertyInfo() const {
   return {{"OutputFile", edOutputFile.caption, "", "", true},
           {"NamesCaseFile", edNamesCaseFile.caption, "", "", true},

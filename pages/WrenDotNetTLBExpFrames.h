@@ -22,6 +22,7 @@ class TTLBExportFrame : public TDotNetToolBaseFrame {
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
+  void ListControls(TWrenPageControls& controls) override;
   bool BrowseOutputFile() { return GetFile(edOutputFile, kTlbFilter); }
   bool BrowseNamesCaseFile() { return GetFile(edNamesCaseFile, kNamesFilter); }
   bool BrowseAssembly() { return GetFile(edAssembly, kAssemblyFilter); }

@@ -113,6 +113,41 @@ void TTLBImpLoggingFrame::WriteActionData(TWrenAction& action) {
   tlb->Verbose = cbVerbose.checked;
 }
 
+void TTLBImportFrame::ListControls(TWrenPageControls& controls) {
+  TDotNetToolBaseFrame::ListControls(controls);
+  controls.Edit("edAssemblyOutFile", edAssemblyOutFile);
+  controls.Button("btnAssemblyOutFile", "...", [this] { BrowseAssemblyOutFile(); });
+  controls.Edit("edTypeLibraryName", edTypeLibraryName);
+  controls.Button("btnTypeLibraryName", "...", [this] { BrowseTypeLibrary(); });
+  controls.Edit("edResourceID", edResourceID);
+  controls.Edit("edNamespace", edNamespace);
+  controls.Edit("edAsmVersion", edAsmVersion);
+  controls.CheckBox("cbTransform", cbTransform);
+  controls.CheckBox("cbAllowUnsafe", cbAllowUnsafe);
+  controls.CheckBox("cbPrimary", cbPrimary);
+  controls.CheckBox("cbSysArray", cbSysArray);
+}
+
+void TTLBImportReferencesFrame::ListControls(TWrenPageControls& controls) {
+  controls.Memo("mmReferences", mmReferences);
+  controls.CheckBox("cbStrictRef", cbStrictRef);
+}
+
+void TTLBImportSNFrame::ListControls(TWrenPageControls& controls) {
+  controls.Edit("edPublicKeyFile", edPublicKeyFile);
+  controls.Button("btnPublicKeyFile", "...", [this] { BrowsePublicKeyFile(); });
+  controls.Edit("edKeyFile", edKeyFile);
+  controls.Button("btnKeyFile", "...", [this] { BrowseKeyFile(); });
+  controls.Edit("edKeyContainer", edKeyContainer);
+  controls.CheckBox("cbDelaySign", cbDelaySign);
+}
+
+void TTLBImpLoggingFrame::ListControls(TWrenPageControls& controls) {
+  controls.CheckBox("cbNoLogo", cbNoLogo);
+  controls.CheckBox("cbSilent", cbSilent);
+  controls.CheckBox("cbVerbose", cbVerbose);
+}
+
 std::vector<TWrenPagePropertyInfo> TTLBImportFrame::PropertyInfo() const {
   return {{"AssemblyOutFile", edAssemblyOutFile.caption, "", "", true},
           {"TypeLibraryName", edTypeLibraryName.caption, "", "", true},

@@ -21,6 +21,7 @@ class TTLBImportFrame : public TDotNetToolBaseFrame {
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
+  void ListControls(TWrenPageControls& controls) override;
   bool BrowseAssemblyOutFile() { return GetFile(edAssemblyOutFile, kAssemblyFilter); }
   bool BrowseTypeLibrary() { return GetFile(edTypeLibraryName, kTypeLibraryFilter); }
 
@@ -45,6 +46,7 @@ class TTLBImportReferencesFrame : public TFrame {
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
+  void ListControls(TWrenPageControls& controls) override;
 
   TMemoModel mmReferences;
   TCheckBoxModel cbStrictRef;
@@ -62,6 +64,7 @@ class TTLBImportSNFrame : public TFrame {
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
+  void ListControls(TWrenPageControls& controls) override;
   bool BrowsePublicKeyFile() { return GetFile(edPublicKeyFile, kKeyFileFilter); }
   bool BrowseKeyFile() { return GetFile(edKeyFile, kKeyFileFilter); }
 
@@ -81,6 +84,7 @@ class TTLBImpLoggingFrame : public TFrame {
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
+  void ListControls(TWrenPageControls& controls) override;
 
   TCheckBoxModel cbNoLogo;
   TCheckBoxModel cbSilent;

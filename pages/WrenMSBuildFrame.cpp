@@ -2,6 +2,7 @@
 
 #include "WrenUtils.h"
 #include "compilers/WrenMSBuildAction.h"
+#include "pages/WrenPageGrid.h"
 
 namespace wren {
 
@@ -67,6 +68,25 @@ bool TMSBuildFrame::BrowseBuildFile() {
   return GetFile(BuildFile,
                  "MSBuild Projects (*.proj;*.csproj;*.vbproj)|*.proj;*.csproj;*.vbproj|"
                  "All Files (*.*)|*.*");
+}
+
+void TMSBuildFrame::ListControls(TWrenPageControls& controls) {
+  controls.Label("lblHeading", lblHeading);
+  controls.Label("grpProjectFile", grpProjectFile);
+  controls.Edit("BuildFile", BuildFile);
+  controls.Button("btnBuildFile", "...", [this] { BrowseBuildFile(); });
+  controls.Label("grpProperties", grpProperties);
+  NameValueGrid(controls, "Properties", grpProperties.caption, Properties.titles,
+                Properties.rows);
+  controls.Label("grpTargets", grpTargets);
+  controls.Edit("Targets", Targets);
+  controls.Label("TargetsHint", TargetsHint);
+  controls.Label("grpLogOptions", grpLogOptions);
+  controls.ComboBox("LogLevel", LogLevel);
+  controls.Label("grpOtherOptions", grpOtherOptions);
+  controls.CheckBox("NoLogo", NoLogo);
+  controls.CheckBox("Restricted", Restricted);
+  ListVersionPanel(controls);
 }
 
 std::vector<TWrenPagePropertyInfo> TMSBuildFrame::PropertyInfo() const {

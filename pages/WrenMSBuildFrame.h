@@ -28,6 +28,8 @@ class TMSBuildFrame : public TDotNetToolBaseFrame {
   void WriteActionData(TWrenAction& action) override;
   bool CheckPage(std::string& message) override;
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
+  /// Its own controls in the order of their groups, then the version panel.
+  void ListControls(TWrenPageControls& controls) override;
 
   /// The file dialog for the project file; false (unchanged) when cancelled.
   bool BrowseBuildFile();

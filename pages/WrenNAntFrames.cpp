@@ -1,6 +1,7 @@
 #include "pages/WrenNAntFrames.h"
 
 #include "WrenUtils.h"
+#include "pages/WrenPageGrid.h"
 #include "dotnet/WrenDotNetAction.h"
 #include "tools/WrenNAnt.h"
 #include "tools/WrenNAntOptions.h"
@@ -23,6 +24,7 @@ TNAntFrame::TNAntFrame() {
   cbLogLevel.items = {"Quiet", "Normal", "Verbose", "Debug"};
   cbIndentLevel.caption = "Indent Level";
   cbIndentLevel.items = {"Default", "0", "1", "2", "3", "4", "5", "6"};
+  SetOutputToLog(false);
 }
 
 void TNAntFrame::SetOutputToLog(bool outputToLog) {
@@ -93,6 +95,31 @@ void TNAntOptionsFrame::WriteOptions(TWrenOptionsObject& options) {
 
 bool TNAntOptionsFrame::BrowseNAntLocation() {
   return GetFile(edNAntLocation, "NAnt (nant.exe)|nant.exe|Programs (*.exe)|*.exe");
+}
+
+void TNAntFrame::ListControls(TWrenPageControls& controls) {
+  controls.Edit("edBuildFile", edBuildFile);
+  controls.Button("btnBuildFile", "...", [this] { BrowseBuildFile(); });
+  controls.Label("grpProperties", grpProperties);
+  NameValueGrid(controls, "Properties", grpProperties.caption, Properties.titles,
+                Properties.rows);
+  controls.Edit("edPropFile", edPropFile);
+  controls.Button("btnPropFile", "...", [this] { BrowsePropFile(); });
+  controls.Edit("edTargets", edTargets);
+  controls.Label("lblTargetsHint", lblTargetsHint);
+  controls.Edit("edFramework", edFramework);
+  controls.ComboBox("cbLogLevel", cbLogLevel);
+  controls.CheckBox("cbOutputToLog", cbOutputToLog,
+                    [this] { SetOutputToLog(cbOutputToLog.checked); });
+  controls.Edit("edLogFile", edLogFile);
+  controls.Button("btnLogFile", "...", [this] { BrowseLogFile(); }, edLogFile.enabled);
+  controls.ComboBox("cbIndentLevel", cbIndentLevel);
+  controls.CheckBox("cbNoLogo", cbNoLogo);
+}
+
+void TNAntOptionsFrame::ListControls(TWrenPageControls& controls) {
+  controls.Edit("edNAntLocation", edNAntLocation);
+  controls.Button("btnNAntLocation", "...", [this] { BrowseNAntLocation(); });
 }
 
 std::vector<TWrenPagePropertyInfo> TNAntFrame::PropertyInfo() const {

@@ -32,6 +32,7 @@ class TNAntFrame : public TFrame {
   void WriteActionData(TWrenAction& action) override;
   bool CheckPage(std::string& message) override;
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
+  void ListControls(TWrenPageControls& controls) override;
 
   void SetOutputToLog(bool outputToLog);
   bool BrowseBuildFile();
@@ -59,6 +60,7 @@ class TNAntOptionsFrame : public TWrenOptionsFrame {
   std::string GetPageName() const override { return ""; }
   void ReadOptions(TWrenOptionsObject& options) override;
   void WriteOptions(TWrenOptionsObject& options) override;
+  void ListControls(TWrenPageControls& controls) override;
   bool BrowseNAntLocation();
 
   TEditModel edNAntLocation{"Location of NAnt.exe", ""};

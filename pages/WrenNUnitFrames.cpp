@@ -6,6 +6,9 @@
 
 namespace wren {
 
+// A new action runs a list of assemblies, so the page starts on that choice.
+TNUnitActionFrame::TNUnitActionFrame() { SetUseProjectFile(false); }
+
 void TNUnitActionFrame::SetUseProjectFile(bool useProjectFile) {
   rbProjectFile.checked = useProjectFile;
   rbAssemblies.checked = !useProjectFile;
@@ -68,6 +71,26 @@ bool TNUnitActionFrame::AddAssembly() {
 bool TNUnitActionFrame::BrowseXMLOutputFile() { return GetFile(edXMLOutputFile, kXMLFilter); }
 
 bool TNUnitActionFrame::BrowseTransformFile() { return GetFile(edTransformFile, kTransformFilter); }
+
+void TNUnitActionFrame::ListControls(TWrenPageControls& controls) {
+  controls.RadioButton("rbProjectFile", "source", rbProjectFile,
+                       [this] { SetUseProjectFile(true); });
+  controls.Edit("edProjectFile", edProjectFile);
+  controls.Button("btnProjectFile", "...", [this] { BrowseProjectFile(); },
+                  edProjectFile.enabled);
+  controls.Edit("edProjectConfig", edProjectConfig);
+  controls.RadioButton("rbAssemblies", "source", rbAssemblies,
+                       [this] { SetUseProjectFile(false); });
+  controls.Memo("mmAssemblies", mmAssemblies);
+  controls.Button("btnAddAssembly", "Add...", [this] { AddAssembly(); }, mmAssemblies.enabled);
+  controls.Edit("edFixture", edFixture);
+  controls.Edit("edXMLOutputFile", edXMLOutputFile);
+  controls.Button("btnXMLOutputFile", "...", [this] { BrowseXMLOutputFile(); });
+  controls.Edit("edTransformFile", edTransformFile);
+  controls.Button("btnTransformFile", "...", [this] { BrowseTransformFile(); });
+  controls.CheckBox("cbNoLogo", cbNoLogo);
+  controls.CheckBox("cbXMLToConsole", cbXMLToConsole);
+}
 
 std::vector<TWrenPagePropertyInfo> TNUnitActionFrame::PropertyInfo() const {
   return {{"UseProjectFile", rbProjectFile.caption},

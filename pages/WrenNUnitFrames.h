@@ -19,6 +19,7 @@ class TNUnitActionFrame : public TFrame {
   static constexpr const char* kTransformFilter =
       "XSL Transforms (*.xsl;*.xslt)|*.xsl;*.xslt|All Files (*.*)|*.*";
 
+  TNUnitActionFrame();
   static std::string StaticClassName() { return "TNUnitActionFrame"; }
   std::string PageName() const override { return "NUnit"; }
 
@@ -26,6 +27,8 @@ class TNUnitActionFrame : public TFrame {
   void WriteActionData(TWrenAction& action) override;
   bool CheckPage(std::string& message) override;
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
+  /// The project choice with its fields, then the assembly choice with its list.
+  void ListControls(TWrenPageControls& controls) override;
 
   /// Switches between project file and assemblies, enabling the controls of the choice.
   void SetUseProjectFile(bool useProjectFile);

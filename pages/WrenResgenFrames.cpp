@@ -26,6 +26,14 @@ void TResGenFrame::WriteActionData(TWrenAction& action) {
   resgen->OutputFile = edOutputFile.text;
 }
 
+void TResGenFrame::ListControls(TWrenPageControls& controls) {
+  TDotNetToolBaseFrame::ListControls(controls);
+  controls.Edit("edInputFiles", edInputFiles);
+  controls.Button("btnInputFiles", "...", [this] { BrowseInputFiles(); });
+  controls.Edit("edOutputFile", edOutputFile);
+  controls.Button("btnOutputFile", "...", [this] { BrowseOutputFile(); });
+}
+
 std::vector<TWrenPagePropertyInfo> TResGenFrame::PropertyInfo() const {
   return {{"InputFiles", edInputFiles.caption, "", "", true},
           {"OutputFile", edOutputFile.caption, "", "", true}};

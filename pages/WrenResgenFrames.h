@@ -21,6 +21,7 @@ class TResGenFrame : public TDotNetToolBaseFrame {
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
+  void ListControls(TWrenPageControls& controls) override;
   bool BrowseInputFiles() { return GetFile(edInputFiles, kInputFilter); }
   bool BrowseOutputFile() { return GetFile(edOutputFile, kOutputFilter); }
 
