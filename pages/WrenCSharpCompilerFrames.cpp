@@ -10,6 +10,8 @@ TWrenCustomCSharpCompilerAction& CSharp(TWrenAction& action) {
   return dynamic_cast<TWrenCustomCSharpCompilerAction&>(action);
 }
 
+const char kDocFileFilter[] = "XML Files (*.xml)|*.xml|All Files (*.*)|*.*";
+
 }  // namespace
 
 TCSharpCompilerMainFrame::TCSharpCompilerMainFrame()
@@ -25,6 +27,16 @@ void TCSharpCompilerMainFrame::ReadActionData(TWrenAction& action) {
 void TCSharpCompilerMainFrame::WriteActionData(TWrenAction& action) {
   TManagedCompilerMainFrame::WriteActionData(action);
   CSharp(action).DocFile = DocFile.text;
+}
+
+bool TCSharpCompilerMainFrame::BrowseDocFile() { return GetFile(DocFile, kDocFileFilter); }
+
+void TCSharpCompilerMainFrame::ListControls(TWrenPageControls& controls) {
+  TDotNetToolBaseFrame::ListControls(controls);
+  ListSourceControls(controls);
+  controls.Edit("DocFile", DocFile);
+  controls.Button("btnDocFile", "...", [this] { BrowseDocFile(); });
+  ListOutputControls(controls);
 }
 
 TCSharpCompilerOptionsFrame::TCSharpCompilerOptionsFrame() {
@@ -57,6 +69,17 @@ void TCSharpCompilerOptionsFrame::WriteActionData(TWrenAction& action) {
       static_cast<TCSharpFileAlign>(ChoiceOrdinal(FileAlign, static_cast<int>(a.FileAlign)));
 }
 
+void TCSharpCompilerOptionsFrame::ListControls(TWrenPageControls& controls) {
+  TManagedCompilerOptionsFrame::ListControls(controls);
+  controls.CheckBox("Checked", Checked);
+  controls.CheckBox("CompileUnsafe", CompileUnsafe);
+  controls.CheckBox("Incremental", Incremental);
+  controls.CheckBox("NoConfig", NoConfig);
+  controls.CheckBox("NoSTDLib", NoSTDLib);
+  controls.CheckBox("FullPaths", FullPaths);
+  controls.ComboBox("FileAlign", FileAlign);
+}
+
 TCSharpCompilerDebuggingFrame::TCSharpCompilerDebuggingFrame() {
   WarningLevel.caption = "Warning level:";
 }
@@ -71,6 +94,11 @@ void TCSharpCompilerDebuggingFrame::WriteActionData(TWrenAction& action) {
   TWrenCustomCSharpCompilerAction& a = CSharp(action);
   a.WarningLevel = static_cast<TDotNetWarningLevels>(
       ChoiceOrdinal(WarningLevel, static_cast<int>(a.WarningLevel)));
+}
+
+void TCSharpCompilerDebuggingFrame::ListControls(TWrenPageControls& controls) {
+  TManagedCompilerDebuggingFrame::ListControls(controls);
+  controls.ComboBox("WarningLevel", WarningLevel);
 }
 
 std::vector<TWrenPagePropertyInfo> TCSharpCompilerMainFrame::PropertyInfo() const {

@@ -15,6 +15,10 @@ class TCSharpCompilerMainFrame : public TManagedCompilerMainFrame {
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
+  /// The documentation file sits between the files and the output.
+  void ListControls(TWrenPageControls& controls) override;
+  /// The file dialog for the documentation file; false (unchanged) when cancelled.
+  bool BrowseDocFile();
 
   TEditModel DocFile{"Documentation Comments to XML file:", ""};
 };
@@ -27,6 +31,7 @@ class TCSharpCompilerOptionsFrame : public TManagedCompilerOptionsFrame {
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
+  void ListControls(TWrenPageControls& controls) override;
 
   TCheckBoxModel Checked{"Check for arithmetic overflow and underflow"};
   TCheckBoxModel CompileUnsafe{"Allow unsafe code"};
@@ -45,6 +50,7 @@ class TCSharpCompilerDebuggingFrame : public TManagedCompilerDebuggingFrame {
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
+  void ListControls(TWrenPageControls& controls) override;
 
   TComboBoxModel WarningLevel;
 };

@@ -2,6 +2,7 @@
 
 #include "WrenUtils.h"
 #include "dotnet/WrenDotNetAction.h"
+#include "pages/WrenToolOptionsFrame.h"
 #include "tools/WrenDemeanorAction.h"
 
 namespace wren {
@@ -27,6 +28,16 @@ bool TDemeanorPEFrame::CheckPage(std::string& message) {
 }
 
 bool TDemeanorPEFrame::BrowseInputAssembly() { return GetFile(edInputAssembly, kAssemblyFilter); }
+bool TDemeanorPEFrame::BrowseOutputDirectory() {
+  return GetFolder(edOutputDirectory, "Select Output Directory");
+}
+
+void TDemeanorPEFrame::ListControls(TWrenPageControls& controls) {
+  controls.Edit("edInputAssembly", edInputAssembly);
+  controls.Button("btnInputAssembly", "...", [this] { BrowseInputAssembly(); });
+  controls.Edit("edOutputDirectory", edOutputDirectory);
+  controls.Button("btnOutputDirectory", "...", [this] { BrowseOutputDirectory(); });
+}
 
 void TDemeanorExcludeFrame::ReadActionData(TWrenAction& action) {
   if (const auto* d = dynamic_cast<const TWrenDemeanorAction*>(&action))
@@ -36,6 +47,11 @@ void TDemeanorExcludeFrame::ReadActionData(TWrenAction& action) {
 void TDemeanorExcludeFrame::WriteActionData(TWrenAction& action) {
   if (auto* d = dynamic_cast<TWrenDemeanorAction*>(&action))
     d->ExtraSwitches = mmExtraSwitches.lines;
+}
+
+void TDemeanorExcludeFrame::ListControls(TWrenPageControls& controls) {
+  controls.Memo("mmExtraSwitches", mmExtraSwitches);
+  controls.Label("lblHint", lblHint);
 }
 
 std::vector<TWrenPagePropertyInfo> TDemeanorPEFrame::PropertyInfo() const {

@@ -19,6 +19,8 @@ class TDemeanorPEFrame : public TFrame {
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
   bool CheckPage(std::string& message) override;
   bool BrowseInputAssembly();
+  bool BrowseOutputDirectory();
+  void ListControls(TWrenPageControls& controls) override;
 
   TEditModel edInputAssembly{"Input Assembly", ""};
   TEditModel edOutputDirectory{"Output Directory", ""};
@@ -32,6 +34,7 @@ class TDemeanorExcludeFrame : public TFrame {
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
+  void ListControls(TWrenPageControls& controls) override;
 
   TMemoModel mmExtraSwitches{"Switches (/name or /name:value per line)", {}};
   TLabelModel lblHint{

@@ -2,6 +2,7 @@
 
 #include "WrenUtils.h"
 #include "dotnet/WrenDotNetAction.h"
+#include "pages/WrenToolOptionsFrame.h"
 #include "tools/WrenDotfuscatorAction.h"
 
 namespace wren {
@@ -76,6 +77,32 @@ bool TDotfuscatorFrame::CheckPage(std::string& message) {
 }
 
 bool TDotfuscatorFrame::BrowseConfigFile() { return GetFile(edConfigFile, kConfigFilter); }
+bool TDotfuscatorFrame::BrowseOutputDirectory() {
+  return GetFolder(edOutputDirectory, "Select Output Directory");
+}
+bool TDotfuscatorFrame::BrowseMakeConfig() { return GetFile(edMakeConfig, kConfigFilter); }
+bool TDotfuscatorFrame::BrowseMapFile() { return GetFile(edMapFile, kMapFilter); }
+
+void TDotfuscatorFrame::ListControls(TWrenPageControls& controls) {
+  controls.Edit("edConfigFile", edConfigFile);
+  controls.Button("btnConfigFile", "...", [this] { BrowseConfigFile(); });
+  controls.CheckBox("cbQuiet", cbQuiet, [this] { SetQuiet(cbQuiet.checked); });
+  controls.CheckBox("cbVerbose", cbVerbose);
+  controls.CheckBox("cbInvestigate", cbInvestigate);
+  controls.Memo("mmProperties", mmProperties);
+  controls.Memo("mmInputAssemblies", mmInputAssemblies);
+  controls.Edit("edOutputDirectory", edOutputDirectory);
+  controls.Button("btnOutputDirectory", "...", [this] { BrowseOutputDirectory(); });
+  controls.Edit("edMakeConfig", edMakeConfig);
+  controls.Button("btnMakeConfig", "...", [this] { BrowseMakeConfig(); });
+  controls.CheckBox("cbDisableAll", cbDisableAll);
+  controls.ComboBox("cbRename", cbRename);
+  controls.ComboBox("cbKeep", cbKeep);
+  controls.Edit("edMapFile", edMapFile);
+  controls.Button("btnMapFile", "...", [this] { BrowseMapFile(); });
+  controls.CheckBox("cbOverwriteMap", cbOverwriteMap);
+  controls.Memo("mmExtraSwitches", mmExtraSwitches);
+}
 
 std::vector<TWrenPagePropertyInfo> TDotfuscatorFrame::PropertyInfo() const {
   return {{"ConfigFile", edConfigFile.caption, "", "", true},

@@ -14,6 +14,7 @@ class TDotfuscatorFrame : public TFrame {
  public:
   static constexpr const char* kConfigFilter =
       "Dotfuscator Configurations (*.xml)|*.xml|All Files (*.*)|*.*";
+  static constexpr const char* kMapFilter = "Map Files (*.xml)|*.xml|All Files (*.*)|*.*";
   TDotfuscatorFrame();
   static std::string StaticClassName() { return "TDotfuscatorFrame"; }
   std::string PageName() const override { return "Dotfuscator"; }
@@ -23,6 +24,10 @@ class TDotfuscatorFrame : public TFrame {
   bool CheckPage(std::string& message) override;
   void SetQuiet(bool quiet);
   bool BrowseConfigFile();
+  bool BrowseOutputDirectory();
+  bool BrowseMakeConfig();
+  bool BrowseMapFile();
+  void ListControls(TWrenPageControls& controls) override;
 
   TEditModel edConfigFile{"Configuration File", ""};
   TCheckBoxModel cbQuiet{"Quiet"};

@@ -2,6 +2,7 @@
 
 #include "WrenUtils.h"
 #include "dotnet/WrenDotNetAction.h"
+#include "pages/WrenToolOptionsFrame.h"
 #include "tools/WrenFxCopAction.h"
 
 namespace wren {
@@ -50,6 +51,59 @@ bool TFrameFxCopTargets::CheckPage(std::string& message) {
 }
 
 bool TFrameFxCopTargets::BrowseProjectFile() { return GetFile(edProjectFile, kProjectFilter); }
+
+bool TFrameFxCopTargets::BrowsePlatformDirectory() {
+  return GetFolder(edPlatformDirectory, "Select Platform Directory");
+}
+
+void TFrameFxCopTargets::ListControls(TWrenPageControls& controls) {
+  const auto follow = [this] { SetUseProjectFile(rbProjectFile.checked); };
+  controls.RadioButton("rbTargets", "source", rbTargets, follow);
+  controls.RadioButton("rbProjectFile", "source", rbProjectFile, follow);
+  controls.Edit("edProjectFile", edProjectFile);
+  controls.Button("btnProjectFile", "...", [this] { BrowseProjectFile(); }, edProjectFile.enabled);
+  controls.Memo("mmTargets", mmTargets);
+  controls.Memo("mmDependencyDirectories", mmDependencyDirectories);
+  controls.Edit("edPlatformDirectory", edPlatformDirectory);
+  controls.Button("btnPlatformDirectory", "...", [this] { BrowsePlatformDirectory(); });
+  controls.CheckBox("cbSearchGac", cbSearchGac);
+  controls.Memo("mmImports", mmImports);
+}
+
+void TFrameFxCopRules::ListControls(TWrenPageControls& controls) {
+  controls.Memo("mmRuleLibraries", mmRuleLibraries);
+  controls.Memo("mmRuleIds", mmRuleIds);
+  controls.Edit("edDictionary", edDictionary);
+  controls.Button("btnDictionary", "...", [this] { BrowseDictionary(); });
+}
+
+void TFrameFxCopOptions::ListControls(TWrenPageControls& controls) {
+  controls.Edit("edOutputFile", edOutputFile);
+  controls.Button("btnOutputFile", "...", [this] { BrowseOutputFile(); });
+  controls.Edit("edOutputXsl", edOutputXsl);
+  controls.Button("btnOutputXsl", "...", [this] { BrowseOutputXsl(); });
+  controls.CheckBox("cbApplyOutputXsl", cbApplyOutputXsl);
+  controls.CheckBox("cbForceOutput", cbForceOutput);
+  controls.CheckBox("cbToConsole", cbToConsole);
+  controls.Edit("edConsoleXsl", edConsoleXsl);
+  controls.Button("btnConsoleXsl", "...", [this] { BrowseConsoleXsl(); });
+  controls.CheckBox("cbSummary", cbSummary);
+  controls.CheckBox("cbVerbose", cbVerbose);
+  controls.CheckBox("cbQuiet", cbQuiet);
+  controls.CheckBox("cbUpdateProject", cbUpdateProject);
+  controls.CheckBox("cbIgnoreGeneratedCode", cbIgnoreGeneratedCode);
+  controls.Edit("edTimeout", edTimeout);
+}
+
+void TFrameFxCopTypesAndMembers::ListControls(TWrenPageControls& controls) {
+  controls.Memo("mmTypes", mmTypes);
+}
+
+void TFrameFxCopAdditional::ListControls(TWrenPageControls& controls) {
+  controls.Memo("mmExtraSwitches", mmExtraSwitches);
+  controls.CheckBox("cbReferenceErrorsFail", cbReferenceErrorsFail);
+  controls.CheckBox("cbFailOnMessages", cbFailOnMessages);
+}
 
 void TFrameFxCopRules::ReadActionData(TWrenAction& action) {
   const auto* fxcop = dynamic_cast<const TWrenFxCopAction*>(&action);

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "WrenPluginAPI.h"
+#include "dotnet/WrenDotNetAction.h"  // GetFile for the browse buttons
 
 namespace wren {
 
@@ -13,6 +14,7 @@ class TFrameFxCopTargets : public TFrame {
  public:
   static constexpr const char* kProjectFilter =
       "FxCop Projects (*.FxCop)|*.FxCop|All Files (*.*)|*.*";
+  TFrameFxCopTargets() { SetUseProjectFile(false); }
   static std::string StaticClassName() { return "TFrameFxCopTargets"; }
   std::string PageName() const override { return "Targets"; }
   void ReadActionData(TWrenAction& action) override;
@@ -21,6 +23,9 @@ class TFrameFxCopTargets : public TFrame {
   bool CheckPage(std::string& message) override;
   void SetUseProjectFile(bool useProjectFile);
   bool BrowseProjectFile();
+  /// The folder dialog for the platform directory; false (unchanged) when cancelled.
+  bool BrowsePlatformDirectory();
+  void ListControls(TWrenPageControls& controls) override;
 
   TRadioButtonModel rbTargets{"Target Assemblies"};
   TRadioButtonModel rbProjectFile{"FxCop Project File"};
@@ -36,11 +41,14 @@ class TFrameFxCopTargets : public TFrame {
 /// spelling dictionary.
 class TFrameFxCopRules : public TFrame {
  public:
+  static constexpr const char* kDictionaryFilter = "XML Files (*.xml)|*.xml|All Files (*.*)|*.*";
   static std::string StaticClassName() { return "TFrameFxCopRules"; }
   std::string PageName() const override { return "Rules"; }
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
+  bool BrowseDictionary() { return GetFile(edDictionary, kDictionaryFilter); }
+  void ListControls(TWrenPageControls& controls) override;
 
   TMemoModel mmRuleLibraries{"Rule Libraries", {}};
   TMemoModel mmRuleIds{"Rules (Category#CheckId)", {}};
@@ -50,12 +58,18 @@ class TFrameFxCopRules : public TFrame {
 /// Where the findings go (report, style sheets, console) and how FxCop runs.
 class TFrameFxCopOptions : public TFrame {
  public:
+  static constexpr const char* kReportFilter = "XML Files (*.xml)|*.xml|All Files (*.*)|*.*";
+  static constexpr const char* kXslFilter = "Style Sheets (*.xsl)|*.xsl|All Files (*.*)|*.*";
   static std::string StaticClassName() { return "TFrameFxCopOptions"; }
   std::string PageName() const override { return "Options"; }
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
   bool CheckPage(std::string& message) override;
+  bool BrowseOutputFile() { return GetFile(edOutputFile, kReportFilter); }
+  bool BrowseOutputXsl() { return GetFile(edOutputXsl, kXslFilter); }
+  bool BrowseConsoleXsl() { return GetFile(edConsoleXsl, kXslFilter); }
+  void ListControls(TWrenPageControls& controls) override;
 
   TEditModel edOutputFile{"Report File", ""};
   TEditModel edOutputXsl{"Report XSL", ""};
@@ -79,6 +93,7 @@ class TFrameFxCopTypesAndMembers : public TFrame {
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
+  void ListControls(TWrenPageControls& controls) override;
 
   TMemoModel mmTypes{"Types", {}};
 };
@@ -91,6 +106,7 @@ class TFrameFxCopAdditional : public TFrame {
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
+  void ListControls(TWrenPageControls& controls) override;
 
   TMemoModel mmExtraSwitches{"Extra Switches", {}};
   TCheckBoxModel cbReferenceErrorsFail{"Fail on assembly reference errors"};

@@ -33,6 +33,13 @@ void TJSharpCompilerOptionsFrame::WriteActionData(TWrenAction& action) {
   a.JCPA = JCPA.lines;
 }
 
+void TJSharpCompilerOptionsFrame::ListControls(TWrenPageControls& controls) {
+  TManagedCompilerOptionsFrame::ListControls(controls);
+  controls.CheckBox("SecureScoping", SecureScoping);
+  controls.CheckBox("DisableLangExt", DisableLangExt);
+  controls.Memo("JCPA", JCPA);
+}
+
 TJSharpCompilerDebuggingFrame::TJSharpCompilerDebuggingFrame() {
   WarningLevel.caption = "Warning level:";
 }
@@ -47,6 +54,11 @@ void TJSharpCompilerDebuggingFrame::WriteActionData(TWrenAction& action) {
   TWrenCustomJSharpCompilerAction& a = JSharp(action);
   a.WarningLevel = static_cast<TDotNetWarningLevels>(
       ChoiceOrdinal(WarningLevel, static_cast<int>(a.WarningLevel)));
+}
+
+void TJSharpCompilerDebuggingFrame::ListControls(TWrenPageControls& controls) {
+  TManagedCompilerDebuggingFrame::ListControls(controls);
+  controls.ComboBox("WarningLevel", WarningLevel);
 }
 
 std::vector<TWrenPagePropertyInfo> TJSharpCompilerOptionsFrame::PropertyInfo() const {

@@ -21,6 +21,7 @@ class TJSharpCompilerOptionsFrame : public TManagedCompilerOptionsFrame {
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
+  void ListControls(TWrenPageControls& controls) override;
 
   TCheckBoxModel SecureScoping{"Secure scoping"};
   TCheckBoxModel DisableLangExt{"Disable language extensions"};
@@ -35,6 +36,7 @@ class TJSharpCompilerDebuggingFrame : public TManagedCompilerDebuggingFrame {
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
+  void ListControls(TWrenPageControls& controls) override;
 
   TComboBoxModel WarningLevel;
 };

@@ -14,6 +14,8 @@ TWrenManagedCompilerAction& Compiler(TWrenAction& action) {
 
 const char kAssemblyFilter[] =
     "Assemblies (*.exe;*.dll;*.netmodule)|*.exe;*.dll;*.netmodule|All Files (*.*)|*.*";
+const char kResourceFilter[] =
+    "Resources (*.resources;*.resx)|*.resources;*.resx|All Files (*.*)|*.*";
 
 }  // namespace
 
@@ -98,6 +100,25 @@ bool TManagedCompilerMainFrame::BrowseProjectDir() {
 
 bool TManagedCompilerMainFrame::BrowseOutputFile() { return GetFile(OutputFile, kAssemblyFilter); }
 
+void TManagedCompilerMainFrame::ListSourceControls(TWrenPageControls& controls) {
+  controls.Edit("ProjectDirectory", ProjectDirectory);
+  controls.Button("btnProjectDirectory", "...", [this] { BrowseProjectDir(); });
+  controls.Edit("FilesToCompile", FilesToCompile);
+  controls.Label("FilesHint", FilesHint);
+}
+
+void TManagedCompilerMainFrame::ListOutputControls(TWrenPageControls& controls) {
+  controls.Edit("OutputFile", OutputFile);
+  controls.Button("btnOutputFile", "...", [this] { BrowseOutputFile(); });
+  controls.ComboBox("TargetType", TargetType);
+}
+
+void TManagedCompilerMainFrame::ListControls(TWrenPageControls& controls) {
+  TDotNetToolBaseFrame::ListControls(controls);
+  ListSourceControls(controls);
+  ListOutputControls(controls);
+}
+
 // Options page.
 
 TManagedCompilerOptionsFrame::TManagedCompilerOptionsFrame() = default;
@@ -132,6 +153,25 @@ void TManagedCompilerOptionsFrame::ApplyCodePage(const TCodePageForm& form) {
   if (codePage > 0) CodePage.text = std::to_string(codePage);
 }
 
+void TManagedCompilerOptionsFrame::ChooseCodePage() {
+  TCodePageForm form;
+  form.ShowModal();
+  ApplyCodePage(form);
+}
+
+void TManagedCompilerOptionsFrame::ListControls(TWrenPageControls& controls) {
+  controls.CheckBox("Optimize", Optimize);
+  controls.CheckBox("NoLogo", NoLogo);
+  controls.CheckBox("OutputInUTF8", OutputInUTF8);
+  controls.Edit("BaseAddress", BaseAddress);
+  controls.Edit("MainClass", MainClass);
+  controls.Edit("CodePage", CodePage);
+  // A language without the switch keeps its edit disabled, and the picker with it.
+  controls.Button("btnCodePage", "...", [this] { ChooseCodePage(); }, CodePage.enabled);
+  controls.Edit("RecurseDir", RecurseDir);
+  controls.Edit("RecurseFiles", RecurseFiles);
+}
+
 // Debugging page.
 
 TManagedCompilerDebuggingFrame::TManagedCompilerDebuggingFrame() {
@@ -154,6 +194,13 @@ void TManagedCompilerDebuggingFrame::WriteActionData(TWrenAction& action) {
   a.SupressWarnings = SupressWarnings.text;
 }
 
+void TManagedCompilerDebuggingFrame::ListControls(TWrenPageControls& controls) {
+  controls.ComboBox("DebugInfo", DebugInfo);
+  controls.Edit("Defines", Defines);
+  controls.CheckBox("WarnAsError", WarnAsError);
+  controls.Edit("SupressWarnings", SupressWarnings);
+}
+
 // Assemblies page.
 
 TManagedCompilerAssembliesFrame::TManagedCompilerAssembliesFrame() = default;
@@ -170,6 +217,12 @@ void TManagedCompilerAssembliesFrame::WriteActionData(TWrenAction& action) {
   a.References = LinesToList(References.lines, ",");
   a.LibLocations = LinesToList(LibLocations.lines, ";");
   a.Modules = LinesToList(Modules.lines, ",");
+}
+
+void TManagedCompilerAssembliesFrame::ListControls(TWrenPageControls& controls) {
+  controls.Memo("References", References);
+  controls.Memo("LibLocations", LibLocations);
+  controls.Memo("Modules", Modules);
 }
 
 // Resources page.
@@ -197,6 +250,28 @@ void TManagedCompilerResourcesFrame::AddResource(const std::string& fileName,
   if (Trim(fileName).empty()) return;
   Resources.lines.push_back(Trim(manifestName).empty() ? fileName
                                                        : fileName + "=" + Trim(manifestName));
+}
+
+void TManagedCompilerResourcesFrame::AddEnteredResource() {
+  AddResource(ResourceFile.text, ResourceName.text);
+  ResourceFile.text.clear();
+  ResourceName.text.clear();
+}
+
+bool TManagedCompilerResourcesFrame::BrowseResourceFile() {
+  return GetFile(ResourceFile, kResourceFilter);
+}
+
+void TManagedCompilerResourcesFrame::ListControls(TWrenPageControls& controls) {
+  controls.Memo("Resources", Resources);
+  controls.Edit("ResourceFile", ResourceFile);
+  controls.Button("btnResourceFile", "...", [this] { BrowseResourceFile(); });
+  controls.Edit("ResourceName", ResourceName);
+  controls.Button("btnAddResource", "Add", [this] { AddEnteredResource(); },
+                  !Trim(ResourceFile.text).empty());
+  controls.Memo("LinkResources", LinkResources);
+  controls.Memo("Win32Resources", Win32Resources);
+  controls.Memo("Icons", Icons);
 }
 
 std::vector<TWrenPagePropertyInfo> TManagedCompilerMainFrame::PropertyInfo() const {

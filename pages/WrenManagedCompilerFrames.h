@@ -39,12 +39,20 @@ class TManagedCompilerMainFrame : public TDotNetToolBaseFrame {
   bool BrowseProjectDir();
   /// The file dialog for the output assembly; false (unchanged) when cancelled.
   bool BrowseOutputFile();
+  /// The heading, the version panel, the source controls and the output controls.
+  void ListControls(TWrenPageControls& controls) override;
 
   TEditModel ProjectDirectory{"Project Directory:", ""};
   TEditModel FilesToCompile{"File(s) to compile:", ""};
   TLabelModel FilesHint;
   TEditModel OutputFile{"Output file:", ""};
   TComboBoxModel TargetType;
+
+ protected:
+  /// The project directory with its browse button, the files and their hint.
+  void ListSourceControls(TWrenPageControls& controls);
+  /// The output file with its browse button and the target type.
+  void ListOutputControls(TWrenPageControls& controls);
 };
 
 /// The options page: code generation, output and source search settings.
@@ -58,6 +66,10 @@ class TManagedCompilerOptionsFrame : public TFrame {
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
   /// Takes the code page chosen in the picker; nothing when it was cancelled.
   void ApplyCodePage(const TCodePageForm& form);
+  /// Opens the code-page picker and takes its choice.
+  void ChooseCodePage();
+  /// The shared options; a language lists its own after them.
+  void ListControls(TWrenPageControls& controls) override;
 
   TCheckBoxModel Optimize{"Optimize code"};
   TCheckBoxModel NoLogo{"Suppress compiler copyright message"};
@@ -78,6 +90,7 @@ class TManagedCompilerDebuggingFrame : public TFrame {
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
+  void ListControls(TWrenPageControls& controls) override;
 
   TComboBoxModel DebugInfo;
   TEditModel Defines{"Conditional compilation symbols:", ""};
@@ -94,6 +107,7 @@ class TManagedCompilerAssembliesFrame : public TFrame {
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
+  void ListControls(TWrenPageControls& controls) override;
 
   TMemoModel References{"Referenced assemblies:", {}};
   TMemoModel LibLocations{"Additional assembly directories:", {}};
@@ -112,8 +126,16 @@ class TManagedCompilerResourcesFrame : public TFrame {
 
   /// Adds a resource through the resource-list editor: the file and, optionally, its name.
   void AddResource(const std::string& fileName, const std::string& manifestName);
+  /// Adds the resource entered in the editor's fields and clears them for the next one.
+  void AddEnteredResource();
+  /// The file dialog for the editor's resource file; false (unchanged) when cancelled.
+  bool BrowseResourceFile();
+  void ListControls(TWrenPageControls& controls) override;
 
   TMemoModel Resources{"Embedded resources:", {}};
+  // The resource-list editor: a file and the optional name it is embedded under.
+  TEditModel ResourceFile{"Resource file:", ""};
+  TEditModel ResourceName{"Resource name (optional):", ""};
   TMemoModel LinkResources{"Linked resources:", {}};
   TMemoModel Win32Resources{"Win32 resource files:", {}};
   TMemoModel Icons{"Win32 icon files:", {}};

@@ -9,7 +9,9 @@
 #include "compilers/WrenVBDotNetCompilerAction.h"
 #include "runtime/WrenActionRegistry.h"
 #include "pages/WrenCSharpCompilerFrames.h"
+#include "pages/WrenJSharpCompilerFrames.h"
 #include "pages/WrenMSBuildFrame.h"
+#include "pages/WrenPageTesting.h"
 #include "pages/WrenVBDotNetCompilerFrames.h"
 
 namespace wren {
@@ -201,6 +203,174 @@ TEST(CompilerPages, MSBuildPageGridAndCaptions) {
   std::string message;
   EXPECT_FALSE(page.CheckPage(message));
   EXPECT_EQ(message, "Project File is required.");
+}
+
+using namespace pagetest;
+using TLayout = std::vector<std::string>;
+
+TLayout operator+(TLayout a, const TLayout& b) {
+  a.insert(a.end(), b.begin(), b.end());
+  return a;
+}
+
+TEST(CompilerPages, EveryLanguagePageListsItsControlsInTabOrder) {
+  const TLayout version = {"lblHeading:label",       "pnlVersion:panel",   "lblVersion:label",
+                           "rbDefaultVersion:radio", "rbUseVersion:radio", "cbVersion:combo"};
+  const TLayout source = {"ProjectDirectory:edit", "btnProjectDirectory:button",
+                          "FilesToCompile:edit", "FilesHint:label"};
+  const TLayout output = {"OutputFile:edit", "btnOutputFile:button", "TargetType:combo"};
+  const TLayout options = {"Optimize:checkbox",   "NoLogo:checkbox",    "OutputInUTF8:checkbox",
+                           "BaseAddress:edit",    "MainClass:edit",     "CodePage:edit",
+                           "btnCodePage:button",  "RecurseDir:edit",    "RecurseFiles:edit"};
+  const TLayout debugging = {"DebugInfo:combo", "Defines:edit", "WarnAsError:checkbox",
+                             "SupressWarnings:edit"};
+  const TLayout assemblies = {"References:memo", "LibLocations:memo", "Modules:memo"};
+  const TLayout resources = {"Resources:memo",       "ResourceFile:edit",   "btnResourceFile:button",
+                             "ResourceName:edit",    "btnAddResource:button", "LinkResources:memo",
+                             "Win32Resources:memo",  "Icons:memo"};
+
+  TCSharpCompilerMainFrame csMain;
+  TCSharpCompilerOptionsFrame csOptions;
+  TCSharpCompilerDebuggingFrame csDebugging;
+  TCSharpCompilerAssembliesFrame csAssemblies;
+  TCSharpCompilerResourcesFrame csResources;
+  TVBDOTNETCompilerMainFrame vbMain;
+  TVBDotNetCompilerOptionsFrame vbOptions;
+  TVBDotNetDebuggingFrame vbDebugging;
+  TVBDotNetCompilerAssembliesFrame vbAssemblies;
+  TVBDotNetCompilerResourcesFrame vbResources;
+  TJSharpCompilerMainFrame jsMain;
+  TJSharpCompilerOptionsFrame jsOptions;
+  TJSharpCompilerDebuggingFrame jsDebugging;
+  TJSharpCompilerAssembliesFrame jsAssemblies;
+  TJSharpCompilerResourcesFrame jsResources;
+  struct TCase {
+    const char* name;
+    TFrame& page;
+    TLayout layout;
+  };
+  const std::vector<TCase> cases = {
+      {"C# main", csMain, version + source + TLayout{"DocFile:edit", "btnDocFile:button"} + output},
+      {"C# options", csOptions,
+       options + TLayout{"Checked:checkbox", "CompileUnsafe:checkbox", "Incremental:checkbox",
+                         "NoConfig:checkbox", "NoSTDLib:checkbox", "FullPaths:checkbox",
+                         "FileAlign:combo"}},
+      {"C# debugging", csDebugging, debugging + TLayout{"WarningLevel:combo"}},
+      {"C# assemblies", csAssemblies, assemblies},
+      {"C# resources", csResources, resources},
+      {"VB main", vbMain, version + source + output + TLayout{"RootNameSpace:edit"}},
+      {"VB options", vbOptions,
+       options + TLayout{"OptionExplicit:checkbox", "OptionStrict:checkbox",
+                         "OptionCompare:combo", "RemoveIntChecks:checkbox", "TargetCF:checkbox",
+                         "Verbose:checkbox", "Quiet:checkbox", "Imports:edit", "SDKPath:edit"}},
+      {"VB debugging", vbDebugging, debugging},
+      {"VB assemblies", vbAssemblies,
+       assemblies + TLayout{"DelaySign:checkbox", "KeyFile:edit", "btnKeyFile:button",
+                            "KeyContainer:edit"}},
+      {"VB resources", vbResources, resources},
+      {"J# main", jsMain, version + source + output},
+      {"J# options", jsOptions,
+       options + TLayout{"SecureScoping:checkbox", "DisableLangExt:checkbox", "JCPA:memo"}},
+      {"J# debugging", jsDebugging, debugging + TLayout{"WarningLevel:combo"}},
+      {"J# assemblies", jsAssemblies, assemblies},
+      {"J# resources", jsResources, resources},
+  };
+  for (const TCase& c : cases) {
+    SCOPED_TRACE(c.name);
+    EXPECT_EQ(Layout(c.page), c.layout);
+    // A renderer shows the caption beside each field; none of the page's own may be blank (the
+    // version drop-down is captioned by the radio button before it).
+    for (const TWrenPageControl& control : PageControls(c.page)) {
+      if (control.kind != TWrenControlKind::Panel && control.parent != "pnlVersion") {
+        EXPECT_FALSE(control.caption.empty()) << control.name;
+      }
+    }
+  }
+  EXPECT_EQ(Control(csMain, "FilesHint").caption,
+            "(eg. *.cs or MyFile.cs, separate multiple files with a semicolon)");
+  EXPECT_EQ(Control(csMain, "DocFile").caption, "Documentation Comments to XML file:");
+  EXPECT_EQ(Control(csOptions, "btnCodePage").caption, "...");
+  // The switches a language lacks stay visible but cannot be used.
+  EXPECT_FALSE(Control(vbOptions, "CodePage").enabled);
+  EXPECT_TRUE(Refused(vbOptions, "btnCodePage", TWrenPageEventKind::Click));
+  EXPECT_FALSE(Control(jsResources, "Icons").enabled);
+  EXPECT_TRUE(Control(csResources, "Icons").enabled);
+}
+
+TEST(CompilerPages, ControlEventsReachTheActionThroughThePages) {
+  TAnsweringDialogs dialogs;
+  TWrenCSharpCompilerAction action;
+
+  TCSharpCompilerMainFrame main;
+  main.InitPage(action);
+  main.ReadActionData(action);
+  dialogs.folder = "/src/app";
+  Click(main, "btnProjectDirectory");
+  EXPECT_EQ(dialogs.title, "Select Project Directory");
+  dialogs.file = "/out/app.exe";
+  Click(main, "btnOutputFile");
+  EXPECT_NE(dialogs.filter.find("*.netmodule"), std::string::npos);
+  dialogs.file = "/out/app.xml";
+  Click(main, "btnDocFile");
+  EXPECT_NE(dialogs.filter.find("*.xml"), std::string::npos);
+  dialogs.file.clear();  // a cancelled dialog leaves the edit as it is
+  Click(main, "btnOutputFile");
+  Type(main, "FilesToCompile", "*.cs");
+  Pick(main, "TargetType", 3);
+  main.WriteActionData(action);
+  EXPECT_EQ(action.ProjectDir, "/src/app");
+  EXPECT_EQ(action.OutputFile, "/out/app.exe");
+  EXPECT_EQ(action.DocFile, "/out/app.xml");
+  EXPECT_EQ(action.Files, "*.cs");
+  EXPECT_EQ(action.Target, TDotNetTarget::WindowsExe);
+
+  // The code-page button opens the picker; the page takes the accepted choice only.
+  TCSharpCompilerOptionsFrame options;
+  options.ReadActionData(action);
+  const std::vector<std::string> offered = TCodePageForm().lbCodePages.items;
+  for (size_t i = 0; i < offered.size(); ++i)
+    if (offered[i].rfind("65001 - ", 0) == 0) dialogs.choice = static_cast<int>(i);
+  ASSERT_GE(dialogs.choice, 0);
+  Click(options, "btnCodePage");
+  EXPECT_EQ(dialogs.title, "Choose a Code page");
+  EXPECT_EQ(dialogs.items, offered);
+  EXPECT_EQ(Control(options, "CodePage").text, "65001");
+  dialogs.choice = -1;
+  Click(options, "btnCodePage");
+  EXPECT_EQ(Control(options, "CodePage").text, "65001");
+  Click(options, "Optimize", true);
+  Pick(options, "FileAlign", 2);
+  options.WriteActionData(action);
+  EXPECT_EQ(action.CodePage, "65001");
+  EXPECT_TRUE(action.Optimize);
+  EXPECT_EQ(action.FileAlign, TCSharpFileAlign::fa1024);
+
+  // The resource editor adds a file, with or without a name, once a file is entered.
+  TCSharpCompilerResourcesFrame resources;
+  resources.ReadActionData(action);
+  EXPECT_FALSE(Control(resources, "btnAddResource").enabled);
+  dialogs.file = "/src/app/Strings.resources";
+  Click(resources, "btnResourceFile");
+  Type(resources, "ResourceName", "App.Strings.resources");
+  Click(resources, "btnAddResource");
+  EXPECT_EQ(Control(resources, "ResourceFile").text, "");
+  EXPECT_EQ(Control(resources, "ResourceName").text, "");
+  EXPECT_TRUE(Refused(resources, "btnAddResource", TWrenPageEventKind::Click));
+  Type(resources, "ResourceFile", "logo.bmp");
+  Click(resources, "btnAddResource");
+  resources.WriteActionData(action);
+  EXPECT_EQ(action.Resources, "/src/app/Strings.resources=App.Strings.resources,logo.bmp");
+
+  TVBDotNetCompilerAssembliesFrame vbAssemblies;
+  TWrenVBDotNetCompilerAction vb;
+  vbAssemblies.ReadActionData(vb);
+  dialogs.file = "/keys/app.snk";
+  Click(vbAssemblies, "btnKeyFile");
+  EXPECT_NE(dialogs.filter.find("*.snk"), std::string::npos);
+  Click(vbAssemblies, "DelaySign", true);
+  vbAssemblies.WriteActionData(vb);
+  EXPECT_EQ(vb.KeyFile, "/keys/app.snk");
+  EXPECT_TRUE(vb.DelaySign);
 }
 
 }  // namespace

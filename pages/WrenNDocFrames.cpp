@@ -6,6 +6,13 @@
 
 namespace wren {
 
+namespace {
+
+const std::vector<std::string> kShippedDocumenters = {"MSDN",      "VS.NET_2003", "JavaDoc",
+                                                      "LaTeX",     "LinearHtml",  "XML"};
+
+}  // namespace
+
 void TNDOCFrame::SetUseProjectFile(bool useProjectFile) {
   rbProjectFile.checked = useProjectFile;
   rbAssemblies.checked = !useProjectFile;
@@ -54,9 +61,45 @@ bool TNDOCFrame::BrowseNamespaceSummaries() {
   return GetFile(edNamespaceSummaries, kSummariesFilter);
 }
 
+void TNDOCFrame::ListControls(TWrenPageControls& controls) {
+  const auto follow = [this] { SetUseProjectFile(rbProjectFile.checked); };
+  controls.RadioButton("rbAssemblies", "source", rbAssemblies, follow);
+  controls.RadioButton("rbProjectFile", "source", rbProjectFile, follow);
+  controls.Edit("edProjectFile", edProjectFile);
+  controls.Button("btnProjectFile", "...", [this] { BrowseProjectFile(); }, edProjectFile.enabled);
+  controls.Memo("mmAssemblies", mmAssemblies);
+  controls.Memo("mmReferencePaths", mmReferencePaths);
+  controls.Edit("edNamespaceSummaries", edNamespaceSummaries);
+  controls.Button("btnNamespaceSummaries", "...", [this] { BrowseNamespaceSummaries(); },
+                  edNamespaceSummaries.enabled);
+  controls.CheckBox("cbVerbose", cbVerbose);
+}
+
 TNDocDocumenterFrame::TNDocDocumenterFrame() {
   cbDocumenter.caption = "Documenter";
-  cbDocumenter.items = {"MSDN", "VS.NET_2003", "JavaDoc", "LaTeX", "LinearHtml", "XML"};
+  cbDocumenter.items = kShippedDocumenters;
+}
+
+void TNDocDocumenterFrame::SetDocumenterName(const std::string& name) {
+  const std::string wanted = Trim(name);
+  if (wanted.empty()) return;
+  // One name of the user's own at a time, so typing a name letter by letter lists only the last.
+  cbDocumenter.items.resize(kShippedDocumenters.size());
+  for (size_t i = 0; i < cbDocumenter.items.size(); ++i) {
+    if (SameText(cbDocumenter.items[i], wanted)) {
+      cbDocumenter.itemIndex = static_cast<int>(i);
+      return;
+    }
+  }
+  cbDocumenter.items.push_back(wanted);
+  cbDocumenter.itemIndex = static_cast<int>(cbDocumenter.items.size()) - 1;
+}
+
+void TNDocDocumenterFrame::ListControls(TWrenPageControls& controls) {
+  controls.ComboBox("cbDocumenter", cbDocumenter);
+  controls.Edit("edDocumenterName", edDocumenterName,
+                [this] { SetDocumenterName(edDocumenterName.text); });
+  controls.Memo("mmProperties", mmProperties);
 }
 
 void TNDocDocumenterFrame::ReadActionData(TWrenAction& action) {

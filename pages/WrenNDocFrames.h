@@ -15,6 +15,7 @@ class TNDOCFrame : public TFrame {
   static constexpr const char* kProjectFilter = "NDoc Projects (*.ndoc)|*.ndoc|All Files (*.*)|*.*";
   static constexpr const char* kSummariesFilter = "XML Files (*.xml)|*.xml|All Files (*.*)|*.*";
 
+  TNDOCFrame() { SetUseProjectFile(false); }
   static std::string StaticClassName() { return "TNDOCFrame"; }
   std::string PageName() const override { return "NDoc"; }
   void ReadActionData(TWrenAction& action) override;
@@ -25,6 +26,7 @@ class TNDOCFrame : public TFrame {
   void SetUseProjectFile(bool useProjectFile);
   bool BrowseProjectFile();
   bool BrowseNamespaceSummaries();
+  void ListControls(TWrenPageControls& controls) override;
 
   TRadioButtonModel rbAssemblies{"Assemblies"};
   TRadioButtonModel rbProjectFile{"NDoc Project File"};
@@ -46,8 +48,13 @@ class TNDocDocumenterFrame : public TFrame {
   void WriteActionData(TWrenAction& action) override;
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
   bool CheckPage(std::string& message) override;
+  void ListControls(TWrenPageControls& controls) override;
+  /// A documenter typed by name: selects the listed one of that name (ignoring case), else
+  /// lists it and selects it. A blank name changes nothing.
+  void SetDocumenterName(const std::string& name);
 
   TComboBoxModel cbDocumenter;
+  TEditModel edDocumenterName{"Other documenter (by name)", ""};
   TMemoModel mmProperties{"Documenter Properties (Name=value per line)", {}};
 };
 

@@ -72,6 +72,27 @@ bool TProjectFilePageBase::CheckPage(std::string& message) {
   return true;
 }
 
+bool TProjectFilePageBase::BrowseOutputDir() {
+  std::string dir = WrenDesignApplicationServices().ExpandText(edOutputDir.text);
+  if (!WrenBrowseForDirectory("Select Output Folder", dir)) return false;
+  edOutputDir.text = dir;
+  return true;
+}
+
+void TProjectFilePageBase::ListControls(TWrenPageControls& controls) {
+  TDotNetToolBaseFrame::ListControls(controls);
+  controls.Edit("edProjectFile", edProjectFile);
+  controls.Button("btnProjectFile", "...", [this] { BrowseProjectFile(); });
+  controls.Edit("edConfigName", edConfigName);
+  controls.Edit("edOutputDir", edOutputDir);
+  controls.Button("btnOutputDir", "...", [this] { BrowseOutputDir(); });
+  controls.Edit("edCFResGen", edCFResGen);
+  controls.Button("btnCFResGen", "...", [this] { BrowseCFResGen(); });
+  controls.CheckBox("cbCopyConfigFiles", cbCopyConfigFiles);
+  controls.CheckBox("cbNoLogo", cbNoLogo);
+  controls.CheckBox("cbOutputInUTF8", cbOutputInUTF8);
+}
+
 TProjectCompilerFrame::TProjectCompilerFrame()
     : TProjectFilePageBase("C# Projects (*.csproj;*.csdproj)|*.csproj;*.csdproj") {}
 

@@ -23,6 +23,13 @@ class TProjectFilePageBase : public TDotNetToolBaseFrame {
 
   /// The file dialog for the project file; false (unchanged) when cancelled.
   bool BrowseProjectFile() { return GetFile(edProjectFile, projectFilter_); }
+  /// The folder dialog for the output folder; false (unchanged) when cancelled.
+  bool BrowseOutputDir();
+  /// The file dialog for the Compact Framework's resgen; false (unchanged) when cancelled.
+  bool BrowseCFResGen() { return GetFile(edCFResGen, kProgramFilter); }
+  void ListControls(TWrenPageControls& controls) override;
+
+  static constexpr const char* kProgramFilter = "Programs (*.exe)|*.exe|All Files (*.*)|*.*";
 
   TEditModel edProjectFile;
   TEditModel edConfigName;

@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
+
 #include "compilers/WrenDotNetProjectCompilerAction.h"
+#include "pages/WrenPageTesting.h"
 
 namespace wren {
 namespace {
@@ -59,6 +62,64 @@ TEST(ProjectCompilerPages, EditThePublishedPropertiesOfEveryProjectAction) {
   EXPECT_EQ(message, "Project File is required.");
   bdsPage.edProjectFile.text = "a.bdsproj";
   EXPECT_TRUE(bdsPage.CheckPage(message));
+}
+
+TEST(ProjectCompilerPages, EveryProjectPageIsDrivenThroughItsControls) {
+  struct TCase {
+    std::unique_ptr<TProjectFilePageBase> page;
+    std::unique_ptr<TWrenAction> action;
+    const char* projectFilter;
+  };
+  TCase cases[] = {
+      {std::make_unique<TProjectCompilerFrame>(), std::make_unique<TWrenCSProjCompilerAction>(),
+       "C# Projects (*.csproj;*.csdproj)|*.csproj;*.csdproj"},
+      {std::make_unique<TVBProjPropertyPage>(), std::make_unique<TWrenVBProjCompilerAction>(),
+       "VB.NET Projects (*.vbproj;*.vbdproj)|*.vbproj;*.vbdproj"},
+      {std::make_unique<TJSharpPropertyPage>(), std::make_unique<TWrenJSProjCompilerAction>(),
+       "J# Projects (*.vjsproj)|*.vjsproj"},
+      {std::make_unique<TCSharpBuilderPropertyPage>(),
+       std::make_unique<TWrenBorlandCSBuilderProjCompilerAction>(),
+       "C# Builder Projects (*.bdsproj)|*.bdsproj"},
+  };
+  for (TCase& c : cases) {
+    SCOPED_TRACE(c.projectFilter);
+    TProjectFilePageBase& page = *c.page;
+    page.InitPage(*c.action);
+    page.ReadActionData(*c.action);
+    EXPECT_EQ(pagetest::Layout(page),
+              (std::vector<std::string>{
+                  "lblHeading:label", "pnlVersion:panel", "lblVersion:label",
+                  "rbDefaultVersion:radio", "rbUseVersion:radio", "cbVersion:combo",
+                  "edProjectFile:edit", "btnProjectFile:button", "edConfigName:edit",
+                  "edOutputDir:edit", "btnOutputDir:button", "edCFResGen:edit",
+                  "btnCFResGen:button", "cbCopyConfigFiles:checkbox", "cbNoLogo:checkbox",
+                  "cbOutputInUTF8:checkbox"}));
+    EXPECT_EQ(pagetest::Control(page, "edConfigName").caption, "Configuration:");
+
+    pagetest::TAnsweringDialogs dialogs;
+    dialogs.file = "/src/App.proj";
+    pagetest::Click(page, "btnProjectFile");
+    EXPECT_EQ(dialogs.filter, c.projectFilter);
+    dialogs.file = "/opt/cf/resgen.exe";
+    pagetest::Click(page, "btnCFResGen");
+    EXPECT_EQ(dialogs.filter, TProjectFilePageBase::kProgramFilter);
+    dialogs.folder = "/out";
+    pagetest::Click(page, "btnOutputDir");
+    EXPECT_EQ(dialogs.title, "Select Output Folder");
+    pagetest::Type(page, "edConfigName", "Debug");
+    pagetest::Click(page, "cbOutputInUTF8", true);
+    page.WriteActionData(*c.action);
+    const TPropertyTable& props = c.action->GetPublishedProperties();
+    auto value = [&](const char* name) {
+      const TPublishedProperty* p = FindProperty(props, name);
+      return p ? PropertyValueToString(*p, p->get(*c.action)) : std::string("(none)");
+    };
+    EXPECT_EQ(value("ProjectFile"), "/src/App.proj");
+    EXPECT_EQ(value("CFResGen"), "/opt/cf/resgen.exe");
+    EXPECT_EQ(value("OutputDir"), "/out");
+    EXPECT_EQ(value("ConfigName"), "Debug");
+    EXPECT_EQ(value("OutputInUTF8"), "true");
+  }
 }
 
 }  // namespace

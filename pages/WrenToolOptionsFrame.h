@@ -7,6 +7,10 @@
 
 namespace wren {
 
+/// The folder dialog for an edit of an outside tool's page: starts at the edit's expanded text and
+/// takes the chosen folder; false (unchanged) when cancelled.
+bool GetFolder(TEditModel& edit, const std::string& title);
+
 /// One edit with the tool's location, read from and written to its options; Browse offers
 /// programs matching the filter.
 class TToolOptionsFrame : public TWrenOptionsFrame {
@@ -17,6 +21,7 @@ class TToolOptionsFrame : public TWrenOptionsFrame {
   void ReadOptions(TWrenOptionsObject& options) override;
   void WriteOptions(TWrenOptionsObject& options) override;
   bool BrowseLocation();
+  void ListControls(TWrenPageControls& controls) override;
 
   TEditModel edLocation;
 

@@ -10,6 +10,8 @@ TWrenCustomVBDotNetCompilerAction& VB(TWrenAction& action) {
   return dynamic_cast<TWrenCustomVBDotNetCompilerAction&>(action);
 }
 
+const char kKeyFileFilter[] = "Key Files (*.snk)|*.snk|All Files (*.*)|*.*";
+
 }  // namespace
 
 TVBDOTNETCompilerMainFrame::TVBDOTNETCompilerMainFrame()
@@ -25,6 +27,11 @@ void TVBDOTNETCompilerMainFrame::ReadActionData(TWrenAction& action) {
 void TVBDOTNETCompilerMainFrame::WriteActionData(TWrenAction& action) {
   TManagedCompilerMainFrame::WriteActionData(action);
   VB(action).RootNameSpace = RootNameSpace.text;
+}
+
+void TVBDOTNETCompilerMainFrame::ListControls(TWrenPageControls& controls) {
+  TManagedCompilerMainFrame::ListControls(controls);
+  controls.Edit("RootNameSpace", RootNameSpace);
 }
 
 TVBDotNetCompilerOptionsFrame::TVBDotNetCompilerOptionsFrame() {
@@ -61,6 +68,19 @@ void TVBDotNetCompilerOptionsFrame::WriteActionData(TWrenAction& action) {
   a.SDKPath = SDKPath.text;
 }
 
+void TVBDotNetCompilerOptionsFrame::ListControls(TWrenPageControls& controls) {
+  TManagedCompilerOptionsFrame::ListControls(controls);
+  controls.CheckBox("OptionExplicit", OptionExplicit);
+  controls.CheckBox("OptionStrict", OptionStrict);
+  controls.ComboBox("OptionCompare", OptionCompare);
+  controls.CheckBox("RemoveIntChecks", RemoveIntChecks);
+  controls.CheckBox("TargetCF", TargetCF);
+  controls.CheckBox("Verbose", Verbose);
+  controls.CheckBox("Quiet", Quiet);
+  controls.Edit("Imports", Imports);
+  controls.Edit("SDKPath", SDKPath);
+}
+
 void TVBDotNetCompilerAssembliesFrame::ReadActionData(TWrenAction& action) {
   TManagedCompilerAssembliesFrame::ReadActionData(action);
   const TWrenCustomVBDotNetCompilerAction& a = VB(action);
@@ -75,6 +95,16 @@ void TVBDotNetCompilerAssembliesFrame::WriteActionData(TWrenAction& action) {
   a.DelaySign = DelaySign.checked;
   a.KeyFile = KeyFile.text;
   a.KeyContainer = KeyContainer.text;
+}
+
+bool TVBDotNetCompilerAssembliesFrame::BrowseKeyFile() { return GetFile(KeyFile, kKeyFileFilter); }
+
+void TVBDotNetCompilerAssembliesFrame::ListControls(TWrenPageControls& controls) {
+  TManagedCompilerAssembliesFrame::ListControls(controls);
+  controls.CheckBox("DelaySign", DelaySign);
+  controls.Edit("KeyFile", KeyFile);
+  controls.Button("btnKeyFile", "...", [this] { BrowseKeyFile(); });
+  controls.Edit("KeyContainer", KeyContainer);
 }
 
 std::vector<TWrenPagePropertyInfo> TVBDOTNETCompilerMainFrame::PropertyInfo() const {

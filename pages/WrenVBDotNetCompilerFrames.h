@@ -15,6 +15,7 @@ class TVBDOTNETCompilerMainFrame : public TManagedCompilerMainFrame {
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
+  void ListControls(TWrenPageControls& controls) override;
 
   TEditModel RootNameSpace{"Root namespace:", ""};
 };
@@ -27,6 +28,7 @@ class TVBDotNetCompilerOptionsFrame : public TManagedCompilerOptionsFrame {
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
+  void ListControls(TWrenPageControls& controls) override;
 
   TCheckBoxModel OptionExplicit{"Option Explicit"};
   TCheckBoxModel OptionStrict{"Option Strict"};
@@ -52,6 +54,9 @@ class TVBDotNetCompilerAssembliesFrame : public TManagedCompilerAssembliesFrame 
   void ReadActionData(TWrenAction& action) override;
   void WriteActionData(TWrenAction& action) override;
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
+  void ListControls(TWrenPageControls& controls) override;
+  /// The file dialog for the key file; false (unchanged) when cancelled.
+  bool BrowseKeyFile();
 
   TCheckBoxModel DelaySign{"Delay sign the assembly"};
   TEditModel KeyFile{"Key file:", ""};

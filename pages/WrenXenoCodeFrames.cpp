@@ -28,6 +28,13 @@ bool TXenoCodeFrame::CheckPage(std::string& message) {
 
 bool TXenoCodeFrame::BrowseProjectFile() { return GetFile(edProjectFile, kProjectFilter); }
 
+void TXenoCodeFrame::ListControls(TWrenPageControls& controls) {
+  controls.Edit("edProjectFile", edProjectFile);
+  controls.Button("btnProjectFile", "...", [this] { BrowseProjectFile(); });
+  controls.Memo("mmExtraSwitches", mmExtraSwitches);
+  controls.Label("lblHint", lblHint);
+}
+
 std::vector<TWrenPagePropertyInfo> TXenoCodeFrame::PropertyInfo() const {
   return {{"ProjectFile", edProjectFile.caption, "", "", true},
           {"ExtraSwitches", mmExtraSwitches.caption, lblHint.caption}};

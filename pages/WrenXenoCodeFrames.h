@@ -18,6 +18,7 @@ class TXenoCodeFrame : public TFrame {
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
   bool CheckPage(std::string& message) override;
   bool BrowseProjectFile();
+  void ListControls(TWrenPageControls& controls) override;
 
   TEditModel edProjectFile{"Project File", ""};
   TMemoModel mmExtraSwitches{"Switches (one per line)", {}};
