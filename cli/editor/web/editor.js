@@ -992,13 +992,18 @@ async function openOptions() {
 
 // --- Run ------------------------------------------------------------------------------------
 
-const run = { source: null, total: 0, names: new Map(), going: false };
+const run = { source: null, total: 0, names: new Map(), going: false, follow: true };
+
+// The log follows new lines until the user scrolls up to read, and again once they scroll back down.
+$('#run-log').addEventListener('scroll', () => {
+  const log = $('#run-log');
+  run.follow = log.scrollTop + log.clientHeight >= log.scrollHeight - 8;
+});
 
 function logLine(text, kind, attrs = {}) {
   const log = $('#run-log');
-  const atEnd = log.scrollTop + log.clientHeight >= log.scrollHeight - 4;
   log.append(el('div', { class: `line ${kind}`, ...attrs }, text));
-  if (atEnd) log.scrollTop = log.scrollHeight;
+  if (run.follow) log.scrollTop = log.scrollHeight;
 }
 
 function setRunning(going) {
@@ -1095,6 +1100,7 @@ async function startRun(dryRun) {
   run.dryRun = dryRun;
   run.names.clear();
   $('#run-log').replaceChildren();
+  run.follow = true;
   $('#run-panel').hidden = false;
   $('#run-heading').textContent = dryRun ? 'Dry run log' : 'Run log';
   setRunning(true);
