@@ -39,7 +39,12 @@ async function save(page) {
 }
 
 test('a GAC install step with a reference count is saved with exactly the properties set on its page', async (t) => {
-  const { page, project } = await session(t, 'new.mbproj');
+  const { page, project, machine } = await session(t, (m) => {
+    fs.mkdirSync(m.path('bin'));
+    fs.writeFileSync(m.path('bin', 'Core.dll'), 'MZ');
+    fs.writeFileSync(m.path('bin', 'readme.txt'), '');
+    return m.path('new.mbproj');
+  });
   assert.equal(fs.existsSync(project), false);
   assert.equal(await page.locator('#file-name').textContent(), 'new.mbproj');
 
@@ -58,7 +63,31 @@ test('a GAC install step with a reference count is saved with exactly the proper
   await page.getByRole('dialog').getByText('Assembly Path is required.').waitFor();
   await page.getByRole('dialog').getByRole('button', { name: 'OK' }).click();
 
-  await page.locator('[data-control="edAssemblyPath"]').fill('%ProjectDir%/bin/Core.dll');
+  // The browse button opens the page's file dialog in the project's folder, with the page's filter.
+  const pathField = page.locator('[data-control="edAssemblyPath"]');
+  const browse = page.getByRole('button', { name: /^Browse: Assembly Path/ });
+  const chooser = page.getByRole('dialog', { name: 'Select File' });
+  const entries = chooser.getByRole('listbox', { name: 'Folder contents' }).getByRole('option');
+  const listed = () => entries.allTextContents();
+  await browse.click();
+  await chooser.waitFor();
+  assert.deepEqual(await chooser.getByLabel('Files of type').locator('option').allTextContents(),
+    ['Assemblies (*.dll, *.exe)', 'All Files (*.*)']);
+  await entries.filter({ hasText: 'bin/' }).dblclick();
+  await entries.filter({ hasText: 'Core.dll' }).waitFor();
+  assert.equal(await chooser.getByLabel('Folder').inputValue(), machine.path('bin'));
+  assert.deepEqual(await listed(), ['Core.dll']);
+  await chooser.getByLabel('Files of type').selectOption({ label: 'All Files (*.*)' });
+  assert.deepEqual(await listed(), ['Core.dll', 'readme.txt']);
+  await entries.filter({ hasText: 'Core.dll' }).click();
+  await settled(page, () => chooser.getByRole('button', { name: 'OK' }).click());
+  assert.equal(await pathField.inputValue(), machine.path('bin', 'Core.dll'));
+  // Cancel leaves the field as it was.
+  await browse.click();
+  await settled(page, () => chooser.getByRole('button', { name: 'Cancel' }).click());
+  assert.equal(await pathField.inputValue(), machine.path('bin', 'Core.dll'));
+
+  await pathField.fill('%ProjectDir%/bin/Core.dll');
   await fields[0].fill('UNINSTALL_KEY');
   await fields[1].fill('Core');
   await fields[2].fill('Installed by "the build"');
@@ -112,6 +141,32 @@ test('a C# compiler step keeps its tab until the main page is complete, and save
   assert.equal(action.properties.Optimize, 'true');
   assert.equal(action.properties.ProjectDir, '%ProjectDir%');
   assert.equal(action.properties.Files, 'src/*.cs');
+});
+
+test('a project compiler takes its project file from its own file dialog', async (t) => {
+  const { page, project, machine } = await session(t, (m) => {
+    fs.mkdirSync(m.path('vs'));
+    fs.writeFileSync(m.path('vs', 'App.csproj'), '<Project/>');
+    fs.writeFileSync(m.path('vs', 'App.vbproj'), '<Project/>');
+    return m.path('projects.mbproj');
+  });
+  await addStep(page, 'Compilers', 'Microsoft C# Project Compiler');
+  await page.getByRole('button', { name: 'Browse ProjectFile' }).click();
+  const chooser = page.getByRole('dialog', { name: 'Select Project File' });
+  const entries = chooser.getByRole('listbox', { name: 'Folder contents' }).getByRole('option');
+  await chooser.waitFor();
+  assert.deepEqual(await chooser.getByLabel('Files of type').locator('option').allTextContents(), ['C# Projects (*.csproj)']);
+  await entries.filter({ hasText: 'vs/' }).dblclick();
+  await entries.filter({ hasText: 'App.csproj' }).waitFor();
+  assert.deepEqual(await entries.allTextContents(), ['App.csproj']);
+  await chooser.getByLabel('File name').fill('App');
+  await settled(page, () => chooser.getByRole('button', { name: 'OK' }).click());
+  // The editor's default extension completes a name typed without one.
+  assert.equal(await page.getByLabel('ProjectFile').inputValue(), machine.path('vs', 'App.csproj'));
+  await save(page);
+  const [action] = await readProject(page, project);
+  assert.equal(action.className, 'TWrenCSProjCompilerAction');
+  assert.equal(action.properties.ProjectFile, machine.path('vs', 'App.csproj'));
 });
 
 test('Tools > Options shows the .NET options page and OK stores the options', async (t) => {
