@@ -75,7 +75,7 @@ test('a GAC install step with a reference count is saved with exactly the proper
     ['Assemblies (*.dll, *.exe)', 'All Files (*.*)']);
   await entries.filter({ hasText: 'bin/' }).dblclick();
   await entries.filter({ hasText: 'Core.dll' }).waitFor();
-  assert.equal(await chooser.getByLabel('Folder').inputValue(), machine.path('bin'));
+  assert.equal(await chooser.getByLabel('Folder', { exact: true }).inputValue(), machine.path('bin'));
   assert.deepEqual(await listed(), ['Core.dll']);
   await chooser.getByLabel('Files of type').selectOption({ label: 'All Files (*.*)' });
   assert.deepEqual(await listed(), ['Core.dll', 'readme.txt']);
@@ -162,7 +162,7 @@ test('a project compiler takes its project file from its own file dialog', async
   await chooser.getByLabel('File name').fill('App');
   await settled(page, () => chooser.getByRole('button', { name: 'OK' }).click());
   // The editor's default extension completes a name typed without one.
-  assert.equal(await page.getByLabel('ProjectFile').inputValue(), machine.path('vs', 'App.csproj'));
+  assert.equal(await page.getByLabel('ProjectFile', { exact: true }).inputValue(), machine.path('vs', 'App.csproj'));
   await save(page);
   const [action] = await readProject(page, project);
   assert.equal(action.className, 'TWrenCSProjCompilerAction');
