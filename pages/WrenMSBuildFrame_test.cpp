@@ -31,7 +31,8 @@ TEST(MSBuildFrame, GroupsComeFirstAndTheVersionPanelLast) {
                             {"LogLevel", "Logging Level :"},
                             {"grpOtherOptions", "Other Options"},
                             {"NoLogo", "Surpress display of logo banner"},
-                            {"Restricted", "Restricted (build process runs with fewer permissions)"},
+                            {"Restricted",
+                             "Restricted (build process runs with fewer permissions)"},
                             {"rbDefaultVersion", "Use Default SDK Version"}});
   const TWrenPageControl grid = pt::Control(page, "Properties");
   EXPECT_EQ(grid.items, (std::vector<std::string>{"Property", "Value"}));
