@@ -169,6 +169,35 @@ test('a project compiler takes its project file from its own file dialog', async
   assert.equal(action.properties.ProjectFile, machine.path('vs', 'App.csproj'));
 });
 
+test('saving over a file changed on disk asks first, and a new variable is saved once the user agrees', async (t) => {
+  const original = '<?xml version="1.0" encoding="UTF-8"?>\n<MarrowbyProject version="1">\n  <Actions>\n  </Actions>\n</MarrowbyProject>\n';
+  const { page, project } = await session(t, (m) => {
+    fs.writeFileSync(m.path('vars.mbproj'), original);
+    return m.path('vars.mbproj');
+  });
+  await page.getByRole('button', { name: 'Add variable' }).click();
+  await page.getByLabel('Variable 1 name').fill('OUT');
+  await page.getByLabel('Variable 1 value').fill('%ProjectDir%/out');
+  await settled(page, () => page.getByLabel('Variable 1 value').press('Tab'));
+  assert.equal(await page.locator('#dirty-marker').isVisible(), true);
+
+  const changed = original.replace('<Actions>', '<Actions><!-- edited elsewhere -->');
+  fs.writeFileSync(project, changed);
+  const question = page.getByRole('dialog').filter({ hasText: 'The file was changed on disk. Overwrite?' });
+  await page.getByRole('button', { name: 'Save', exact: true }).click();
+  await settled(page, () => question.getByRole('button', { name: 'No' }).click());
+  assert.equal(fs.readFileSync(project, 'utf8'), changed);
+
+  await page.getByRole('button', { name: 'Save', exact: true }).click();
+  await question.getByRole('button', { name: 'Yes' }).click();
+  await page.getByRole('status').filter({ hasText: 'Saved' }).waitFor();
+  const saved = await page.evaluate((text) => {
+    const doc = new DOMParser().parseFromString(text, 'application/xml');
+    return [...doc.querySelectorAll('Variables > Variable')].map((v) => [v.getAttribute('name'), v.textContent]);
+  }, fs.readFileSync(project, 'utf8'));
+  assert.deepEqual(saved, [['OUT', '%ProjectDir%/out']]);
+});
+
 test('Tools > Options shows the .NET options page and OK stores the options', async (t) => {
   const { page, machine } = await session(t, 'options.mbproj', { mono: true });
   await page.getByRole('button', { name: 'Tools' }).click();
