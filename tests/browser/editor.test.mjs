@@ -238,6 +238,13 @@ test('the example project runs from the page and every step reports success', { 
     assert.equal(await log.locator('.step-start', { hasText: `[${n}/${steps}] ` }).count(), 1);
   }
   await screenshot(page, 'run-log');
+
+  // A dry run shows each tool's command instead of starting it.
+  await page.getByRole('button', { name: 'Dry run' }).click();
+  await page.getByRole('heading', { name: 'Dry run log' }).waitFor();
+  await log.locator('[data-build]').waitFor({ timeout: 300_000 });
+  assert.equal(await log.locator('[data-build]').getAttribute('data-build'), 'succeeded', await log.textContent());
+  assert.ok(await log.locator('.dry', { hasText: 'executable:' }).count() > 0);
 });
 
 test('requests without the token or from another origin are refused', async (t) => {

@@ -89,6 +89,7 @@ export class Machine {
       child.once('exit', (code, signal) => reject(new Error(`marrowby edit ended (${code ?? signal}) before printing its address: ${stderr}`)));
       child.once('error', reject);
     });
+    editor.started = true;
     const url = new URL(first.trim());
     editor.url = url.href;
     editor.origin = url.origin;
@@ -114,16 +115,22 @@ export class Machine {
     return { context, page };
   }
 
+  /// Ends the browsers and editors and removes the machine; throws when an editor did not exit 0
+  /// on SIGTERM (a crash or a sanitizer's report).
   async close() {
     for (const context of this.browsers) await context.close().catch(() => {});
-    for (const { child } of this.editors) {
+    const problems = [];
+    for (const { child, stderr, started } of this.editors) {
       if (child.exitCode === null && child.signalCode === null) {
         const ended = new Promise((resolve) => child.once('exit', resolve));
         child.kill('SIGTERM');
         await ended;
       }
+      // One that never started has had its failure reported already.
+      if (started && child.exitCode !== 0) problems.push(`marrowby edit exited ${child.exitCode ?? child.signalCode}: ${stderr()}`);
     }
     fs.rmSync(this.root, { recursive: true, force: true });
+    if (problems.length) throw new Error(problems.join('\n'));
   }
 }
 
