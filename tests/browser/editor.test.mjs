@@ -93,8 +93,8 @@ test('a GAC install step with a reference count is saved with exactly the proper
   await fields[2].fill('Installed by "the build"');
   await settled(page, () => fields[2].press('Tab'));
   assert.deepEqual(await Promise.all(fields.map((f) => f.inputValue())), ['UNINSTALL_KEY', 'Core', 'Installed by "the build"']);
-  await screenshot(page, 'gac-install-page');
   await save(page);
+  await screenshot(page, 'gac-install-page');
 
   assert.equal(await page.locator('#dirty-marker').isHidden(), true);
   const actions = await readProject(page, project);

@@ -921,7 +921,7 @@ async function save() {
     await api('POST', '/api/save', { force: true });
   }
   await loadProject();
-  setStatus(`Saved ${state.project.file}`);
+  setStatus(`Saved ${splitPath(state.project.file).name}`);
   return true;
 }
 $('#cmd-save').addEventListener('click', () => act(save));
