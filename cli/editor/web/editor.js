@@ -239,13 +239,14 @@ async function browseDialog({ title, filter, initial, folders }) {
 }
 
 /// A pick from a list (the code-page picker); resolves with the index or undefined.
-function listDialog({ title, caption, items }) {
+function listDialog({ title, caption, items, initial }) {
   const dialog = $('#list-dialog');
   $('#list-title').textContent = title || '';
   $('#list-caption').textContent = caption || title || 'Items';
   const select = $('#list-items');
   select.replaceChildren(...(items || []).map((text, i) => el('option', { value: String(i) }, text)));
-  select.selectedIndex = -1;
+  // The page's current choice comes first selected.
+  select.selectedIndex = (items || []).indexOf(initial);
   const error = $('.dialog-error', dialog);
   error.textContent = '';
   return modal(dialog, ({ finish, on }) => {
@@ -755,13 +756,12 @@ function drawPropertyEditors(editors) {
     input.value = editor.value || '';
     const browse = el('button', { type: 'button', 'aria-label': `Browse ${editor.property}`, title: editor.title }, '...');
     const setValue = async (value) => {
+      // The server reads the open pages again from the step, so their own changes go in first.
+      if (!(await commitPages())) return;
       const answer = await api('PUT', `/api/steps/${state.selected}/properties/${encodeURIComponent(editor.property)}`, { value });
       if (answer.step) state.project.steps[state.selected] = answer.step;
-      editor.value = value;
-      input.value = value;
       await loadProject();
-      // The pages show the property too; reread them unless they hold changes of their own.
-      if (!state.pagesDirty) await openPages();
+      await openPages();
     };
     input.addEventListener('change', () => act(() => setValue(input.value)));
     browse.addEventListener('click', () => act(async () => {
