@@ -103,7 +103,8 @@ void TCSharpCompilerDebuggingFrame::ListControls(TWrenPageControls& controls) {
 
 std::vector<TWrenPagePropertyInfo> TCSharpCompilerMainFrame::PropertyInfo() const {
   std::vector<TWrenPagePropertyInfo> info = TManagedCompilerMainFrame::PropertyInfo();
-  info.push_back({"DocFile", DocFile.caption});
+  // The documentation file sits between the files and the output file, as on the page.
+  info.insert(info.begin() + 2, {"DocFile", DocFile.caption});
   return info;
 }
 

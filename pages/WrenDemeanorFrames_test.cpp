@@ -17,9 +17,9 @@ TEST(DemeanorPages, ControlsInTabOrderAndTheirBrowseButtons) {
   TDemeanorExcludeFrame exclude;
   pe.ReadActionData(action);
   exclude.ReadActionData(action);
-  EXPECT_EQ(Layout(pe), (std::vector<std::string>{"edInputAssembly:edit", "btnInputAssembly:button",
-                                                  "edOutputDirectory:edit",
-                                                  "btnOutputDirectory:button"}));
+  EXPECT_EQ(Layout(pe),
+            (std::vector<std::string>{"edInputAssembly:edit", "btnInputAssembly:button",
+                                      "edOutputDirectory:edit", "btnOutputDirectory:button"}));
   EXPECT_EQ(Layout(exclude), (std::vector<std::string>{"mmExtraSwitches:memo", "lblHint:label"}));
   EXPECT_EQ(Control(exclude, "lblHint").caption,
             "Demeanor's switches are not publicly documented; they are passed as written");

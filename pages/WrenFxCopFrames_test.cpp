@@ -81,12 +81,10 @@ TEST(FxCopPages, ControlsInTabOrderAndTheirReactionsReachTheAction) {
     const char* filter;
     std::string TWrenFxCopAction::*field;
   };
-  for (const TBrowse& b : {TBrowse{"btnOutputFile", TFrameFxCopOptions::kReportFilter,
-                                   &TWrenFxCopAction::OutputFile},
-                           TBrowse{"btnOutputXsl", TFrameFxCopOptions::kXslFilter,
-                                   &TWrenFxCopAction::OutputXsl},
-                           TBrowse{"btnConsoleXsl", TFrameFxCopOptions::kXslFilter,
-                                   &TWrenFxCopAction::ConsoleXsl}}) {
+  for (const TBrowse& b :
+       {TBrowse{"btnOutputFile", TFrameFxCopOptions::kReportFilter, &TWrenFxCopAction::OutputFile},
+        TBrowse{"btnOutputXsl", TFrameFxCopOptions::kXslFilter, &TWrenFxCopAction::OutputXsl},
+        TBrowse{"btnConsoleXsl", TFrameFxCopOptions::kXslFilter, &TWrenFxCopAction::ConsoleXsl}}) {
     dialogs.file = std::string("/out/") + b.button;
     Click(options, b.button);
     EXPECT_EQ(dialogs.filter, b.filter) << b.button;

@@ -219,15 +219,15 @@ TEST(CompilerPages, EveryLanguagePageListsItsControlsInTabOrder) {
   const TLayout source = {"ProjectDirectory:edit", "btnProjectDirectory:button",
                           "FilesToCompile:edit", "FilesHint:label"};
   const TLayout output = {"OutputFile:edit", "btnOutputFile:button", "TargetType:combo"};
-  const TLayout options = {"Optimize:checkbox",   "NoLogo:checkbox",    "OutputInUTF8:checkbox",
-                           "BaseAddress:edit",    "MainClass:edit",     "CodePage:edit",
-                           "btnCodePage:button",  "RecurseDir:edit",    "RecurseFiles:edit"};
+  const TLayout options = {"Optimize:checkbox",  "NoLogo:checkbox", "OutputInUTF8:checkbox",
+                           "BaseAddress:edit",   "MainClass:edit",  "CodePage:edit",
+                           "btnCodePage:button", "RecurseDir:edit", "RecurseFiles:edit"};
   const TLayout debugging = {"DebugInfo:combo", "Defines:edit", "WarnAsError:checkbox",
                              "SupressWarnings:edit"};
   const TLayout assemblies = {"References:memo", "LibLocations:memo", "Modules:memo"};
-  const TLayout resources = {"Resources:memo",       "ResourceFile:edit",   "btnResourceFile:button",
-                             "ResourceName:edit",    "btnAddResource:button", "LinkResources:memo",
-                             "Win32Resources:memo",  "Icons:memo"};
+  const TLayout resources = {
+      "Resources:memo",        "ResourceFile:edit",  "btnResourceFile:button", "ResourceName:edit",
+      "btnAddResource:button", "LinkResources:memo", "Win32Resources:memo",    "Icons:memo"};
 
   TCSharpCompilerMainFrame csMain;
   TCSharpCompilerOptionsFrame csOptions;
@@ -278,9 +278,19 @@ TEST(CompilerPages, EveryLanguagePageListsItsControlsInTabOrder) {
   for (const TCase& c : cases) {
     SCOPED_TRACE(c.name);
     EXPECT_EQ(Layout(c.page), c.layout);
+    // The properties a page names come in the order of the controls that edit them.
+    const std::vector<TWrenPageControl> controls = PageControls(c.page);
+    size_t previous = 0;
+    for (const TWrenPagePropertyInfo& info : c.page.PropertyInfo()) {
+      size_t at = 0;
+      while (at < controls.size() && controls[at].caption != info.caption) ++at;
+      ASSERT_LT(at, controls.size()) << info.property;
+      EXPECT_GE(at, previous) << info.property;
+      previous = at;
+    }
     // A renderer shows the caption beside each field; none of the page's own may be blank (the
     // version drop-down is captioned by the radio button before it).
-    for (const TWrenPageControl& control : PageControls(c.page)) {
+    for (const TWrenPageControl& control : controls) {
       if (control.kind != TWrenControlKind::Panel && control.parent != "pnlVersion") {
         EXPECT_FALSE(control.caption.empty()) << control.name;
       }

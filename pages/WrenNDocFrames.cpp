@@ -8,8 +8,8 @@ namespace wren {
 
 namespace {
 
-const std::vector<std::string> kShippedDocumenters = {"MSDN",      "VS.NET_2003", "JavaDoc",
-                                                      "LaTeX",     "LinearHtml",  "XML"};
+const std::vector<std::string> kShippedDocumenters = {"MSDN",  "VS.NET_2003", "JavaDoc",
+                                                      "LaTeX", "LinearHtml",  "XML"};
 
 }  // namespace
 

@@ -15,12 +15,11 @@ TEST(NDocPages, ControlsFollowTheSourceChoiceAndTakeATypedDocumenter) {
   TWrenNDocAction action;
 
   TNDOCFrame main;
-  EXPECT_EQ(Layout(main),
-            (std::vector<std::string>{"rbAssemblies:radio", "rbProjectFile:radio",
-                                      "edProjectFile:edit", "btnProjectFile:button",
-                                      "mmAssemblies:memo", "mmReferencePaths:memo",
-                                      "edNamespaceSummaries:edit",
-                                      "btnNamespaceSummaries:button", "cbVerbose:checkbox"}));
+  EXPECT_EQ(Layout(main), (std::vector<std::string>{
+                              "rbAssemblies:radio", "rbProjectFile:radio", "edProjectFile:edit",
+                              "btnProjectFile:button", "mmAssemblies:memo", "mmReferencePaths:memo",
+                              "edNamespaceSummaries:edit", "btnNamespaceSummaries:button",
+                              "cbVerbose:checkbox"}));
   // A fresh page shows the action's default: assemblies, with the project file out of use.
   EXPECT_TRUE(Control(main, "rbAssemblies").checked);
   EXPECT_FALSE(Control(main, "edProjectFile").enabled);
@@ -38,8 +37,8 @@ TEST(NDocPages, ControlsFollowTheSourceChoiceAndTakeATypedDocumenter) {
   Click(main, "rbProjectFile");
   EXPECT_FALSE(Control(main, "rbAssemblies").checked);
   EXPECT_TRUE(Control(main, "edProjectFile").enabled);
-  for (const char* name : {"mmAssemblies", "mmReferencePaths", "edNamespaceSummaries",
-                           "btnNamespaceSummaries"})
+  for (const char* name :
+       {"mmAssemblies", "mmReferencePaths", "edNamespaceSummaries", "btnNamespaceSummaries"})
     EXPECT_FALSE(Control(main, name).enabled) << name;
   dialogs.file = "/doc/api.ndoc";
   Click(main, "btnProjectFile");
@@ -54,9 +53,9 @@ TEST(NDocPages, ControlsFollowTheSourceChoiceAndTakeATypedDocumenter) {
 
   TNDocDocumenterFrame documenter;
   documenter.ReadActionData(action);
-  EXPECT_EQ(Layout(documenter), (std::vector<std::string>{"cbDocumenter:combo",
-                                                          "edDocumenterName:edit",
-                                                          "mmProperties:memo"}));
+  EXPECT_EQ(Layout(documenter),
+            (std::vector<std::string>{"cbDocumenter:combo", "edDocumenterName:edit",
+                                      "mmProperties:memo"}));
   EXPECT_EQ(Control(documenter, "cbDocumenter").itemIndex, 0);
   // Typing a name letter by letter leaves one entry of the user's own, the last one typed.
   Type(documenter, "edDocumenterName", "My");

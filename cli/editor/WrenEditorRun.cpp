@@ -85,9 +85,13 @@ bool TWrenEditorRun::Start(const std::string& projectText, const std::string& fi
       listener.Json().Error(error.file, error.line, error.action, error.property, error.message);
       result.invalid = true;
     }
-    listener.Json().Summary(result);
-    listener.Flush();
-    Finish(id);
+    // The end event and the end of the run are one step: whoever sees the one sees the other,
+    // so a client may start the next run as soon as it has the end event.
+    std::vector<std::string> last;
+    TLineListener end([&last](const std::string& line) { last.push_back(line); });
+    end.Json().Summary(result);
+    end.Flush();
+    Finish(id, last);
   });
   changed_.notify_all();
   return true;
@@ -109,10 +113,12 @@ void TWrenEditorRun::Add(int run, const std::string& line) {
   changed_.notify_all();
 }
 
-void TWrenEditorRun::Finish(int run) {
+void TWrenEditorRun::Finish(int run, const std::vector<std::string>& lines) {
   {
     std::lock_guard lock(mutex_);
-    if (run == run_) running_ = false;
+    if (run != run_) return;
+    lines_.insert(lines_.end(), lines.begin(), lines.end());
+    running_ = false;
   }
   changed_.notify_all();
 }

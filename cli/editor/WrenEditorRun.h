@@ -42,7 +42,8 @@ class TWrenEditorRun {
 
  private:
   void Add(int run, const std::string& line);
-  void Finish(int run);
+  /// Adds the run's last lines and ends it, at once.
+  void Finish(int run, const std::vector<std::string>& lines);
 
   mutable std::mutex mutex_;
   std::condition_variable changed_;

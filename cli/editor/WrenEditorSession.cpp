@@ -321,7 +321,6 @@ json TWrenEditorSession::OpenPages(int index) {
   std::lock_guard lock(mutex_);
   TWrenProjectStep& step = Step(index);
   pages_.clear();
-  pageClasses_.clear();
   pagesOf_ = nullptr;
   const TWrenRegisteredAction* registered = FindRegisteredAction(step.className);
   json pages = json::array();
@@ -336,7 +335,6 @@ json TWrenEditorSession::OpenPages(int index) {
                        {"name", page->PageName()},
                        {"frameClass", frame.name},
                        {"controls", ControlsJson(*page)}});
-      pageClasses_.push_back(frame.name);
       pages_.push_back(std::move(page));
     }
   pagesOf_ = step.action.get();

@@ -70,7 +70,6 @@ class TWrenEditorSession {
   struct TOpenOptions {
     size_t registered = 0;  // index in RegisteredOptions()
     std::vector<std::unique_ptr<TWrenOptionsFrame>> pages;
-    std::vector<std::string> names;
   };
 
   TWrenProjectStep& Step(int index);
@@ -94,7 +93,6 @@ class TWrenEditorSession {
   TWrenDialogsScope dialogsScope_{dialogs_};
   const TCustomWrenAction* pagesOf_ = nullptr;  // the step whose pages are open
   std::vector<std::unique_ptr<TFrame>> pages_;
-  std::vector<std::string> pageClasses_;
   std::vector<TOpenOptions> options_;
   TWrenEditorRun run_;
 };
