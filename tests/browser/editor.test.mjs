@@ -133,6 +133,19 @@ test('a C# compiler step keeps its tab until the main page is complete, and save
   await page.getByRole('tab', { name: 'Options', selected: true }).waitFor();
   await settled(page, () => page.getByLabel('Optimize code').click());
   assert.equal(await page.getByLabel('Optimize code').isChecked(), true);
+
+  // The code-page picker answers in the page; OK needs a choice.
+  await page.getByRole('button', { name: 'Browse: Code page' }).click();
+  const picker = page.getByRole('dialog', { name: 'Choose a Code page' });
+  const codePages = picker.getByLabel('Available Code Pages');
+  await picker.getByRole('button', { name: 'OK' }).click();
+  await picker.getByText('Please select a code page.').waitFor();
+  const first = await codePages.locator('option').first().textContent();
+  assert.match(first, /^\d+ - /);
+  await codePages.selectOption({ index: 0 });
+  await settled(page, () => picker.getByRole('button', { name: 'OK' }).click());
+  const codePage = first.split(' ')[0];
+  assert.equal(await page.getByLabel('Code page:').inputValue(), codePage);
   await screenshot(page, 'compiler-options-page');
   await save(page);
 
@@ -141,6 +154,7 @@ test('a C# compiler step keeps its tab until the main page is complete, and save
   assert.equal(action.properties.Optimize, 'true');
   assert.equal(action.properties.ProjectDir, '%ProjectDir%');
   assert.equal(action.properties.Files, 'src/*.cs');
+  assert.equal(action.properties.CodePage, codePage);
 });
 
 test('a project compiler takes its project file from its own file dialog', async (t) => {
