@@ -35,7 +35,7 @@ async function addStep(page, category, displayName) {
 
 async function save(page) {
   await page.getByRole('button', { name: 'Save', exact: true }).click();
-  await page.getByRole('status').filter({ hasText: 'Saved' }).waitFor();
+  await page.getByRole('status').filter({ hasText: /^Saved / }).waitFor();
 }
 
 test('a GAC install step with a reference count is saved with exactly the properties set on its page', async (t) => {
@@ -204,7 +204,7 @@ test('saving over a file changed on disk asks first, and a new variable is saved
 
   await page.getByRole('button', { name: 'Save', exact: true }).click();
   await question.getByRole('button', { name: 'Yes' }).click();
-  await page.getByRole('status').filter({ hasText: 'Saved' }).waitFor();
+  await page.getByRole('status').filter({ hasText: /^Saved / }).waitFor();
   const saved = await page.evaluate((text) => {
     const doc = new DOMParser().parseFromString(text, 'application/xml');
     return [...doc.querySelectorAll('Variables > Variable')].map((v) => [v.getAttribute('name'), v.textContent]);
