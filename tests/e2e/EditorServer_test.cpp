@@ -86,10 +86,13 @@ class EditorProcess {
 
   /// Reads the run's event stream until the build's end event (or, with `until`, that event).
   std::vector<json> Events(const std::string& until = "build",
-                           const std::function<void(const json&)>& onEvent = {}) const {
+                           const std::function<void(const json&)>& onEvent = {},
+                           const std::string& lastEventId = "") const {
     std::vector<json> events;
     std::string buffer;
-    Client().Get(("/api/run/events?token=" + token).c_str(),
+    httplib::Headers headers;
+    if (!lastEventId.empty()) headers.emplace("Last-Event-ID", lastEventId);
+    Client().Get(("/api/run/events?token=" + token).c_str(), headers,
                  [&](const char* data, size_t size) {
                    buffer.append(data, size);
                    for (size_t end = buffer.find("\n\n"); end != std::string::npos;
@@ -175,6 +178,13 @@ TEST(EditorServer, OnlyTheTokenHolderOnThisHostAndOriginIsServed) {
   EXPECT_FALSE(project["exists"].get<bool>());
   EXPECT_EQ(editor.Signal(SIGTERM), 0);
   EXPECT_FALSE(test::Exists(m.dir / "new.mbproj"));  // nothing saved, nothing written
+
+  // A project that cannot be read is refused before anything listens.
+  test::WriteFile(m.dir / "bad.mbproj", "<MarrowbyProject version=\"1\"><Actions>");
+  std::string out, err;
+  EXPECT_EQ(m.Run({"edit", m.dir / "bad.mbproj", "--no-browser"}, &out, &err), 2);
+  EXPECT_EQ(out, "");
+  EXPECT_NE(err.find("bad.mbproj"), std::string::npos) << err;
 }
 
 TEST(EditorServer, RunStreamsTheBuildAndALateStreamGetsItFromTheStart) {
@@ -204,8 +214,12 @@ TEST(EditorServer, RunStreamsTheBuildAndALateStreamGetsItFromTheStart) {
   EXPECT_TRUE(events.back()["success"].get<bool>());
   const json argv = test::RecordedCall(m.sn)["argv"];
   EXPECT_EQ(std::vector<json>(argv.begin() + 1, argv.end()), (std::vector<json>{"-v", "a.dll"}));
-  // A stream opened after the end gets the same run again.
+  // A stream opened after the end gets the same run again; one that reconnects, only the rest.
   EXPECT_EQ(editor.Events().size(), events.size());
+  const std::vector<json> rest =
+      editor.Events("build", {}, "1." + std::to_string(events.size() - 2));
+  ASSERT_EQ(rest.size(), 1u);
+  EXPECT_EQ(rest[0], events.back());
   EXPECT_EQ(editor.Signal(SIGTERM), 0);
 }
 
