@@ -105,7 +105,7 @@ int CmdEditor(TCliContext& ctx, const std::string& projectFile, int port, bool n
   ::close(wake[0]);
   ::close(wake[1]);
   g_wakeFd = -1;
-  session.reset();  // stops and joins a running build
+  // The server goes first (it points into the session); the session then joins a stopped build.
   return kExitOk;
 }
 

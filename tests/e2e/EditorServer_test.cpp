@@ -8,7 +8,6 @@
 #include <chrono>
 #include <filesystem>
 #include <map>
-#include <regex>
 #include <thread>
 
 #include "CliMachine.h"
@@ -43,11 +42,16 @@ class EditorProcess {
     char c = 0;
     while (::poll(&p, 1, 60000) == 1 && ::read(out[0], &c, 1) == 1 && c != '\n') firstLine += c;
     ::close(out[0]);
-    std::smatch m2;
-    static const std::regex kUrl(R"(^http://127\.0\.0\.1:(\d+)/\?token=([0-9a-f]{32})$)");
-    if (std::regex_match(firstLine, m2, kUrl)) {
-      port = std::stoi(m2[1]);
-      token = m2[2];
+    // http://127.0.0.1:PORT/?token=<32 lower hex>
+    const std::string prefix = "http://127.0.0.1:";
+    const size_t slash = firstLine.find("/?token=");
+    if (firstLine.rfind(prefix, 0) == 0 && slash != std::string::npos && slash > prefix.size() &&
+        firstLine.find_first_not_of("0123456789", prefix.size()) == slash) {
+      const std::string hex = firstLine.substr(slash + 8);
+      if (hex.size() == 32 && hex.find_first_not_of("0123456789abcdef") == std::string::npos) {
+        port = std::stoi(firstLine.substr(prefix.size(), slash - prefix.size()));
+        token = hex;
+      }
     }
   }
   ~EditorProcess() {
@@ -244,9 +248,16 @@ TEST(EditorServer, StopEndsARunAndASignalEndsTheEditorWithItsBuild) {
   EXPECT_FALSE(events.back()["success"].get<bool>());
 
   // Ctrl-C while a build runs: the build is stopped and the editor exits 0.
+  std::filesystem::remove(m.sn + ".argv.json");
   ASSERT_EQ(editor.Post("/api/run", json::object())["run"], 2);
-  editor.Events("log");
-  const pid_t tool = test::RecordedCall(m.sn)["pid"].get<pid_t>();
+  // The first log line is the host's own command line: wait for the tool itself.
+  json call;
+  for (int i = 0; i < 600 && !call.contains("pid"); ++i) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    call = test::RecordedCall(m.sn);
+  }
+  ASSERT_TRUE(call.contains("pid")) << "the tool never started";
+  const pid_t tool = call["pid"].get<pid_t>();
   EXPECT_EQ(editor.Signal(SIGINT), 0);
   EXPECT_NE(::kill(tool, 0), 0) << "the tool outlived the editor";
 }
