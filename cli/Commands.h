@@ -45,6 +45,10 @@ int CmdMove(TCliContext& ctx, const std::string& file, const std::string& step,
 /// `marrowby edit PROJECT [--port N] [--no-browser]`: serves the property editor on 127.0.0.1
 /// until SIGINT or SIGTERM. Runs after the package is registered with its pages.
 int CmdEditor(TCliContext& ctx, const std::string& projectFile, int port, bool noBrowser);
+/// Loads the editor module (from executableDir, else the build's module folder) and runs
+/// CmdEditor in it.
+int RunEditorModule(TCliContext& ctx, const std::string& executableDir,
+                    const std::string& projectFile, int port, bool noBrowser);
 
 /// `marrowby completion bash|zsh`: prints the shell's completion script.
 int CmdCompletion(TCliContext& ctx, const std::string& shell);

@@ -727,6 +727,6 @@ int main(int argc, char** argv) {
   if (set->parsed()) code = CmdSet(ctx, editFile, stepRef, propName, propValue);
   if (remove->parsed()) code = CmdRemove(ctx, editFile, stepRef);
   if (move->parsed()) code = CmdMove(ctx, editFile, stepRef, position);
-  if (edit->parsed()) code = CmdEditor(ctx, editFile, editPort, noBrowser);
+  if (edit->parsed()) code = RunEditorModule(ctx, ExecutableDir(), editFile, editPort, noBrowser);
   return code;
 }

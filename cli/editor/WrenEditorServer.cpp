@@ -97,6 +97,17 @@ struct TWrenEditorServer::TImpl {
   httplib::Server server;
 };
 
+/// The page with its own script and style links carrying the token, so that they pass the check.
+std::string WithTokenLinks(std::string html, const std::string& token) {
+  for (const char* link : {"\"editor.js\"", "\"editor.css\""}) {
+    const std::string quoted = link;
+    const size_t at = html.find(quoted);
+    if (at != std::string::npos)
+      html.replace(at, quoted.size(), quoted.substr(0, quoted.size() - 1) + "?token=" + token + "\"");
+  }
+  return html;
+}
+
 TWrenEditorServer::TWrenEditorServer(TWrenEditorSession& session, std::string token)
     : impl_(std::make_unique<TImpl>()), session_(session), token_(std::move(token)) {}
 
@@ -130,10 +141,9 @@ bool TWrenEditorServer::Bind(int port, std::string& error) {
         return httplib::Server::HandlerResponse::Handled;
       }
     }
-    // The page's script and style are the executable's own bytes: nothing to guard. The page
-    // itself, which starts a session, and every API call need the token.
+    // Every request needs the token: API calls in a header, the page and its files in the URL
+    // (a <script src> cannot send a header; the page is served with its links carrying it).
     const bool api = req.path.rfind("/api/", 0) == 0;
-    if (!api && req.path != "/") return httplib::Server::HandlerResponse::Unhandled;
     std::string given = api ? req.get_header_value(kTokenHeader) : req.get_param_value("token");
     if (given.empty() && req.path == "/api/run/events") given = req.get_param_value("token");
     if (!SameToken(given, token_)) {
@@ -151,8 +161,13 @@ bool TWrenEditorServer::Bind(int port, std::string& error) {
     }
     res.set_content(std::string(file->Bytes()), WebContentType(name));
   };
-  svr.Get("/", [asset](const httplib::Request&, httplib::Response& res) {
-    asset("index.html", res);
+  svr.Get("/", [this](const httplib::Request&, httplib::Response& res) {
+    const TWrenWebAsset* file = FindWebAsset("index.html");
+    if (!file) {
+      SendError(res, 404, "no file index.html");
+      return;
+    }
+    res.set_content(WithTokenLinks(std::string(file->Bytes()), token_), WebContentType("index.html"));
   });
   svr.Get(R"(/([A-Za-z0-9_.-]+\.(?:js|css|html|svg|png)))",
           [asset](const httplib::Request& req, httplib::Response& res) {

@@ -143,6 +143,8 @@ TEST(EditorServer, OnlyTheTokenHolderOnThisHostAndOriginIsServed) {
       {"/?token=" + std::string(32, 'f'), {}, 403},
       {"/api/run/events?token=wrong", {}, 403},
       {"/api/no-such-route", {{"X-Marrowby-Token", editor.token}}, 404},
+      {"/editor.js", {}, 403},
+      {"/editor.css?token=wrong", {}, 403},
   };
   for (const Case& c : cases) {
     auto res = editor.Client().Get(c.path.c_str(), c.headers);
@@ -155,18 +157,27 @@ TEST(EditorServer, OnlyTheTokenHolderOnThisHostAndOriginIsServed) {
       EXPECT_TRUE(json::parse(res->body).contains("error")) << res->body;
     }
   }
-  // The page's files are served as they stand in the source, each with its type.
+  // The page's files are served as they stand in the source, each with its type; the page's
+  // links to them carry the token.
   const std::string web = std::string(SOURCE_DIR) + "/cli/editor/web/";
   const std::map<std::string, std::string> types = {
       {".html", "text/html"}, {".js", "text/javascript"}, {".css", "text/css"}};
   std::error_code none;  // before the page's files are added, the folder may not be there
   for (const auto& entry : std::filesystem::directory_iterator(web, none)) {
     const std::string name = entry.path().filename().string();
-    const std::string path = name == "index.html" ? "/?token=" + editor.token : "/" + name;
+    const std::string path = (name == "index.html" ? "/" : "/" + name) + "?token=" + editor.token;
     auto res = editor.Client().Get(path.c_str());
     ASSERT_TRUE(res) << name;
     EXPECT_EQ(res->status, 200) << name;
-    EXPECT_EQ(res->body, test::ReadFile(entry.path().string())) << name;
+    std::string expected = test::ReadFile(entry.path().string());
+    if (name == "index.html") {
+      for (const std::string link : {"\"editor.js", "\"editor.css"}) {
+        const size_t at = expected.find(link + "\"");
+        ASSERT_NE(at, std::string::npos) << link;
+        expected.insert(at + link.size(), "?token=" + editor.token);
+      }
+    }
+    EXPECT_EQ(res->body, expected) << name;
     if (types.count(entry.path().extension().string())) {
       EXPECT_EQ(res->get_header_value("Content-Type").rfind(types.at(entry.path().extension()), 0),
                 0u)
