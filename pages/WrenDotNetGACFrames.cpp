@@ -1,5 +1,7 @@
 #include "pages/WrenDotNetGACFrames.h"
 
+#include <utility>
+
 #include "sdktools/WrenDotNetGACAction.h"
 
 namespace wren {
@@ -35,6 +37,17 @@ void WriteReference(TWrenGACAction& gac, const TEditModel& scheme, const TEditMo
   gac.RefScheme = scheme.text;
   gac.RefID = id.text;
   gac.RefDescription = description.text;
+}
+
+/// The force box and the reference box with its three fields, in the order both pages show them.
+void ListForceAndReference(TWrenPageControls& controls, TCheckBoxModel& force,
+                           TCheckBoxModel& box, TEditModel& scheme, TEditModel& id,
+                           TEditModel& description, TWrenPageControls::TReaction onClick) {
+  controls.CheckBox("cbForce", force);
+  controls.CheckBox("cbReferenceCount", box, std::move(onClick));
+  controls.Edit("edScheme", scheme);
+  controls.Edit("edID", id);
+  controls.Edit("edDescription", description);
 }
 
 }  // namespace
@@ -91,12 +104,8 @@ void TGACInstallFrame::ListControls(TWrenPageControls& controls) {
   controls.RadioButton("rbAssemblyListFile", "source", rbAssemblyListFile);
   controls.Edit("edAssemblyListFile", edAssemblyListFile);
   controls.Button("btnAssemblyListFile", "...", [this] { BrowseListFile(); });
-  controls.CheckBox("cbForce", cbForce);
-  controls.CheckBox("cbReferenceCount", cbReferenceCount,
-                    [this] { SetReferenceCount(cbReferenceCount.checked); });
-  controls.Edit("edScheme", edScheme);
-  controls.Edit("edID", edID);
-  controls.Edit("edDescription", edDescription);
+  ListForceAndReference(controls, cbForce, cbReferenceCount, edScheme, edID, edDescription,
+                        [this] { SetReferenceCount(cbReferenceCount.checked); });
 }
 
 bool TGACInstallFrame::CheckPage(std::string& message) {
@@ -175,12 +184,8 @@ void TGACUninstallFrame::ListControls(TWrenPageControls& controls) {
   controls.RadioButton("rbAssemblyListFile", "source", rbAssemblyListFile);
   controls.Edit("edAssemblyListFile", edAssemblyListFile);
   controls.Button("btnAssemblyListFile", "...", [this] { BrowseListFile(); });
-  controls.CheckBox("cbForce", cbForce);
-  controls.CheckBox("cbReferenceCount", cbReferenceCount,
-                    [this] { SetReferenceCount(cbReferenceCount.checked); });
-  controls.Edit("edScheme", edScheme);
-  controls.Edit("edID", edID);
-  controls.Edit("edDescription", edDescription);
+  ListForceAndReference(controls, cbForce, cbReferenceCount, edScheme, edID, edDescription,
+                        [this] { SetReferenceCount(cbReferenceCount.checked); });
 }
 
 bool TGACUninstallFrame::CheckPage(std::string& message) {
