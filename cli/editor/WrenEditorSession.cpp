@@ -453,6 +453,9 @@ json TWrenEditorSession::OptionsEvent(int options, int page, const json& body) {
 
 json TWrenEditorSession::ApplyOptions(int options) {
   std::lock_guard lock(mutex_);
+  // A running build reads the options objects from its own thread: they change only between runs.
+  if (run_.Running())
+    throw TWrenEditorError(409, "the options cannot change while a build runs; stop it or wait");
   for (TOpenOptions& open : options_) {
     if (static_cast<int>(open.registered) != options) continue;
     TWrenOptionsObject& object = *RegisteredOptions()[open.registered].instance;

@@ -251,6 +251,12 @@ TEST(EditorServer, StopEndsARunAndASignalEndsTheEditorWithItsBuild) {
     int status = 0;
     editor.Post("/api/run", json::object(), &status);
     EXPECT_EQ(status, 409) << "a second run while one is going";
+    // The build reads the options from its own thread: they wait for the run to end.
+    auto options = editor.Client().Get("/api/options", editor.Auth());
+    ASSERT_TRUE(options && options->status == 200);
+    const int first = json::parse(options->body)["options"][0]["index"].get<int>();
+    editor.Post("/api/options/" + std::to_string(first) + "/apply", json::object(), &status);
+    EXPECT_EQ(status, 409) << "options applied while a build runs";
     editor.Post("/api/run/stop", json::object());
     stopSent = true;
   });
