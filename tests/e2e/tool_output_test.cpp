@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <regex>
+#include <cctype>
 #include <sstream>
 
 #include "CliMachine.h"
@@ -13,6 +13,19 @@ namespace wren {
 namespace {
 
 constexpr int kLines = 300000;
+
+/// The text after a log line's "YYYY-MM-DD HH:MM:SS  " stamp; false when the stamp is not there.
+/// (Plain code rather than <regex>: GCC 12 warns inside <regex> in the sanitizer build.)
+bool StampedText(const std::string& line, std::string& text) {
+  const std::string shape = "dddd-dd-dd dd:dd:dd  ";
+  if (line.size() < shape.size()) return false;
+  for (size_t i = 0; i < shape.size(); ++i) {
+    const bool digit = std::isdigit(static_cast<unsigned char>(line[i])) != 0;
+    if (shape[i] == 'd' ? !digit : line[i] != shape[i]) return false;
+  }
+  text = line.substr(shape.size());
+  return true;
+}
 
 /// An sn.exe that prints "line 1" .. "line N", a warning on stderr, and fails.
 std::string NoisyTool() {
@@ -48,12 +61,11 @@ TEST(ToolOutput, EveryLineReachesTheTerminalAndTheLogInItsFormat) {
 
   // Each log line: a local time stamp, two spaces, then the text; stderr lines marked "  ! ".
   const std::vector<std::string> log = Lines(test::ReadFile(m.dir / "build.log"));
-  const std::regex stamped(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d  (.*))");
   std::vector<std::string> texts;
   for (const std::string& line : log) {
-    std::smatch match;
-    ASSERT_TRUE(std::regex_match(line, match, stamped)) << line;
-    texts.push_back(match[1]);
+    std::string text;
+    ASSERT_TRUE(StampedText(line, text)) << line;
+    texts.push_back(text);
   }
   EXPECT_EQ(CountedLines(texts, "    "), kLines);
   ASSERT_GE(texts.size(), 3u);
@@ -89,16 +101,18 @@ TEST(ToolOutput, FailureReportsShowTheEndOfALongOutput) {
   EXPECT_NE(report.find("\nline 1\nline 2\n"), std::string::npos);
   EXPECT_NE(report.find("line " + std::to_string(kLines) + "\n"), std::string::npos);
   EXPECT_NE(report.find("warning: last words\n</system-out>"), std::string::npos);
-  const std::smatch gap = [&] {
-    std::smatch match;
-    std::regex_search(report, match, std::regex(R"(\n\[\.\.\. (\d+) bytes of output left out \.\.\.\]\n)"));
-    return match;
-  }();
-  ASSERT_FALSE(gap.empty());
+  const size_t gap = report.find("\n[... ");
+  ASSERT_NE(gap, std::string::npos);
+  const size_t number = gap + 7;
+  size_t digits = 0;
+  while (std::isdigit(static_cast<unsigned char>(report[number + digits]))) ++digits;
+  EXPECT_GT(digits, 0u);
+  const std::string tail = " bytes of output left out ...]\n";
+  ASSERT_EQ(report.compare(number + digits, tail.size(), tail), 0);
   // The cut falls between whole lines.
-  const size_t before = report.rfind('\n', static_cast<size_t>(gap.position(0)) - 1);
+  const size_t before = report.rfind('\n', gap - 1);
   EXPECT_EQ(report.compare(before + 1, 5, "line "), 0);
-  const size_t after = static_cast<size_t>(gap.position(0) + gap.length(0));
+  const size_t after = number + digits + tail.size();
   EXPECT_EQ(report.compare(after, 5, "line "), 0);
   const std::string xsd = std::string(SOURCE_DIR) + "/tests/fixtures/junit/jenkins-junit.xsd";
   std::string output;
