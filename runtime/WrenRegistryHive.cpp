@@ -325,15 +325,17 @@ class TRegParser {
   bool Hex(size_t& i, std::string_view line, std::string& out) {
     const size_t first = i;
     std::string_view rest = line.substr(3);
-    int type = 3;  // plain "hex:" is binary
+    uint32_t type = 3;  // plain "hex:" is binary
     if (!rest.empty() && rest.front() == '(') {
       const size_t close = rest.find(')');
-      if (close == std::string_view::npos || close == 1) return Fail(first + 1, "bad hex(type)");
+      // A value type is a 32-bit number: more than eight digits would overflow it.
+      if (close == std::string_view::npos || close == 1 || close > 9)
+        return Fail(first + 1, "bad hex(type)");
       type = 0;
       for (char c : rest.substr(1, close - 1)) {
         const int d = HexDigit(c);
         if (d < 0) return Fail(first + 1, "bad hex(type)");
-        type = type * 16 + d;
+        type = type * 16 + static_cast<uint32_t>(d);
       }
       rest.remove_prefix(close + 1);
     }

@@ -92,6 +92,7 @@ TEST(WrenRegistryHive, ReadsEveryHeaderAndEncodingAndSyntaxErrorsNameTheLine) {
       {"REGEDIT4\n[HKLM\\A]\n\"v\"=dword:123456789\n", "test.reg:3: a dword"},
       {"REGEDIT4\n[HKLM\\A]\n\"v\"=hex:01,\\\n  0z\n", "test.reg:3: bad byte"},
       {"REGEDIT4\n[HKLM\\A]\n\"v\"=hex:01,\\", "test.reg:3: continuation line missing"},
+      {"REGEDIT4\n[HKLM\\A]\n\"v\"=hex(2aaaaaaaa):01\n", "test.reg:3: bad hex(type)"},
       {"REGEDIT4\n[HKLM\\A]\n\"v\"=str\n", "test.reg:3: unrecognised value data"},
       {"REGEDIT4\n[HKLM\\A]\n\"v\"=\"a\" junk\n", "test.reg:3: unexpected text after"},
       {"REGEDIT4\n[HKLM\\A]\n\"v\"=hex:01,02\\\n  ,03\ngarbage\n", "test.reg:5: unexpected text"},
