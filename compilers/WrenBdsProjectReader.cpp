@@ -80,17 +80,8 @@ bool ReadBdsProject(const std::string& fileName, const std::string& configName,
   project.fileName = fileName;
   project.dir = ExtractFilePath(fileName);
   project.language = TVSLanguage::CSharp;
-  if (!FileExists(fileName)) {
-    error = "the file does not exist";
-    return false;
-  }
   pugi::xml_document doc;
-  const pugi::xml_parse_result parsed = doc.load_file(fileName.c_str());
-  if (!parsed) {
-    error = std::string("it is not well-formed XML (") + parsed.description() + " at offset " +
-            std::to_string(parsed.offset) + ")";
-    return false;
-  }
+  if (!LoadProjectXml(fileName, doc, error)) return false;
   const pugi::xml_node root = doc.document_element();
   if (!SameText(root.name(), "BorlandProject")) {
     error = "it is not a Borland project (root element <" + std::string(root.name()) + ">)";

@@ -104,22 +104,27 @@ std::string NativePath(const std::string& path) {
   return PathDelim == '/' ? ReplaceChar(path, '\\', '/') : ReplaceChar(path, '/', '\\');
 }
 
-bool ReadVSProject(const std::string& fileName, const std::string& configName, TVSProject& project,
-                   std::string& error) {
-  project = TVSProject();
-  project.fileName = fileName;
-  project.dir = ExtractFilePath(fileName);
+bool LoadProjectXml(const std::string& fileName, pugi::xml_document& doc, std::string& error) {
   if (!FileExists(fileName)) {
     error = "the file does not exist";
     return false;
   }
-  pugi::xml_document doc;
   const pugi::xml_parse_result parsed = doc.load_file(fileName.c_str());
   if (!parsed) {
     error = std::string("it is not well-formed XML (") + parsed.description() + " at offset " +
             std::to_string(parsed.offset) + ")";
     return false;
   }
+  return true;
+}
+
+bool ReadVSProject(const std::string& fileName, const std::string& configName, TVSProject& project,
+                   std::string& error) {
+  project = TVSProject();
+  project.fileName = fileName;
+  project.dir = ExtractFilePath(fileName);
+  pugi::xml_document doc;
+  if (!LoadProjectXml(fileName, doc, error)) return false;
   const pugi::xml_node root = doc.document_element();
   if (!SameText(root.name(), "VisualStudioProject")) {
     error = "it is not a Visual Studio 2002/2003 project (root element <" +

@@ -7,6 +7,10 @@
 
 #include "WrenTypes.h"
 
+namespace pugi {
+class xml_document;
+}
+
 namespace wren {
 
 /// The language element of a project file; smart-device projects use the E-prefixed forms.
@@ -70,6 +74,9 @@ struct TVSProject {
 
 /// The language of a project file by its extension ("" for an unknown one is not a project).
 bool VSLanguageOfExtension(const std::string& fileName, TVSLanguage& language);
+
+/// Loads a project file's XML; false with a reason ("the file does not exist", not well-formed).
+bool LoadProjectXml(const std::string& fileName, pugi::xml_document& doc, std::string& error);
 
 /// Loads fileName and chooses configName among its <Config> elements: by full name
 /// ("Debug|Pocket PC"), or by the part before the platform when that is unambiguous. False with
