@@ -504,6 +504,14 @@ class TProjectReader {
     return true;
   }
 
+  /// Reads one <Action> element parsed on its own from the text at `begin` of the project.
+  bool ReadCutAction(pugi::xml_node e, size_t begin, TWrenProjectStep& step) {
+    base_ = static_cast<ptrdiff_t>(begin);
+    const bool read = ReadAction(e, step);
+    base_ = 0;
+    return read;
+  }
+
   bool Fail(pugi::xml_node at, const std::string& action, const std::string& property,
             const std::string& message) {
     error_.file = file_;
@@ -518,7 +526,7 @@ class TProjectReader {
   /// The line of a node; for text, of its first visible character.
   int LineOf(pugi::xml_node node) {
     if (!node) return lines_.LineOf(0);
-    ptrdiff_t offset = node.offset_debug();
+    ptrdiff_t offset = base_ + node.offset_debug();
     if (node.type() == pugi::node_pcdata) {
       const std::string value = node.value();
       offset += static_cast<ptrdiff_t>(std::min(value.find_first_not_of(" \t\r\n"), value.size()));
@@ -659,10 +667,197 @@ class TProjectReader {
   }
 
   TLineCounter lines_;
+  ptrdiff_t base_ = 0;  // where the tree read from begins in the project's text
   std::string file_;
   const TWrenActionFactory& factory_;
   TWrenProjectError& error_;
 };
+
+/// What a project's text holds, as far as reading it one action at a time needs.
+struct TProjectContent {
+  std::vector<TWrenProjectVariable> variables;
+  std::vector<TWrenProjectStep> steps;
+  std::vector<const TCustomWrenAction*> loadedActions;  // one per <Action>, in file order
+};
+
+/// Reads the whole document as one tree: the reading every other one is measured against.
+bool ReadWholeTree(std::string_view content, const std::string& file,
+                   const TWrenActionFactory& factory, TProjectContent& read,
+                   TWrenProjectError& error) {
+  pugi::xml_document xml;
+  TXmlParseError parsed;
+  if (!ParseXml(content, xml, parsed)) {
+    TLineCounter lines(content);
+    error = TWrenProjectError{file, lines.LineOf(parsed.offset), "", "", parsed.message};
+    return false;
+  }
+  TProjectReader reader(content, file, factory, error);
+  return reader.Read(xml.document_element(), read.variables, read.steps, read.loadedActions);
+}
+
+/// Where the actions stand in a project's text: the <Actions> element under the root and each
+/// <Action> element in it, found by a quick look at the markup that knows only what projects
+/// usually hold. The parser still checks every byte of each part the look cuts out.
+struct TActionsCut {
+  bool found = false;       // an <Actions> element with an end tag under the root
+  size_t open = 0;          // the '<' of <Actions>
+  size_t contentBegin = 0;  // after its start tag
+  size_t contentEnd = 0;    // the '<' of its end tag
+  std::vector<std::pair<size_t, size_t>> actions;  // [begin, end) of each <Action>
+};
+
+enum class TMarkup { kStart, kEmpty, kEnd, kOther };
+
+/// IsXmlSpace, inline: the look tests every byte of every tag name.
+inline bool Space(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
+
+/// Looks at the markup beginning with the '<' at p: what it is, a tag's name, and one past its
+/// end; npos when the quick look cannot tell (the parser will).
+size_t ScanMarkup(std::string_view s, size_t p, TMarkup& kind, std::string_view& name) {
+  constexpr size_t npos = std::string_view::npos;
+  const auto past = [&s](size_t from, std::string_view close) {
+    const size_t at = s.find(close, from);
+    return at == npos ? at : at + close.size();
+  };
+  kind = TMarkup::kOther;
+  const char second = p + 1 < s.size() ? s[p + 1] : '\0';
+  if (second == '!') {
+    if (s.compare(p, 4, "<!--") == 0) return past(p + 4, "-->");
+    if (s.compare(p, 9, "<![CDATA[") == 0) return past(p + 9, "]]>");
+    return npos;  // a doctype
+  }
+  if (second == '?') return past(p + 2, "?>");
+  const bool end = second == '/';
+  size_t q = p + (end ? 2 : 1);
+  const size_t nameBegin = q;
+  while (q < s.size() && !Space(s[q]) && s[q] != '>' && s[q] != '/') ++q;
+  name = s.substr(nameBegin, q - nameBegin);
+  if (name.empty()) return npos;
+  for (const char* c = s.data() + q; c < s.data() + s.size(); ++c) {
+    if (*c == '"' || *c == '\'') {
+      c = static_cast<const char*>(std::memchr(c + 1, *c, s.data() + s.size() - (c + 1)));
+      if (!c) return npos;
+    } else if (*c == '<') {
+      return npos;
+    } else if (*c == '>') {
+      kind = end ? TMarkup::kEnd : c[-1] == '/' ? TMarkup::kEmpty : TMarkup::kStart;
+      return static_cast<size_t>(c + 1 - s.data());
+    }
+  }
+  return npos;
+}
+
+/// One past the end of the element whose start tag begins at p; npos when the look cannot tell.
+size_t ElementEnd(std::string_view s, size_t p) {
+  int depth = 0;
+  while (p < s.size()) {
+    if (s[p] != '<') {
+      p = s.find('<', p);
+      continue;
+    }
+    TMarkup kind;
+    std::string_view name;
+    p = ScanMarkup(s, p, kind, name);
+    if (kind == TMarkup::kStart) ++depth;
+    if ((kind == TMarkup::kEnd && --depth == 0) || (kind == TMarkup::kEmpty && depth == 0))
+      return p;
+  }
+  return std::string_view::npos;
+}
+
+/// The <Action> elements from the start tag of <Actions> on, with only whitespace and comments
+/// between them.
+bool CutActionList(std::string_view s, TActionsCut& cut) {
+  size_t p = cut.contentBegin;
+  while (true) {
+    while (p < s.size() && Space(s[p])) ++p;
+    if (p >= s.size() || s[p] != '<') return false;
+    TMarkup kind;
+    std::string_view name;
+    const size_t after = ScanMarkup(s, p, kind, name);
+    if (after == std::string_view::npos) return false;
+    if (kind == TMarkup::kEnd) {
+      cut.contentEnd = p;
+      cut.found = name == "Actions";
+      return cut.found;
+    }
+    if (kind == TMarkup::kOther) {
+      // A comment, left out of every tree: the reader ignores comments, and the parser would
+      // have looked for nothing but its end and a NUL byte.
+      if (s.compare(p, 4, "<!--") != 0 || s.substr(p, after - p).find('\0') != s.npos)
+        return false;
+      p = after;
+      continue;
+    }
+    if (name != "Action" || (kind != TMarkup::kStart && kind != TMarkup::kEmpty)) return false;
+    const size_t end = kind == TMarkup::kEmpty ? after : ElementEnd(s, p);
+    if (end == std::string_view::npos) return false;
+    cut.actions.emplace_back(p, end);
+    p = end;
+  }
+}
+
+/// Finds the first <Actions> element one level under the root. True with nothing found when
+/// there is none; false when the look cannot tell.
+bool CutActions(std::string_view s, TActionsCut& cut) {
+  int depth = 0;
+  for (size_t p = 0; (p = s.find('<', p)) != std::string_view::npos;) {
+    TMarkup kind;
+    std::string_view name;
+    const size_t after = ScanMarkup(s, p, kind, name);
+    if (after == std::string_view::npos) return false;
+    if (kind == TMarkup::kStart && depth == 1 && name == "Actions") {
+      cut.open = p;
+      cut.contentBegin = after;
+      return CutActionList(s, cut);
+    }
+    if (kind == TMarkup::kStart) ++depth;
+    if (kind == TMarkup::kEnd) --depth;
+    p = after;
+  }
+  return true;
+}
+
+/// Reads the project one action at a time, so that a big one never has its whole tree in
+/// memory: the text without the actions' bytes as one small tree, then each <Action> parsed on
+/// its own, freed before the next. Valid pieces joined by whitespace make a valid whole, so a
+/// project read this way reads the same as whole. False when the quick look cannot cut the
+/// text, and whenever anything fails to parse or load: the whole-tree reading then says why.
+bool ReadStreamed(std::string_view content, const std::string& file,
+                  const TWrenActionFactory& factory, TProjectContent& read) {
+  TActionsCut cut;
+  if (!CutActions(content, cut)) return false;
+  std::string outline;
+  std::string_view rest = content;
+  if (cut.found) {
+    outline.reserve(cut.contentBegin + content.size() - cut.contentEnd);
+    outline.append(content.substr(0, cut.contentBegin)).append(content.substr(cut.contentEnd));
+    rest = outline;
+  }
+  TWrenProjectError error;
+  TProjectReader reader(content, file, factory, error);
+  pugi::xml_document xml;
+  TXmlParseError parsed;
+  if (!ParseXml(rest, xml, parsed)) return false;
+  const pugi::xml_node root = xml.document_element();
+  // The cut must have emptied the <Actions> the reader reads, not some other element.
+  if (cut.found &&
+      root.child("Actions").offset_debug() != static_cast<ptrdiff_t>(cut.open + 1))
+    return false;
+  if (!reader.Read(root, read.variables, read.steps, read.loadedActions)) return false;
+
+  read.steps.reserve(read.steps.size() + cut.actions.size());
+  read.loadedActions.reserve(read.loadedActions.size() + cut.actions.size());
+  constexpr unsigned kActionDepth = 2;  // <MarrowbyProject><Actions><Action>
+  for (const auto& [begin, end] : cut.actions) {
+    if (!ParseXml(content.substr(begin, end - begin), xml, parsed, kActionDepth)) return false;
+    TWrenProjectStep step;
+    if (!reader.ReadCutAction(xml.document_element(), begin, step)) return false;
+    read.loadedActions.push_back(step.action.get());
+    read.steps.push_back(std::move(step));
+  }
+  return true;
+}
 
 }  // namespace
 
@@ -681,42 +876,41 @@ bool TWrenProject::Load(const std::string& path, const TWrenActionFactory& facto
         TWrenProjectError{path, 0, "", "", readError.empty() ? "cannot read the file" : readError};
     return false;
   }
-  return LoadBytes(std::move(text), path, factory, error);
+  return LoadBytes(std::move(text), path, factory, error, TWrenProjectReading::kStreamed);
 }
 
 bool TWrenProject::LoadFromText(const std::string& text, const std::string& file,
-                                const TWrenActionFactory& factory, TWrenProjectError& error) {
-  return LoadBytes(text, file, factory, error);
+                                const TWrenActionFactory& factory, TWrenProjectError& error,
+                                TWrenProjectReading reading) {
+  return LoadBytes(text, file, factory, error, reading);
 }
 
 bool TWrenProject::LoadBytes(std::string text, const std::string& file,
-                             const TWrenActionFactory& factory, TWrenProjectError& error) {
+                             const TWrenActionFactory& factory, TWrenProjectError& error,
+                             TWrenProjectReading reading) {
   *this = TWrenProject();
   const std::string_view content =
       std::string_view(text).substr(text.compare(0, 3, kUtf8Bom) == 0 ? 3 : 0);
-  std::vector<TWrenProjectVariable> loadedVariables;
-  std::vector<TWrenProjectStep> loadedSteps;
-  std::vector<const TCustomWrenAction*> loadedActions;
-  {
-    // A tree for reading only, gone before the project is used.
-    pugi::xml_document xml;
-    TXmlParseError parsed;
-    if (!ParseXml(content, xml, parsed)) {
-      TLineCounter lines(content);
-      error = TWrenProjectError{file, lines.LineOf(parsed.offset), "", "", parsed.message};
+  TProjectContent read;
+  bool loaded = false;
+  if (reading != TWrenProjectReading::kWholeTree) {
+    loaded = ReadStreamed(content, file, factory, read);
+    if (!loaded && reading == TWrenProjectReading::kStreamedOnly) {
+      error = TWrenProjectError{file, 0, "", "", "not read one action at a time"};
       return false;
     }
-    TProjectReader reader(content, file, factory, error);
-    if (!reader.Read(xml.document_element(), loadedVariables, loadedSteps, loadedActions))
-      return false;
+  }
+  if (!loaded) {
+    read = TProjectContent();
+    if (!ReadWholeTree(content, file, factory, read, error)) return false;
   }
   auto doc = std::make_unique<TDocument>();
   doc->source = std::move(text);
-  doc->loadedActions = std::move(loadedActions);
+  doc->loadedActions = std::move(read.loadedActions);
   doc->factory = factory;
   fileName = file;
-  variables = std::move(loadedVariables);
-  steps = std::move(loadedSteps);
+  variables = std::move(read.variables);
+  steps = std::move(read.steps);
   doc_ = std::move(doc);
   return true;
 }

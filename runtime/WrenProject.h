@@ -34,6 +34,17 @@ struct TWrenProjectError {
   std::string ToString() const;
 };
 
+/// How project text is read; every reading gives the same project or the same error.
+enum class TWrenProjectReading {
+  /// One action at a time, so that a big project never has its whole tree in memory; what the
+  /// quick look does not expect, and every error, is read again as a whole tree.
+  kStreamed,
+  /// The whole document as one tree.
+  kWholeTree,
+  /// One action at a time without reading again: fails wherever kStreamed falls back (tests).
+  kStreamedOnly,
+};
+
 /// Makes an action of a registered class; nullptr for an unknown class name.
 using TWrenActionFactory = std::function<std::unique_ptr<TCustomWrenAction>(const std::string&)>;
 
@@ -55,14 +66,15 @@ class TWrenProject {
   bool Load(const std::string& path, const TWrenActionFactory& factory, TWrenProjectError& error);
   /// Parses project text as if read from fileName.
   bool LoadFromText(const std::string& text, const std::string& fileName,
-                    const TWrenActionFactory& factory, TWrenProjectError& error);
+                    const TWrenActionFactory& factory, TWrenProjectError& error,
+                    TWrenProjectReading reading = TWrenProjectReading::kStreamed);
   /// Writes the current state (atomically). Unchanged projects give back the bytes they came from.
   bool Save(const std::string& path, std::string& error);
   std::string SaveToText();
 
  private:
   bool LoadBytes(std::string text, const std::string& fileName, const TWrenActionFactory& factory,
-                 TWrenProjectError& error);
+                 TWrenProjectError& error, TWrenProjectReading reading);
 
   struct TDocument;
   std::unique_ptr<TDocument> doc_;

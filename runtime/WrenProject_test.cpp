@@ -5,6 +5,8 @@
 #include <filesystem>
 
 #include "TestSupport.h"
+#include "WrenActionRegistry.h"
+#include "WrenRegister.h"
 #include "sdktools/WrenDotNetGACAction.h"
 #include "WrenUtils.h"
 
@@ -49,10 +51,56 @@ TTestAction& TestAction(TWrenProject& project, size_t index) {
   return dynamic_cast<TTestAction&>(*project.steps.at(index).action);
 }
 
+/// What a load gave, in words: every variable, step, property value and script, or the error.
+std::string Outcome(const TWrenProject& project, bool loaded, const TWrenProjectError& error) {
+  if (!loaded)
+    return "error " + error.ToString() + " [action '" + error.action + "', property '" +
+           error.property + "']";
+  std::string text;
+  for (const TWrenProjectVariable& v : project.variables)
+    text += "variable " + v.name + " = " + v.value + "\n";
+  for (const TWrenProjectStep& step : project.steps) {
+    const TCustomWrenAction& action = *step.action;
+    text += "step " + step.className + " on line " + std::to_string(step.line) +
+            (step.enabled ? "" : ", disabled") + ": " + action.GetDescription() + "\n";
+    for (const TPublishedProperty& p : action.GetPublishedProperties())
+      text += "  " + p.name + " = " + PropertyValueToString(p, p.get(action)) + "\n";
+    for (const TWrenActionScript& script : action.Scripts())
+      text += "  script " + script.name + " (" + script.language + "): " + script.text + "\n";
+  }
+  return text;
+}
+
+/// Loads text as commands do, and expects exactly what reading it as one tree gives; reading
+/// one action at a time without falling back must give that too, or fail.
+bool LoadBothWays(TWrenProject& project, const std::string& text, const std::string& file,
+                  const TWrenActionFactory& factory, TWrenProjectError& error) {
+  TWrenProject whole, streamed;
+  TWrenProjectError wholeError, streamedError;
+  const bool wholeLoaded =
+      whole.LoadFromText(text, file, factory, wholeError, TWrenProjectReading::kWholeTree);
+  const std::string expected = Outcome(whole, wholeLoaded, wholeError);
+  if (streamed.LoadFromText(text, file, factory, streamedError,
+                            TWrenProjectReading::kStreamedOnly)) {
+    EXPECT_EQ(Outcome(streamed, true, streamedError), expected) << "read one action at a time";
+  }
+  const bool loaded = project.LoadFromText(text, file, factory, error);
+  EXPECT_EQ(Outcome(project, loaded, error), expected);
+  return loaded;
+}
+
+/// True when the text loads one action at a time, without the whole tree.
+bool LoadsOneActionAtATime(const std::string& text, const TWrenActionFactory& factory) {
+  TWrenProject project;
+  TWrenProjectError error;
+  return project.LoadFromText(text, "p.mbproj", factory, error,
+                              TWrenProjectReading::kStreamedOnly);
+}
+
 /// Loads text that must be good.
 void LoadGood(TWrenProject& project, const std::string& text) {
   TWrenProjectError error;
-  ASSERT_TRUE(project.LoadFromText(text, "p.mbproj", Factory, error)) << error.ToString();
+  ASSERT_TRUE(LoadBothWays(project, text, "p.mbproj", Factory, error)) << error.ToString();
 }
 
 std::string Replace(std::string text, const std::string& from, const std::string& to) {
@@ -334,7 +382,7 @@ TEST(WrenProject, BadInputNamesFileLineActionAndProperty) {
     LoadGood(project, kOddProject);
     TWrenProjectError error;
     const std::string text = head + c.body + "</Actions>\n</MarrowbyProject>\n";
-    EXPECT_FALSE(project.LoadFromText(text, "bad.mbproj", Factory, error));
+    EXPECT_FALSE(LoadBothWays(project, text, "bad.mbproj", Factory, error));
     EXPECT_EQ(error.file, "bad.mbproj");
     EXPECT_EQ(error.line, c.line);
     EXPECT_EQ(error.action, c.action);
@@ -385,7 +433,7 @@ TEST(WrenProject, BadInputNamesFileLineActionAndProperty) {
     SCOPED_TRACE(d.text.substr(0, 80));
     TWrenProject project;
     TWrenProjectError error;
-    EXPECT_FALSE(project.LoadFromText(d.text, "doc.mbproj", Factory, error));
+    EXPECT_FALSE(LoadBothWays(project, d.text, "doc.mbproj", Factory, error));
     EXPECT_EQ(error.file, "doc.mbproj");
     EXPECT_EQ(error.line, d.line);
     EXPECT_NE(error.message.find(d.message), std::string::npos) << error.message;
@@ -400,6 +448,112 @@ TEST(WrenProject, BadInputNamesFileLineActionAndProperty) {
   EXPECT_EQ(
       error.ToString(),
       "b.mbproj:4: action 'TTestAction', property 'Force': '1' is not a boolean (true or false)");
+}
+
+// Reading one action at a time cuts the actions out of the text by a quick look at its markup:
+// markup-like bytes where the look could stumble, and everything it leaves to the whole tree.
+TEST(WrenProject, ReadingOneActionAtATimeGivesWhatTheWholeTreeGives) {
+  const std::string head =
+      "<?xml version=\"1.0\"?>\n<MarrowbyProject version=\"1\">\n  <Actions>\n";
+  const std::string tail = "  </Actions>\n</MarrowbyProject>\n";
+  const std::string action = "    <Action class=\"TTestAction\">\n"
+                             "      <Property name=\"Name\">x</Property>\n    </Action>\n";
+  // Property elements nested n deep in <Name>: the deepest stands n + 3 levels under the root.
+  const auto nested = [&](int n) {
+    std::string open, close;
+    for (int i = 0; i < n; ++i) open += "<b>", close += "</b>";
+    return head + "<Action class=\"TTestAction\"><Property name=\"Name\">" + open + close +
+           "</Property></Action>\n" + tail;
+  };
+  const struct {
+    const char* label;
+    std::string text;
+    bool streamed;  // read without the whole tree
+  } cases[] = {
+      {"plain", head + action + action + tail, true},
+      {"comments between and inside actions", head + "<!-- a -- b --->\n" + action +
+           "<!---->" + "<Action class=\"TTestAction\"><!-- </Action> --></Action>" + tail,
+       true},
+      {"markup in values, attributes and CDATA",
+       head + "<Action class='TTestAction' description=\"a > b /> </Action> '\">"
+              "<Property name=\"Name\"><![CDATA[</Action></Actions><x>]]> &lt;/Actions&gt;"
+              "</Property><Script name=\"OnRun\">if a > b then end</Script></Action>\n" + tail,
+       true},
+      {"self-closing actions, CRLF, byte-order mark, no final newline",
+       "\xEF\xBB\xBF" + ToCrlf(head) + "<Action class=\"TTestAction\"/><Action\r\n"
+           "class=\"TTestAction\" enabled=\"false\" />\r\n</Actions></MarrowbyProject>",
+       true},
+      {"<Actions> in a comment and in a variable before the real one",
+       "<!-- <MarrowbyProject><Actions> -->\n<MarrowbyProject version=\"1\">\n<Variables>"
+       "<Variable name=\"A\">&lt;Actions&gt;<![CDATA[<Actions>]]></Variable></Variables>\n"
+       "<Actions>" + action + "</Actions><!-- after --></MarrowbyProject>",
+       true},
+      {"variables after the actions", head + action + "  </Actions>\n  <Variables>\n"
+           "<Variable name=\"V\">1</Variable></Variables>\n</MarrowbyProject>\n", true},
+      {"no actions, empty and self-closing <Actions>",
+       "<MarrowbyProject version=\"1\"><Actions/></MarrowbyProject>", true},
+      {"empty <Actions>", "<MarrowbyProject version=\"1\"><Actions></Actions></MarrowbyProject>",
+       true},
+      {"no <Actions> at all", "<MarrowbyProject version=\"1\"/>", true},
+      // Left to the whole tree.
+      {"doctype", "<!DOCTYPE MarrowbyProject>\n" + head + action + tail, false},
+      {"processing instruction between actions", head + action + "<?mark?>" + action + tail,
+       false},
+      {"a doctype-like declaration in an action",
+       head + "<Action class=\"TTestAction\"><!ELEMENT x></Action>" + tail, false},
+      // Errors, which always read the whole tree for its message.
+      {"nesting one level short of the limit", nested(96), false},
+      {"nesting at the limit", nested(97), false},
+      {"a NUL byte in a comment between actions",
+       head + action + std::string("<!-- \0 -->", 10) + action + tail, false},
+      {"a NUL byte in an action",
+       head + "<Action class=\"TTestAction\" description=\"" + std::string(1, '\0') + "\"/>" +
+           tail, false},
+      {"an attribute given twice", head + "<Action class=\"TTestAction\" class=\"TTestAction\"/>" +
+           tail, false},
+      {"an action not closed", head + "<Action class=\"TTestAction\">\n" + tail, false},
+      {"<Actions> not closed", head + action + "</MarrowbyProject>\n", false},
+      {"an unterminated CDATA section",
+       head + "<Action class=\"TTestAction\"><![CDATA[x</Action>" + tail, false},
+      {"an unterminated attribute value", head + "<Action class=\"TTestAction/>" + tail, false},
+      {"text between actions", head + action + "x" + action + tail, false},
+      {"an element other than <Action>", head + action + "<Step/>" + tail, false},
+      {"a bad property in the last action", head + action +
+           "<Action class=\"TTestAction\"><Property name=\"Force\">1</Property></Action>" + tail,
+       false},
+      {"a second root after a good project", head + action + tail + "<MarrowbyProject/>",
+       false},
+      {"text after the root", head + action + tail + "x", false},
+      {"<Actions> inside <Variables>",
+       "<MarrowbyProject version=\"1\"><Variables><Actions>" + action +
+           "</Actions></Variables></MarrowbyProject>",
+       false},
+      {"<Actions> given twice", head + action + "</Actions><Actions>" + action + tail, false},
+      {"a root of another name", "<Project version=\"1\"><Actions>" + action +
+           "</Actions></Project>", false},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.label);
+    TWrenProject project;
+    TWrenProjectError error;
+    if (LoadBothWays(project, c.text, "p.mbproj", Factory, error)) {
+      EXPECT_EQ(project.SaveToText(), c.text) << "an unchanged project saves as it was";
+    }
+    EXPECT_EQ(LoadsOneActionAtATime(c.text, Factory), c.streamed);
+  }
+
+  // The projects of the registered package, as a user writes them.
+  ClearRegistrations();
+  WrenRegister(true);
+  const std::string fixture =
+      test::ReadFile(std::string(SOURCE_DIR) + "/tests/fixtures/projects/all-shapes.mbproj");
+  TWrenProject project;
+  TWrenProjectError error;
+  EXPECT_TRUE(LoadBothWays(project, fixture, "all-shapes.mbproj", CreateRegisteredAction, error))
+      << error.ToString();
+  EXPECT_TRUE(LoadsOneActionAtATime(fixture, CreateRegisteredAction));
+  EXPECT_EQ(project.steps.size(), 4u);
+  ClearRegistrations();
 }
 
 }  // namespace

@@ -79,9 +79,27 @@ int TLineCounter::LineOf(ptrdiff_t offset) {
 
 namespace {
 
+/// The first attribute of an element named like one before it; a null attribute when none is.
+pugi::xml_attribute RepeatedAttribute(pugi::xml_node element) {
+  // Elements mostly carry a few attributes: comparing each with those before it is cheaper than
+  // a hash set then, and the set bounds the work for an element with very many.
+  constexpr int kFew = 8;
+  int count = 0;
+  for (pugi::xml_attribute a = element.first_attribute(); a && count <= kFew;
+       a = a.next_attribute(), ++count) {
+    for (pugi::xml_attribute b = element.first_attribute(); b != a; b = b.next_attribute())
+      if (std::strcmp(a.name(), b.name()) == 0) return a;
+  }
+  if (count <= kFew) return {};
+  std::unordered_set<std::string_view> names;
+  for (pugi::xml_attribute a : element.attributes())
+    if (!names.insert(a.name()).second) return a;
+  return {};
+}
+
 // What the parser lets through but XML forbids: a second root element and an attribute given
 // twice; and nesting too deep to walk safely.
-bool CheckTree(const pugi::xml_document& xml, TXmlParseError& error) {
+bool CheckTree(const pugi::xml_document& xml, unsigned above, TXmlParseError& error) {
   pugi::xml_node root;
   for (pugi::xml_node child : xml.children()) {
     if (child.type() != pugi::node_element) continue;
@@ -97,8 +115,9 @@ bool CheckTree(const pugi::xml_document& xml, TXmlParseError& error) {
   // pugixml's own walk is iterative, so the depth can be measured before anything recurses.
   struct TChecker : pugi::xml_tree_walker {
     TXmlParseError* error = nullptr;
+    unsigned above = 0;
     bool for_each(pugi::xml_node& node) override {
-      if (static_cast<unsigned>(depth()) >= kMaxDepth) {
+      if (static_cast<unsigned>(depth()) + above >= kMaxDepth) {
         error->message = "elements nested more than " + std::to_string(kMaxDepth) + " deep";
         error->offset = node.offset_debug();
         return false;
@@ -106,19 +125,17 @@ bool CheckTree(const pugi::xml_document& xml, TXmlParseError& error) {
       if (node.type() != pugi::node_element || !node.first_attribute() ||
           !node.first_attribute().next_attribute())
         return true;
-      std::unordered_set<std::string_view> names;
-      for (pugi::xml_attribute a : node.attributes()) {
-        if (!names.insert(a.name()).second) {
-          error->message = std::string("attribute '") + a.name() + "' given twice in <" +
-                           node.name() + ">";
-          error->offset = node.offset_debug();
-          return false;
-        }
+      if (const pugi::xml_attribute twice = RepeatedAttribute(node)) {
+        error->message = std::string("attribute '") + twice.name() + "' given twice in <" +
+                         node.name() + ">";
+        error->offset = node.offset_debug();
+        return false;
       }
       return true;
     }
   } checker;
   checker.error = &error;
+  checker.above = above;
   return const_cast<pugi::xml_document&>(xml).traverse(checker);
 }
 
@@ -241,7 +258,8 @@ bool CheckOutsideRoot(const pugi::xml_document& xml, std::string_view src,
 
 }  // namespace
 
-bool ParseXml(std::string_view text, pugi::xml_document& xml, TXmlParseError& error) {
+bool ParseXml(std::string_view text, pugi::xml_document& xml, TXmlParseError& error,
+              unsigned depth) {
   // The parser reads C strings: a NUL would silently end a value or the document.
   if (const size_t nul = text.find('\0'); nul != std::string::npos) {
     error.message = "a NUL byte is not allowed in XML";
@@ -255,7 +273,7 @@ bool ParseXml(std::string_view text, pugi::xml_document& xml, TXmlParseError& er
     error.offset = result.offset;
     return false;
   }
-  return CheckTree(xml, error) && CheckOutsideRoot(xml, text, error);
+  return CheckTree(xml, depth, error) && CheckOutsideRoot(xml, text, error);
 }
 
 bool TWrenXmlDocument::Parse(const std::string& text, TXmlParseError& error) {

@@ -63,8 +63,10 @@ struct TXmlParseError {
 
 /// Parses text for reading only, without recording any bytes: the same checks as
 /// TWrenXmlDocument::Parse, at a fraction of the cost. The text must not begin with a byte-order
-/// mark; error offsets count bytes of the text.
-bool ParseXml(std::string_view text, pugi::xml_document& xml, TXmlParseError& error);
+/// mark; error offsets count bytes of the text. For an element cut out of a bigger document,
+/// `depth` is how deep it stood there (0 for the root), so that nesting is limited as in the whole.
+bool ParseXml(std::string_view text, pugi::xml_document& xml, TXmlParseError& error,
+              unsigned depth = 0);
 
 /// A parsed XML document with the original bytes of every node, and editing operations that
 /// keep the surrounding layout (line ends, indentation, quotes).

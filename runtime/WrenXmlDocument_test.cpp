@@ -96,6 +96,18 @@ TEST(WrenXmlDocument, RejectsWhatTheParserLetsThroughAndNestingTooDeep) {
   // Exactly as deep as allowed still parses and writes back.
   const std::string deepest = Repeat("<e>", 100) + Repeat("</e>", 100);
   EXPECT_EQ(ParseGood(deepest).Write(), deepest);
+
+  // An element cut out of a document counts its depth there.
+  for (const unsigned depth : {0u, 1u, 2u, 50u}) {
+    SCOPED_TRACE(depth);
+    pugi::xml_document xml;
+    TXmlParseError error;
+    const std::string allowed = Repeat("<e>", 100 - depth) + Repeat("</e>", 100 - depth);
+    EXPECT_TRUE(ParseXml(allowed, xml, error, depth)) << error.message;
+    EXPECT_FALSE(ParseXml("<r>" + allowed + "</r>", xml, error, depth));
+    EXPECT_EQ(error.message, "elements nested more than 100 deep");
+    EXPECT_EQ(error.offset, static_cast<ptrdiff_t>(3 * (100 - depth) + 1));
+  }
 }
 
 TEST(WrenXmlDocument, LineCounterCountsFromOneInAnyOrder) {
