@@ -33,11 +33,11 @@ bool ParseBoolean(const std::string& text, bool& value, std::string& message) {
   return true;
 }
 
-bool ParseScalar(const TPublishedProperty& prop, const std::string& text, TPropertyValue& value,
+bool ParseScalar(const TPublishedProperty& prop, std::string text, TPropertyValue& value,
                  std::string& message) {
   switch (prop.kind) {
     case TPropertyKind::pkString:
-      value = text;
+      value = std::move(text);
       return true;
     case TPropertyKind::pkBoolean: {
       bool flag = false;
@@ -419,12 +419,11 @@ bool CheckAttributes(pugi::xml_node element, const TShape& shape, std::string& m
   return true;
 }
 
-/// The first attribute or child the shape does not allow: the node at fault and why.
-bool CheckShape(pugi::xml_node element, const TShape& shape, std::string& message,
-                pugi::xml_node& at) {
+/// The first child the shape does not allow: the node at fault and why.
+bool CheckChildren(pugi::xml_node element, const TShape& shape, std::string& message,
+                   pugi::xml_node& at) {
   at = element;
-  if (!CheckAttributes(element, shape, message)) return false;
-  for (pugi::xml_node child : element.children()) {
+  for (pugi::xml_node child = element.first_child(); child; child = child.next_sibling()) {
     at = child;
     if (child.type() == pugi::node_element) {
       if (Contains(shape.children, child.name())) continue;
@@ -443,6 +442,13 @@ bool CheckShape(pugi::xml_node element, const TShape& shape, std::string& messag
     }
   }
   return true;
+}
+
+/// The first attribute or child the shape does not allow: the node at fault and why.
+bool CheckShape(pugi::xml_node element, const TShape& shape, std::string& message,
+                pugi::xml_node& at) {
+  at = element;
+  return CheckAttributes(element, shape, message) && CheckChildren(element, shape, message, at);
 }
 
 const TShape kRootShape{{"version"}, {"Variables", "Actions"}};
@@ -535,10 +541,18 @@ class TProjectReader {
   }
 
   bool Check(pugi::xml_node element, const TShape& shape, const std::string& action,
-             const std::string& property = "") {
+             const std::string& property = kNone) {
     std::string message;
     pugi::xml_node at;
     return CheckShape(element, shape, message, at) || Fail(at, action, property, message);
+  }
+
+  /// Check for an element whose attributes passed already.
+  bool CheckContent(pugi::xml_node element, const TShape& shape, const std::string& action,
+                    const std::string& property) {
+    std::string message;
+    pugi::xml_node at;
+    return CheckChildren(element, shape, message, at) || Fail(at, action, property, message);
   }
 
   bool ReadVariables(pugi::xml_node container, std::vector<TWrenProjectVariable>& variables) {
@@ -574,8 +588,11 @@ class TProjectReader {
     if (pugi::xml_attribute a = e.attribute("description")) action->SetDescription(a.value());
 
     const TPropertyTable& table = action->GetPublishedProperties();
-    std::vector<std::optional<TPropertyValue>> values(table.size());
-    std::vector<pugi::xml_node> where(table.size());
+    // Kept between actions, so that reading one allocates nothing for them.
+    std::vector<std::optional<TPropertyValue>>& values = values_;
+    std::vector<pugi::xml_node>& where = where_;
+    values.assign(table.size(), std::nullopt);
+    where.assign(table.size(), pugi::xml_node());
     std::unordered_set<TWrenActionScript*> scriptsSeen;
     for (pugi::xml_node child : e.children()) {
       if (child.type() != pugi::node_element) continue;
@@ -647,7 +664,7 @@ class TProjectReader {
                   "the property is given twice (first on line " +
                       std::to_string(LineOf(where[index])) + ")");
     if (prop->kind == TPropertyKind::pkStringList) {
-      if (!CheckShape(child, kListPropertyShape, message, at)) {
+      if (!CheckChildren(child, kListPropertyShape, message, at)) {
         // Text beside the items most likely means a value written the single-value way.
         if (at.type() != pugi::node_element && at != child)
           message = "a string list holds one <Item> per line, not text";
@@ -655,7 +672,7 @@ class TProjectReader {
       }
       for (pugi::xml_node item : child.children("Item"))
         if (!Check(item, kItemShape, className, prop->name)) return false;
-    } else if (!Check(child, kScalarPropertyShape, className, prop->name)) {
+    } else if (!CheckContent(child, kScalarPropertyShape, className, prop->name)) {
       return false;
     }
     TPropertyValue value;
@@ -665,6 +682,11 @@ class TProjectReader {
     where[index] = child;
     return true;
   }
+
+  static inline const std::string kNone;
+
+  std::vector<std::optional<TPropertyValue>> values_;  // of the action being read
+  std::vector<pugi::xml_node> where_;
 
   TLineCounter lines_;
   ptrdiff_t base_ = 0;  // where the tree read from begins in the project's text
@@ -708,8 +730,19 @@ struct TActionsCut {
 
 enum class TMarkup { kStart, kEmpty, kEnd, kOther };
 
-/// IsXmlSpace, inline: the look tests every byte of every tag name.
+/// IsXmlSpace, inline: the look tests every byte between actions.
 inline bool Space(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
+
+/// The bytes the look stops at, by byte: the look reads every byte of every tag.
+struct TTagBytes {
+  bool nameEnd[256] = {};  // whitespace, '>' and '/' end a tag's name
+  bool mark[256] = {};     // quotes, '<' and '>' matter in the rest of a tag
+  constexpr TTagBytes() {
+    for (const unsigned char c : {' ', '\t', '\r', '\n', '>', '/'}) nameEnd[c] = true;
+    for (const unsigned char c : {'"', '\'', '<', '>'}) mark[c] = true;
+  }
+};
+constexpr TTagBytes kTagBytes;
 
 /// Looks at the markup beginning with the '<' at p: what it is, a tag's name, and one past its
 /// end; npos when the quick look cannot tell (the parser will).
@@ -730,10 +763,11 @@ size_t ScanMarkup(std::string_view s, size_t p, TMarkup& kind, std::string_view&
   const bool end = second == '/';
   size_t q = p + (end ? 2 : 1);
   const size_t nameBegin = q;
-  while (q < s.size() && !Space(s[q]) && s[q] != '>' && s[q] != '/') ++q;
+  while (q < s.size() && !kTagBytes.nameEnd[static_cast<unsigned char>(s[q])]) ++q;
   name = s.substr(nameBegin, q - nameBegin);
   if (name.empty()) return npos;
   for (const char* c = s.data() + q; c < s.data() + s.size(); ++c) {
+    if (!kTagBytes.mark[static_cast<unsigned char>(*c)]) continue;
     if (*c == '"' || *c == '\'') {
       c = static_cast<const char*>(std::memchr(c + 1, *c, s.data() + s.size() - (c + 1)));
       if (!c) return npos;
@@ -747,9 +781,10 @@ size_t ScanMarkup(std::string_view s, size_t p, TMarkup& kind, std::string_view&
   return npos;
 }
 
-/// One past the end of the element whose start tag begins at p; npos when the look cannot tell.
+/// One past the end of the element whose start tag ends before p; npos when the look cannot
+/// tell.
 size_t ElementEnd(std::string_view s, size_t p) {
-  int depth = 0;
+  int depth = 1;
   while (p < s.size()) {
     if (s[p] != '<') {
       p = s.find('<', p);
@@ -759,8 +794,7 @@ size_t ElementEnd(std::string_view s, size_t p) {
     std::string_view name;
     p = ScanMarkup(s, p, kind, name);
     if (kind == TMarkup::kStart) ++depth;
-    if ((kind == TMarkup::kEnd && --depth == 0) || (kind == TMarkup::kEmpty && depth == 0))
-      return p;
+    if (kind == TMarkup::kEnd && --depth == 0) return p;
   }
   return std::string_view::npos;
 }
@@ -790,7 +824,7 @@ bool CutActionList(std::string_view s, TActionsCut& cut) {
       continue;
     }
     if (name != "Action" || (kind != TMarkup::kStart && kind != TMarkup::kEmpty)) return false;
-    const size_t end = kind == TMarkup::kEmpty ? after : ElementEnd(s, p);
+    const size_t end = kind == TMarkup::kEmpty ? after : ElementEnd(s, after);
     if (end == std::string_view::npos) return false;
     cut.actions.emplace_back(p, end);
     p = end;
@@ -849,8 +883,10 @@ bool ReadStreamed(std::string_view content, const std::string& file,
   read.steps.reserve(read.steps.size() + cut.actions.size());
   read.loadedActions.reserve(read.loadedActions.size() + cut.actions.size());
   constexpr unsigned kActionDepth = 2;  // <MarrowbyProject><Actions><Action>
+  std::string scratch;
   for (const auto& [begin, end] : cut.actions) {
-    if (!ParseXml(content.substr(begin, end - begin), xml, parsed, kActionDepth)) return false;
+    if (!ParseXml(content.substr(begin, end - begin), xml, parsed, kActionDepth, &scratch))
+      return false;
     TWrenProjectStep step;
     if (!reader.ReadCutAction(xml.document_element(), begin, step)) return false;
     read.loadedActions.push_back(step.action.get());

@@ -259,15 +259,21 @@ bool CheckOutsideRoot(const pugi::xml_document& xml, std::string_view src,
 }  // namespace
 
 bool ParseXml(std::string_view text, pugi::xml_document& xml, TXmlParseError& error,
-              unsigned depth) {
+              unsigned depth, std::string* scratch) {
   // The parser reads C strings: a NUL would silently end a value or the document.
   if (const size_t nul = text.find('\0'); nul != std::string::npos) {
     error.message = "a NUL byte is not allowed in XML";
     error.offset = static_cast<ptrdiff_t>(nul);
     return false;
   }
-  const pugi::xml_parse_result result =
-      xml.load_buffer(text.data(), text.size(), kParseOptions, pugi::encoding_utf8);
+  pugi::xml_parse_result result;
+  if (scratch) {
+    scratch->assign(text);
+    result = xml.load_buffer_inplace(scratch->data(), scratch->size(), kParseOptions,
+                                     pugi::encoding_utf8);
+  } else {
+    result = xml.load_buffer(text.data(), text.size(), kParseOptions, pugi::encoding_utf8);
+  }
   if (!result) {
     error.message = result.description();
     error.offset = result.offset;

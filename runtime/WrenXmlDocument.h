@@ -65,8 +65,10 @@ struct TXmlParseError {
 /// TWrenXmlDocument::Parse, at a fraction of the cost. The text must not begin with a byte-order
 /// mark; error offsets count bytes of the text. For an element cut out of a bigger document,
 /// `depth` is how deep it stood there (0 for the root), so that nesting is limited as in the whole.
+/// With a scratch string, the tree is parsed from a copy of the text there, which must then
+/// outlive the tree: parsing many small texts in turn allocates no buffer for each.
 bool ParseXml(std::string_view text, pugi::xml_document& xml, TXmlParseError& error,
-              unsigned depth = 0);
+              unsigned depth = 0, std::string* scratch = nullptr);
 
 /// A parsed XML document with the original bytes of every node, and editing operations that
 /// keep the surrounding layout (line ends, indentation, quotes).
