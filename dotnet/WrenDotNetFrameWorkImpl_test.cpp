@@ -164,6 +164,15 @@ TEST(WrenDotNetOptions, RegistrationAndScriptObject) {
   for (const WrenVariant& bad : {WrenVariant{int64_t{2}}, WrenVariant{int64_t{-1}},
                                  WrenVariant{0.5}, WrenVariant{std::string("0")}})
     EXPECT_TRUE(std::holds_alternative<std::monostate>(sdkVersion(bad)));
+
+  // Actions find the instance the host holds now: none once it is gone, a new one afterwards.
+  const IWrenDotNetOptions* first = DotNetOptions().get();
+  EXPECT_EQ(DotNetOptions().get(), first);
+  ClearRegisteredOptions();
+  EXPECT_EQ(DotNetOptions(), nullptr);
+  RegisterOptions(false);
+  ASSERT_NE(DotNetOptions(), nullptr);
+  EXPECT_EQ(DotNetOptions()->GetDefaultSDKVersion(), "v2.0") << "the new instance, not the old";
   ClearRegistrations();
 }
 

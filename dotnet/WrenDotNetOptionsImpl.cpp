@@ -1,6 +1,7 @@
 #include "dotnet/WrenDotNetOptionsImpl.h"
 
 #include <cstdint>
+#include <mutex>
 #include <variant>
 
 #include "WrenPluginAPI.h"
@@ -86,8 +87,18 @@ void RegisterOptions(bool designTime) {
 }
 
 std::shared_ptr<IWrenDotNetOptions> DotNetOptions() {
-  return std::dynamic_pointer_cast<TWrenDotNetOptions>(WrenOptionsServices().FindOptions(
-      TWrenDotNetOptions::kOptionsName, TWrenDotNetOptions::kOptionsCategory));
+  // Every .NET action asks when it is made, thousands of times for a big project: the host's
+  // instance is looked up once and remembered for as long as the host keeps it. Options
+  // registered anew are a new instance, looked up again once the old one is gone.
+  static std::mutex mutex;  // actions may be made on the editor's threads
+  static std::weak_ptr<TWrenDotNetOptions> known;
+  const std::lock_guard<std::mutex> lock(mutex);
+  if (std::shared_ptr<TWrenDotNetOptions> options = known.lock()) return options;
+  std::shared_ptr<TWrenDotNetOptions> options =
+      std::dynamic_pointer_cast<TWrenDotNetOptions>(WrenOptionsServices().FindOptions(
+          TWrenDotNetOptions::kOptionsName, TWrenDotNetOptions::kOptionsCategory));
+  known = options;
+  return options;
 }
 
 }  // namespace wren

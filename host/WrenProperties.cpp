@@ -5,8 +5,9 @@
 namespace wren {
 
 const TPublishedProperty* FindProperty(const TPropertyTable& table, const std::string& name) {
+  // Lengths first: names of another length never match, and most do differ in length.
   for (const TPublishedProperty& p : table)
-    if (SameText(p.name, name)) return &p;
+    if (p.name.size() == name.size() && SameText(p.name, name)) return &p;
   return nullptr;
 }
 

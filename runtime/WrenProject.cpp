@@ -730,9 +730,6 @@ struct TActionsCut {
 
 enum class TMarkup { kStart, kEmpty, kEnd, kOther };
 
-/// IsXmlSpace, inline: the look tests every byte between actions.
-inline bool Space(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
-
 /// The bytes the look stops at, by byte: the look reads every byte of every tag.
 struct TTagBytes {
   bool nameEnd[256] = {};  // whitespace, '>' and '/' end a tag's name
@@ -804,7 +801,7 @@ size_t ElementEnd(std::string_view s, size_t p) {
 bool CutActionList(std::string_view s, TActionsCut& cut) {
   size_t p = cut.contentBegin;
   while (true) {
-    while (p < s.size() && Space(s[p])) ++p;
+    while (p < s.size() && IsXmlSpace(s[p])) ++p;
     if (p >= s.size() || s[p] != '<') return false;
     TMarkup kind;
     std::string_view name;

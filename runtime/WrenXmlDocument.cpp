@@ -37,8 +37,6 @@ std::string LastLineOf(const std::string& ws) {
 
 }  // namespace
 
-bool IsXmlSpace(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
-
 bool IsBlank(const char* text) {
   for (; *text; ++text)
     if (!IsXmlSpace(*text)) return false;
@@ -51,6 +49,10 @@ bool IsBlankText(pugi::xml_node node) {
 
 /// The text of an element: its text and CDATA children joined.
 std::string ElementText(pugi::xml_node element) {
+  const pugi::xml_node first = element.first_child();
+  if (first && !first.next_sibling() &&
+      (first.type() == pugi::node_pcdata || first.type() == pugi::node_cdata))
+    return first.value();  // the usual case, without growing a string
   std::string text;
   for (pugi::xml_node child : element.children())
     if (child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata)
