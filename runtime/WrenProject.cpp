@@ -903,7 +903,9 @@ bool TWrenProject::Load(const std::string& path, const TWrenActionFactory& facto
                         TWrenProjectError& error) {
   std::string text;
   std::string readError;
-  if (!ReadFileBytes(path, text, readError)) {
+  // Read by its size: a read to the end grows the buffer by doubling, and a project just past
+  // a power of two would hold twice its bytes, zero-filled, for as long as it is loaded.
+  if (!ReadFileBytes(path, FileStatus(path), text, readError)) {
     *this = TWrenProject();
     error =
         TWrenProjectError{path, 0, "", "", readError.empty() ? "cannot read the file" : readError};
