@@ -728,7 +728,7 @@ struct TActionsCut {
   std::vector<std::pair<size_t, size_t>> actions;  // [begin, end) of each <Action>
 };
 
-enum class TMarkup { kStart, kEmpty, kEnd, kOther };
+enum class TMarkup { Start, Empty, End, Other };
 
 /// The bytes the look stops at, by byte: the look reads every byte of every tag.
 struct TTagBytes {
@@ -749,7 +749,7 @@ size_t ScanMarkup(std::string_view s, size_t p, TMarkup& kind, std::string_view&
     const size_t at = s.find(close, from);
     return at == npos ? at : at + close.size();
   };
-  kind = TMarkup::kOther;
+  kind = TMarkup::Other;
   const char second = p + 1 < s.size() ? s[p + 1] : '\0';
   if (second == '!') {
     if (s.compare(p, 4, "<!--") == 0) return past(p + 4, "-->");
@@ -771,7 +771,7 @@ size_t ScanMarkup(std::string_view s, size_t p, TMarkup& kind, std::string_view&
     } else if (*c == '<') {
       return npos;
     } else if (*c == '>') {
-      kind = end ? TMarkup::kEnd : c[-1] == '/' ? TMarkup::kEmpty : TMarkup::kStart;
+      kind = end ? TMarkup::End : c[-1] == '/' ? TMarkup::Empty : TMarkup::Start;
       return static_cast<size_t>(c + 1 - s.data());
     }
   }
@@ -790,8 +790,8 @@ size_t ElementEnd(std::string_view s, size_t p) {
     TMarkup kind;
     std::string_view name;
     p = ScanMarkup(s, p, kind, name);
-    if (kind == TMarkup::kStart) ++depth;
-    if (kind == TMarkup::kEnd && --depth == 0) return p;
+    if (kind == TMarkup::Start) ++depth;
+    if (kind == TMarkup::End && --depth == 0) return p;
   }
   return std::string_view::npos;
 }
@@ -807,12 +807,12 @@ bool CutActionList(std::string_view s, TActionsCut& cut) {
     std::string_view name;
     const size_t after = ScanMarkup(s, p, kind, name);
     if (after == std::string_view::npos) return false;
-    if (kind == TMarkup::kEnd) {
+    if (kind == TMarkup::End) {
       cut.contentEnd = p;
       cut.found = name == "Actions";
       return cut.found;
     }
-    if (kind == TMarkup::kOther) {
+    if (kind == TMarkup::Other) {
       // A comment, left out of every tree: the reader ignores comments, and the parser would
       // have looked for nothing but its end and a NUL byte.
       if (s.compare(p, 4, "<!--") != 0 || s.substr(p, after - p).find('\0') != s.npos)
@@ -820,8 +820,8 @@ bool CutActionList(std::string_view s, TActionsCut& cut) {
       p = after;
       continue;
     }
-    if (name != "Action" || (kind != TMarkup::kStart && kind != TMarkup::kEmpty)) return false;
-    const size_t end = kind == TMarkup::kEmpty ? after : ElementEnd(s, after);
+    if (name != "Action" || (kind != TMarkup::Start && kind != TMarkup::Empty)) return false;
+    const size_t end = kind == TMarkup::Empty ? after : ElementEnd(s, after);
     if (end == std::string_view::npos) return false;
     cut.actions.emplace_back(p, end);
     p = end;
@@ -837,13 +837,13 @@ bool CutActions(std::string_view s, TActionsCut& cut) {
     std::string_view name;
     const size_t after = ScanMarkup(s, p, kind, name);
     if (after == std::string_view::npos) return false;
-    if (kind == TMarkup::kStart && depth == 1 && name == "Actions") {
+    if (kind == TMarkup::Start && depth == 1 && name == "Actions") {
       cut.open = p;
       cut.contentBegin = after;
       return CutActionList(s, cut);
     }
-    if (kind == TMarkup::kStart) ++depth;
-    if (kind == TMarkup::kEnd) --depth;
+    if (kind == TMarkup::Start) ++depth;
+    if (kind == TMarkup::End) --depth;
     p = after;
   }
   return true;
@@ -911,7 +911,7 @@ bool TWrenProject::Load(const std::string& path, const TWrenActionFactory& facto
         TWrenProjectError{path, 0, "", "", readError.empty() ? "cannot read the file" : readError};
     return false;
   }
-  return LoadBytes(std::move(text), path, factory, error, TWrenProjectReading::kStreamed);
+  return LoadBytes(std::move(text), path, factory, error, TWrenProjectReading::Streamed);
 }
 
 bool TWrenProject::LoadFromText(const std::string& text, const std::string& file,
@@ -928,9 +928,9 @@ bool TWrenProject::LoadBytes(std::string text, const std::string& file,
       std::string_view(text).substr(text.compare(0, 3, kUtf8Bom) == 0 ? 3 : 0);
   TProjectContent read;
   bool loaded = false;
-  if (reading != TWrenProjectReading::kWholeTree) {
+  if (reading != TWrenProjectReading::WholeTree) {
     loaded = ReadStreamed(content, file, factory, read);
-    if (!loaded && reading == TWrenProjectReading::kStreamedOnly) {
+    if (!loaded && reading == TWrenProjectReading::StreamedOnly) {
       error = TWrenProjectError{file, 0, "", "", "not read one action at a time"};
       return false;
     }

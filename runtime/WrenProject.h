@@ -38,11 +38,11 @@ struct TWrenProjectError {
 enum class TWrenProjectReading {
   /// One action at a time, so that a big project never has its whole tree in memory; what the
   /// quick look does not expect, and every error, is read again as a whole tree.
-  kStreamed,
+  Streamed,
   /// The whole document as one tree.
-  kWholeTree,
-  /// One action at a time without reading again: fails wherever kStreamed falls back (tests).
-  kStreamedOnly,
+  WholeTree,
+  /// One action at a time without reading again: fails wherever Streamed falls back (tests).
+  StreamedOnly,
 };
 
 /// Makes an action of a registered class; nullptr for an unknown class name.
@@ -67,7 +67,7 @@ class TWrenProject {
   /// Parses project text as if read from fileName.
   bool LoadFromText(const std::string& text, const std::string& fileName,
                     const TWrenActionFactory& factory, TWrenProjectError& error,
-                    TWrenProjectReading reading = TWrenProjectReading::kStreamed);
+                    TWrenProjectReading reading = TWrenProjectReading::Streamed);
   /// Writes the current state (atomically). Unchanged projects give back the bytes they came from.
   bool Save(const std::string& path, std::string& error);
   std::string SaveToText();

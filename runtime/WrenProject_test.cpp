@@ -78,10 +78,10 @@ bool LoadBothWays(TWrenProject& project, const std::string& text, const std::str
   TWrenProject whole, streamed;
   TWrenProjectError wholeError, streamedError;
   const bool wholeLoaded =
-      whole.LoadFromText(text, file, factory, wholeError, TWrenProjectReading::kWholeTree);
+      whole.LoadFromText(text, file, factory, wholeError, TWrenProjectReading::WholeTree);
   const std::string expected = Outcome(whole, wholeLoaded, wholeError);
   if (streamed.LoadFromText(text, file, factory, streamedError,
-                            TWrenProjectReading::kStreamedOnly)) {
+                            TWrenProjectReading::StreamedOnly)) {
     EXPECT_EQ(Outcome(streamed, true, streamedError), expected) << "read one action at a time";
   }
   const bool loaded = project.LoadFromText(text, file, factory, error);
@@ -94,7 +94,7 @@ bool LoadsOneActionAtATime(const std::string& text, const TWrenActionFactory& fa
   TWrenProject project;
   TWrenProjectError error;
   return project.LoadFromText(text, "p.mbproj", factory, error,
-                              TWrenProjectReading::kStreamedOnly);
+                              TWrenProjectReading::StreamedOnly);
 }
 
 /// Loads text that must be good.

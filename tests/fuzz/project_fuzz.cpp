@@ -48,8 +48,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (loaded) (void)project.SaveToText();
 
   bool wholeLoaded = false, streamedLoaded = false;
-  const std::string whole = Load(text, wren::TWrenProjectReading::kWholeTree, wholeLoaded);
-  const std::string streamed = Load(text, wren::TWrenProjectReading::kStreamedOnly, streamedLoaded);
+  const std::string whole = Load(text, wren::TWrenProjectReading::WholeTree, wholeLoaded);
+  const std::string streamed = Load(text, wren::TWrenProjectReading::StreamedOnly, streamedLoaded);
   if (Outcome(project, loaded, error) != whole) std::abort();
   if (streamedLoaded && streamed != whole) std::abort();
   return 0;
