@@ -665,11 +665,31 @@ class TSupervisor {
   /// Sends a Start request; false with the errno when the supervisor is gone.
   bool SendStart(const std::string& path, const std::vector<std::string>& args, int outFd,
                  int errFd, int dirFd, int& error) {
-    request_.clear();
-    request_.append(path).push_back('\0');
-    for (const std::string& arg : args) request_.append(arg).push_back('\0');
+    // Measured first, then copied in one go: this runs for every program started.
+    size_t size = path.size() + 1;
+    for (const std::string& arg : args) size += arg.size() + 1;
     uint32_t envc = 0;
-    for (char** e = environ; e && *e; ++e, ++envc) request_.append(*e).push_back('\0');
+    for (char** e = environ; e && *e; ++e, ++envc) size += std::strlen(*e) + 1;
+    request_.resize(size);
+    char* at = request_.data();
+    const char* end = at + size;
+    // Bounded: another thread may change the environment between the two passes.
+    auto put = [&at, end](const char* text, size_t length) {
+      if (length + 1 > static_cast<size_t>(end - at)) return false;
+      std::memcpy(at, text, length);
+      at[length] = '\0';
+      at += length + 1;
+      return true;
+    };
+    put(path.data(), path.size());
+    for (const std::string& arg : args) put(arg.data(), arg.size());
+    for (uint32_t i = 0; i < envc; ++i) {
+      if (!environ[i] || !put(environ[i], std::strlen(environ[i]))) {
+        envc = i;
+        break;
+      }
+    }
+    request_.resize(static_cast<size_t>(at - request_.data()));
     TRequestHeader header{TRequestHeader::Start, static_cast<uint32_t>(request_.size()),
                           static_cast<uint32_t>(args.size()), envc};
     const size_t first = std::min(request_.size(), kChunk);
