@@ -489,6 +489,13 @@ TEST(WrenProcessPosix, EachRunGetsTheHostsEnvironmentAndDirectoryOfTheMoment) {
     EXPECT_EQ(run.out[1], (dir.Path() / c.subdir).string());
   }
   ::unsetenv("WREN_REUSE_PROBE");
+
+  // An environment bigger than one message to the helper arrives whole.
+  const std::string big(100000, 'x');
+  const TScopedEnv big1("WREN_BIG_1", big), big2("WREN_BIG_2", big), big3("WREN_BIG_3", big);
+  const TRun run = RunProgram("/bin/sh", "-c \"echo ${#WREN_BIG_1} ${#WREN_BIG_3}\"");
+  ASSERT_EQ(run.result.status, TStatus::Exited) << run.result.error;
+  EXPECT_EQ(run.out, TLines{"100000 100000"});
 }
 
 // A helper killed from outside, between runs or during one: that run ends without an exit code,
