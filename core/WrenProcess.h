@@ -50,6 +50,20 @@ class IWrenProcess {
 
 std::shared_ptr<IWrenProcess> CreateWrenProcess();
 
+/// While one of these lives, runs reuse their helper processes instead of starting new ones per
+/// run (a build keeps one for its whole length); when the last ends, the idle helpers end too.
+/// Nothing a run starts outlives its run either way.
+class TWrenProcessReuse {
+ public:
+  TWrenProcessReuse();
+  ~TWrenProcessReuse();
+  TWrenProcessReuse(const TWrenProcessReuse&) = delete;
+  TWrenProcessReuse& operator=(const TWrenProcessReuse&) = delete;
+
+ private:
+  bool counted_ = false;
+};
+
 /// Splits a Windows command line into arguments with the Microsoft C runtime rules:
 /// 2n backslashes before a quote give n backslashes and a quote toggle, 2n+1 give n and a literal
 /// quote; "" inside a quoted part is a literal quote; an unterminated quote runs to the end.

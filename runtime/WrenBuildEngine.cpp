@@ -556,6 +556,8 @@ TWrenBuildResult RunBuild(TWrenProject& project, const TWrenBuildOptions& option
   std::error_code ec;
   const std::string projectFile = std::filesystem::absolute(project.fileName, ec).string();
   TCurrentDirScope inProjectFolder(ProjectFolder(project));
+  // The steps' programs share one helper process instead of forking one from the host each.
+  const TWrenProcessReuse reuseProcesses;
   const int total = static_cast<int>(project.steps.size());
   result.success = true;
   bool ended = false;  // a step failed or a stop was requested: the rest do not run

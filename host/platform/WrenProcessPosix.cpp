@@ -1,13 +1,16 @@
 // Child processes on POSIX: started by a supervisor process in a process group of their own,
 // output read through two pipes with poll(), stop by SIGTERM then SIGKILL to the whole group; the
-// supervisor kills what is left of the program's tree when the run ends or the host dies.
+// supervisor kills what is left of the program's tree when the run ends or the host dies, and
+// serves the next run when reuse is on.
 #include "WrenProcess.h"
 
 #include <fcntl.h>
 #include <poll.h>
 #include <sched.h>
 #include <signal.h>
+#include <sys/mman.h>
 #include <sys/prctl.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -23,7 +26,13 @@
 #include <cstring>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <string_view>
+#include <vector>
+
+#if defined(__SANITIZE_ADDRESS__)
+#include <sanitizer/asan_interface.h>
+#endif
 
 extern char** environ;
 
@@ -178,36 +187,37 @@ bool PumpOutput(TOutputStream* streams[2], TReadBuffer& buffer,
   return gotData;
 }
 
-bool IsRegularFile(const std::string& path) {
-  struct stat st{};
-  return ::stat(path.c_str(), &st) == 0 && S_ISREG(st.st_mode);
-}
-
-bool IsDirectory(const std::string& path) {
-  struct stat st{};
-  return ::stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
-}
-
 /// Where a program's file was found, or why it was not.
 struct TProgramFile {
   std::string path;
   std::string problem;  // empty when found
 };
 
+// The "MZ" signature of a Windows program, read with two bytes rather than a stream: this runs
+// for every program started.
+bool HasWindowsSignature(const std::string& path) {
+  const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return false;
+  char head[2] = {};
+  const ssize_t got = ::read(fd, head, sizeof head);
+  ::close(fd);
+  return got == 2 && head[0] == 'M' && head[1] == 'Z';
+}
+
 // A Windows program needs no execute bit: mono reads it.
-bool IsRunnable(const std::string& path, bool acceptManaged) {
-  if (!IsRegularFile(path)) return false;
+bool IsRunnable(const std::string& path, const struct stat& st, bool acceptManaged) {
+  if (!S_ISREG(st.st_mode)) return false;
   if (::access(path.c_str(), X_OK) == 0) return true;
-  return acceptManaged && IsManagedExecutable(path);
+  return acceptManaged && HasWindowsSignature(path);
 }
 
 TProgramFile FindProgram(const std::string& name, bool acceptManaged) {
   if (name.empty()) return {"", "no program given"};
+  struct stat st{};
   if (name.find('/') != std::string::npos) {
-    struct stat st{};
     if (::stat(name.c_str(), &st) != 0) return {"", name + ": " + ErrnoText(errno)};
     if (!S_ISREG(st.st_mode)) return {"", name + ": not a file"};
-    if (!IsRunnable(name, acceptManaged)) return {"", name + ": not executable"};
+    if (!IsRunnable(name, st, acceptManaged)) return {"", name + ": not executable"};
     return {name, ""};
   }
   const char* pathVar = std::getenv("PATH");
@@ -218,7 +228,8 @@ TProgramFile FindProgram(const std::string& name, bool acceptManaged) {
     std::string dir = searchPath.substr(start, end - start);
     if (dir.empty()) dir = ".";  // an empty PATH entry means the current directory
     std::string candidate = dir + "/" + name;
-    if (IsRunnable(candidate, acceptManaged)) return {candidate, ""};
+    if (::stat(candidate.c_str(), &st) == 0 && IsRunnable(candidate, st, acceptManaged))
+      return {candidate, ""};
     if (end >= searchPath.size()) break;
     start = end + 1;
   }
@@ -234,27 +245,52 @@ int KillGraceMs() {
   return static_cast<int>(std::min<long>(value, 600000));
 }
 
-/// What the supervisor tells the host about the program.
+// The host and a supervisor talk over a SOCK_SEQPACKET socket pair, one message per write.
+// Each run: the host sends Start (with the program's stdout, stderr and starting directory as
+// descriptors), the supervisor answers Started or SpawnFailed, later Exited; the host sends
+// Finish, the supervisor kills what is left of the run and answers Done. EOF on either side
+// means the other is gone: a supervisor whose host is gone kills the run and exits.
+
+/// What the host asks of a supervisor.
+struct TRequestHeader {
+  enum : int32_t { Start, Finish } kind;
+  uint32_t size;  // bytes that follow: path, arguments, environment, each ending in NUL
+  uint32_t argc;
+  uint32_t envc;
+};
+
+/// What the supervisor tells the host.
 struct TSupervisorMessage {
-  enum : int32_t { Started, SpawnFailed, Exited } kind;
+  enum : int32_t { Started, SpawnFailed, Exited, Done } kind;
   int32_t value;  // the program's pid, the errno of the failed start, or the exit code
 };
 
-/// Everything the program is started with, prepared before the fork: after it only
-/// async-signal-safe calls are allowed (another thread of the host may hold the heap's lock).
+// The largest message: well inside a socket's default send buffer. Bigger requests (a huge
+// environment) follow in further messages.
+constexpr size_t kChunk = 64 * 1024;
+constexpr int kRequestFds = 3;
+
+/// A request as the supervisor holds it, with pointers into its own buffer.
 struct TLaunch {
-  const char* path;
-  char* const* argv;
-  const char* workingDir;  // null: the host's
-  int outFd;
-  int errFd;
-  int lifelineFd;  // the supervisor's end: EOF when the host has finished with the run, or died
-  int statusFd;    // the supervisor's end of its messages to the host
+  const char* path = nullptr;
+  char** argv = nullptr;
+  char** envp = nullptr;
+  int outFd = -1;
+  int errFd = -1;
+  int dirFd = -1;
 };
 
-void WriteMessage(int fd, TSupervisorMessage message) {
-  while (::write(fd, &message, sizeof message) < 0 && errno == EINTR) {
-  }
+// The supervisor's memory: static or mapped, never the heap, since it is a fork of a host whose
+// other threads may have held the heap's lock at that moment.
+alignas(16) char gRequestBuffer[256 * 1024];
+alignas(16) char gCloneStack[64 * 1024];
+
+bool SendMessage(int fd, TSupervisorMessage message) {
+  ssize_t sent;
+  do {
+    sent = ::send(fd, &message, sizeof message, MSG_NOSIGNAL);
+  } while (sent < 0 && errno == EINTR);
+  return sent == static_cast<ssize_t>(sizeof message);
 }
 
 int ExitCodeOf(int status) {
@@ -334,7 +370,26 @@ void KillChildren() {
   ::close(dir);
 }
 
-// The program's own process, after the supervisor's fork.
+// Kills the program's group and every child left, and reaps them all; the program's wait
+// status, or -1 when it was reaped before.
+int KillAndReapAll(pid_t program) {
+  if (program > 0) ::kill(-program, SIGKILL);
+  int programStatus = -1;
+  for (;;) {
+    int status = 0;
+    const pid_t reaped = ::waitpid(-1, &status, WNOHANG);
+    if (reaped == program) programStatus = status;
+    if (reaped > 0) continue;
+    if (reaped < 0 && errno == ECHILD) break;
+    // Some child still runs: the walk through /proc is paid only then, not on every run.
+    KillChildren();
+    const timespec pause{0, 2000000};
+    ::nanosleep(&pause, nullptr);
+  }
+  return programStatus;
+}
+
+// The program's own process, after the supervisor's clone.
 [[noreturn]] void StartProgram(const TLaunch& launch, pid_t supervisor, int execErrorFd) {
   ::setpgid(0, 0);  // own group, so a stop reaches the tools it starts too
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
@@ -348,13 +403,13 @@ void KillChildren() {
   ::sigprocmask(SIG_SETMASK, &none, nullptr);
   int err = 0;
   const int null = ::open("/dev/null", O_RDONLY);
-  if (launch.workingDir && ::chdir(launch.workingDir) != 0) {
+  if (::fchdir(launch.dirFd) != 0) {
     err = errno;
   } else if (null < 0 || ::dup2(null, STDIN_FILENO) < 0 ||
              ::dup2(launch.outFd, STDOUT_FILENO) < 0 || ::dup2(launch.errFd, STDERR_FILENO) < 0) {
     err = errno;
   } else {
-    ::execve(launch.path, launch.argv, environ);
+    ::execve(launch.path, launch.argv, launch.envp);
     err = errno;
   }
   while (::write(execErrorFd, &err, sizeof err) < 0 && errno == EINTR) {
@@ -362,44 +417,142 @@ void KillChildren() {
   ::_exit(127);
 }
 
-// The supervisor: a forked copy of the host that starts the program and outlives the host just
-// long enough to kill whatever the program started, however the host ends. It is the subreaper
-// of the program's tree, so even a grandchild that left the process group (setsid) stays its
-// descendant.
-[[noreturn]] void Supervise(const TLaunch& launch) {
-  struct sigaction ignore {};
-  ignore.sa_handler = SIG_IGN;
-  // A closed terminal or Ctrl-C reaches the host's group, and with it this process: the host
-  // decides what the program gets.
-  for (int sig : {SIGHUP, SIGINT, SIGTERM, SIGQUIT, SIGPIPE}) ::sigaction(sig, &ignore, nullptr);
-  ::prctl(PR_SET_CHILD_SUBREAPER, 1);
+// Takes the NUL-ended strings of a request into an array; false when they run past its end.
+bool TakeStrings(char*& at, const char* end, uint32_t count, char** into) {
+  for (uint32_t i = 0; i < count; ++i) {
+    into[i] = at;
+    while (at < end && *at) ++at;
+    if (at == end) return false;
+    ++at;
+  }
+  into[count] = nullptr;
+  return true;
+}
+
+/// The memory of one request in the supervisor: the static buffer, or a mapping for a big one.
+struct TRequestMemory {
+  char* bytes = gRequestBuffer;
+  size_t mapped = 0;
+  ~TRequestMemory() {
+    if (mapped) ::munmap(bytes, mapped);
+  }
+};
+
+enum class TReceived { Start, Other, Malformed, HostGone };
+
+// Receives the host's next message; for a Start, the launch it describes.
+TReceived ReceiveRequest(int control, TLaunch& launch, TRequestMemory& memory) {
+  TRequestHeader header{};
+  iovec iov[2] = {{&header, sizeof header}, {memory.bytes, kChunk}};
+  alignas(cmsghdr) char cmsgSpace[CMSG_SPACE(sizeof(int) * kRequestFds)];
+  msghdr msg{};
+  msg.msg_iov = iov;
+  msg.msg_iovlen = 2;
+  msg.msg_control = cmsgSpace;
+  msg.msg_controllen = sizeof cmsgSpace;
+  ssize_t got;
+  do {
+    got = ::recvmsg(control, &msg, MSG_CMSG_CLOEXEC);
+  } while (got < 0 && errno == EINTR);
+  if (got <= 0) return TReceived::HostGone;
+  int fds[kRequestFds] = {-1, -1, -1};
+  int fdCount = 0;
+  for (cmsghdr* c = CMSG_FIRSTHDR(&msg); c; c = CMSG_NXTHDR(&msg, c)) {
+    if (c->cmsg_level != SOL_SOCKET || c->cmsg_type != SCM_RIGHTS) continue;
+    const size_t n = (c->cmsg_len - CMSG_LEN(0)) / sizeof(int);
+    for (size_t i = 0; i < n; ++i) {
+      int fd;
+      std::memcpy(&fd, CMSG_DATA(c) + i * sizeof(int), sizeof fd);
+      if (fdCount < kRequestFds) {
+        fds[fdCount++] = fd;
+      } else {
+        ::close(fd);
+      }
+    }
+  }
+  launch.outFd = fds[0];
+  launch.errFd = fds[1];
+  launch.dirFd = fds[2];
+  if (got < static_cast<ssize_t>(sizeof header) || header.kind != TRequestHeader::Start) {
+    for (int fd : fds)
+      if (fd >= 0) ::close(fd);
+    return got < static_cast<ssize_t>(sizeof header) ? TReceived::Malformed : TReceived::Other;
+  }
+  if (fdCount != kRequestFds || header.size == 0) return TReceived::Malformed;
+
+  // The pointer arrays go after the strings, in the same memory.
+  const size_t pointersAt = (header.size + 15) & ~size_t(15);
+  const size_t need = pointersAt + (size_t(header.argc) + header.envc + 2) * sizeof(char*);
+  if (need > sizeof gRequestBuffer) {
+    void* map = ::mmap(nullptr, need, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (map == MAP_FAILED) return TReceived::Malformed;
+    std::memcpy(map, memory.bytes, static_cast<size_t>(got) - sizeof header);
+    memory.bytes = static_cast<char*>(map);
+    memory.mapped = need;
+  }
+  size_t have = static_cast<size_t>(got) - sizeof header;
+  while (have < header.size) {
+    const size_t part = std::min<size_t>(kChunk, header.size - have);
+    do {
+      got = ::recv(control, memory.bytes + have, part, 0);
+    } while (got < 0 && errno == EINTR);
+    if (got <= 0) return TReceived::HostGone;
+    have += static_cast<size_t>(got);
+  }
+  char* at = memory.bytes;
+  const char* end = memory.bytes + header.size;
+  char** pointers = reinterpret_cast<char**>(memory.bytes + pointersAt);
+  launch.argv = pointers;
+  launch.envp = pointers + header.argc + 1;
+  const char* path = at;
+  while (at < end && *at) ++at;
+  if (at == end) return TReceived::Malformed;
+  ++at;
+  launch.path = path;
+  if (!TakeStrings(at, end, header.argc, launch.argv) ||
+      !TakeStrings(at, end, header.envc, launch.envp)) {
+    return TReceived::Malformed;
+  }
+  return TReceived::Start;
+}
+
+void CloseLaunchFds(const TLaunch& launch) {
+  for (int fd : {launch.outFd, launch.errFd, launch.dirFd})
+    if (fd >= 0) ::close(fd);
+}
+
+// Runs one program to the end of its run: false when the host is gone.
+bool SuperviseRun(int control, const TLaunch& launch) {
   int execError[2];
   if (::pipe2(execError, O_CLOEXEC) != 0) {
-    WriteMessage(launch.statusFd, {TSupervisorMessage::SpawnFailed, errno});
-    ::_exit(0);
+    CloseLaunchFds(launch);
+    return SendMessage(control, {TSupervisorMessage::SpawnFailed, errno});
   }
   const pid_t self = ::getpid();
   // The program's process borrows this one's memory until it execs, as posix_spawn does: a
-  // second copy of the host's page tables per step would cost more than the rest of the start.
-  // This process waits meanwhile, and nothing here has a signal handler that could run there.
+  // copy of the page tables per run would cost more than the rest of the start. This process
+  // waits meanwhile, and nothing here has a signal handler that could run there.
   struct TStart {
     const TLaunch* launch;
     pid_t supervisor;
     int execErrorFd;
   } start{&launch, self, execError[1]};
-  alignas(16) static char stack[64 * 1024];
+#if defined(__SANITIZE_ADDRESS__)
+  // The last program's frames never returned: their stale redzones would fault this one.
+  ASAN_UNPOISON_MEMORY_REGION(gCloneStack, sizeof gCloneStack);
+#endif
   const pid_t program = ::clone(
       [](void* arg) -> int {
         const TStart& s = *static_cast<const TStart*>(arg);
         StartProgram(*s.launch, s.supervisor, s.execErrorFd);
       },
-      stack + sizeof stack, CLONE_VM | CLONE_VFORK | SIGCHLD, &start);
+      gCloneStack + sizeof gCloneStack, CLONE_VM | CLONE_VFORK | SIGCHLD, &start);
+  const int cloneError = errno;
   ::close(execError[1]);
-  ::close(launch.outFd);
-  ::close(launch.errFd);
+  CloseLaunchFds(launch);
   if (program < 0) {
-    WriteMessage(launch.statusFd, {TSupervisorMessage::SpawnFailed, errno});
-    ::_exit(0);
+    ::close(execError[0]);
+    return SendMessage(control, {TSupervisorMessage::SpawnFailed, cloneError});
   }
   ::setpgid(program, program);  // before the host may signal the group
   int startError = 0;
@@ -410,23 +563,27 @@ void KillChildren() {
   ::close(execError[0]);
   if (got == static_cast<ssize_t>(sizeof startError)) {
     ::waitpid(program, nullptr, 0);
-    WriteMessage(launch.statusFd, {TSupervisorMessage::SpawnFailed, startError});
-    ::_exit(0);
+    return SendMessage(control, {TSupervisorMessage::SpawnFailed, startError});
   }
-  WriteMessage(launch.statusFd, {TSupervisorMessage::Started, program});
+  SendMessage(control, {TSupervisorMessage::Started, program});
 
-  // Until the host lets go: report the program's exit (it stays an unreaped zombie, so its
-  // group id cannot be reused while the host may signal it) and reap orphans meanwhile.
+  // Until the host ends the run: report the program's exit (it stays an unreaped zombie, so
+  // its group id cannot be reused while the host may signal it) and reap orphans meanwhile.
   const int exitFd = static_cast<int>(::syscall(SYS_pidfd_open, program, 0));
   bool reported = false;
+  bool hostGone = false;
   for (;;) {
-    pollfd fds[2] = {{launch.lifelineFd, POLLIN, 0}, {exitFd, POLLIN, 0}};
+    pollfd fds[2] = {{control, POLLIN, 0}, {exitFd, POLLIN, 0}};
     const nfds_t count = (exitFd >= 0 && !reported) ? 2 : 1;
     ::poll(fds, count, reported ? -1 : 100);
     if (fds[0].revents != 0) {
-      char byte;
-      const ssize_t r = ::read(launch.lifelineFd, &byte, 1);
-      if (r == 0 || (r < 0 && errno != EINTR)) break;
+      TRequestHeader header{};
+      const ssize_t r = ::recv(control, &header, sizeof header, MSG_DONTWAIT);
+      if (r == 0 || (r < 0 && errno != EINTR && errno != EAGAIN)) {
+        hostGone = true;
+        break;
+      }
+      if (r > 0 && header.kind == TRequestHeader::Finish) break;
     }
     if (reported) continue;
     siginfo_t info{};
@@ -436,34 +593,225 @@ void KillChildren() {
       continue;
     }
     const int code = info.si_code == CLD_EXITED ? info.si_status : 128 + info.si_status;
-    WriteMessage(launch.statusFd, {TSupervisorMessage::Exited, code});
+    SendMessage(control, {TSupervisorMessage::Exited, code});
     reported = true;
   }
+  if (exitFd >= 0) ::close(exitFd);
 
-  ::kill(-program, SIGKILL);
-  int programStatus = -1;
+  const int programStatus = KillAndReapAll(program);
+  if (hostGone) return false;
+  if (!reported) SendMessage(control, {TSupervisorMessage::Exited, ExitCodeOf(programStatus)});
+  return SendMessage(control, {TSupervisorMessage::Done, 0});
+}
+
+// The supervisor: a forked copy of the host that starts the host's programs one run at a time
+// and outlives the host just long enough to kill whatever a run started, however the host ends.
+// It is the subreaper of the programs' trees, so even a grandchild that left the process group
+// (setsid) stays its descendant.
+[[noreturn]] void Supervise(int control) {
+  struct sigaction ignore {};
+  ignore.sa_handler = SIG_IGN;
+  // A closed terminal or Ctrl-C reaches the host's group, and with it this process: the host
+  // decides what the program gets.
+  for (int sig : {SIGHUP, SIGINT, SIGTERM, SIGQUIT, SIGPIPE}) ::sigaction(sig, &ignore, nullptr);
+  ::prctl(PR_SET_CHILD_SUBREAPER, 1);
   for (;;) {
-    int status = 0;
-    const pid_t reaped = ::waitpid(-1, &status, WNOHANG);
-    if (reaped == program) programStatus = status;
-    if (reaped > 0) continue;
-    if (reaped < 0 && errno == ECHILD) break;
-    // Some child still runs: the walk through /proc is paid only then, not on every run.
-    KillChildren();
-    const timespec pause{0, 2000000};
-    ::nanosleep(&pause, nullptr);
+    TLaunch launch;
+    TRequestMemory memory;
+    switch (ReceiveRequest(control, launch, memory)) {
+      case TReceived::HostGone:
+        CloseLaunchFds(launch);
+        ::_exit(0);
+      case TReceived::Other:
+        continue;
+      case TReceived::Malformed:
+        CloseLaunchFds(launch);
+        if (!SendMessage(control, {TSupervisorMessage::SpawnFailed, EPROTO})) ::_exit(0);
+        continue;
+      case TReceived::Start:
+        if (!SuperviseRun(control, launch)) ::_exit(0);
+        continue;
+    }
   }
-  if (!reported) WriteMessage(launch.statusFd, {TSupervisorMessage::Exited, ExitCodeOf(programStatus)});
-  ::_exit(0);
+}
+
+/// A supervisor process, seen from the host through its end of the control socket.
+class TSupervisor {
+ public:
+  /// Forks a new one; null with the errno when that failed.
+  static std::unique_ptr<TSupervisor> Start(int& error) {
+    int pair[2];
+    if (::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, pair) != 0) {
+      error = errno;
+      return nullptr;
+    }
+    const pid_t pid = ::fork();
+    if (pid == 0) {
+      CloseAllBut({pair[1]});
+      Supervise(pair[1]);
+    }
+    error = errno;
+    ::close(pair[1]);
+    if (pid < 0) {
+      ::close(pair[0]);
+      return nullptr;
+    }
+    return std::unique_ptr<TSupervisor>(new TSupervisor(pid, pair[0]));
+  }
+  TSupervisor(const TSupervisor&) = delete;
+  TSupervisor& operator=(const TSupervisor&) = delete;
+  /// Lets go: the supervisor ends (killing what a run still holds) and is reaped.
+  ~TSupervisor() {
+    control_.Close();
+    while (::waitpid(pid_, nullptr, 0) < 0 && errno == EINTR) {
+    }
+  }
+
+  int Fd() const { return control_.Get(); }
+  pid_t Pid() const { return pid_; }
+
+  /// Sends a Start request; false with the errno when the supervisor is gone.
+  bool SendStart(const std::string& path, const std::vector<std::string>& args, int outFd,
+                 int errFd, int dirFd, int& error) {
+    // Measured first, then copied in one go: this runs for every program started.
+    size_t size = path.size() + 1;
+    for (const std::string& arg : args) size += arg.size() + 1;
+    uint32_t envc = 0;
+    for (char** e = environ; e && *e; ++e, ++envc) size += std::strlen(*e) + 1;
+    request_.resize(size);
+    char* at = request_.data();
+    const char* end = at + size;
+    // Bounded: another thread may change the environment between the two passes.
+    auto put = [&at, end](const char* text, size_t length) {
+      if (length + 1 > static_cast<size_t>(end - at)) return false;
+      std::memcpy(at, text, length);
+      at[length] = '\0';
+      at += length + 1;
+      return true;
+    };
+    put(path.data(), path.size());
+    for (const std::string& arg : args) put(arg.data(), arg.size());
+    for (uint32_t i = 0; i < envc; ++i) {
+      if (!environ[i] || !put(environ[i], std::strlen(environ[i]))) {
+        envc = i;
+        break;
+      }
+    }
+    request_.resize(static_cast<size_t>(at - request_.data()));
+    TRequestHeader header{TRequestHeader::Start, static_cast<uint32_t>(request_.size()),
+                          static_cast<uint32_t>(args.size()), envc};
+    const size_t first = std::min(request_.size(), kChunk);
+    iovec iov[2] = {{&header, sizeof header}, {request_.data(), first}};
+    alignas(cmsghdr) char cmsgSpace[CMSG_SPACE(sizeof(int) * kRequestFds)]{};
+    msghdr msg{};
+    msg.msg_iov = iov;
+    msg.msg_iovlen = 2;
+    msg.msg_control = cmsgSpace;
+    msg.msg_controllen = sizeof cmsgSpace;
+    cmsghdr* c = CMSG_FIRSTHDR(&msg);
+    c->cmsg_level = SOL_SOCKET;
+    c->cmsg_type = SCM_RIGHTS;
+    c->cmsg_len = CMSG_LEN(sizeof(int) * kRequestFds);
+    const int fds[kRequestFds] = {outFd, errFd, dirFd};
+    std::memcpy(CMSG_DATA(c), fds, sizeof fds);
+    if (!Send(msg, error)) return false;
+    for (size_t at = first; at < request_.size(); at += kChunk) {
+      iovec part{request_.data() + at, std::min(kChunk, request_.size() - at)};
+      msghdr more{};
+      more.msg_iov = &part;
+      more.msg_iovlen = 1;
+      if (!Send(more, error)) return false;
+    }
+    // A huge environment's memory is not kept between runs.
+    if (request_.capacity() > 4 * kChunk) std::string().swap(request_);
+    return true;
+  }
+
+  bool SendFinish() {
+    TRequestHeader header{TRequestHeader::Finish, 0, 0, 0};
+    iovec iov{&header, sizeof header};
+    msghdr msg{};
+    msg.msg_iov = &iov;
+    msg.msg_iovlen = 1;
+    int error = 0;
+    return Send(msg, error);
+  }
+
+  enum class TRead { Message, None, Gone };
+  TRead Read(TSupervisorMessage& m, bool block) {
+    for (;;) {
+      const ssize_t got = ::recv(control_.Get(), &m, sizeof m, block ? 0 : MSG_DONTWAIT);
+      if (got == static_cast<ssize_t>(sizeof m)) return TRead::Message;
+      if (got < 0 && errno == EINTR) continue;
+      if (got < 0 && errno == EAGAIN && !block) return TRead::None;
+      return TRead::Gone;
+    }
+  }
+
+ private:
+  TSupervisor(pid_t pid, int fd) : pid_(pid), control_(fd) {}
+
+  bool Send(const msghdr& msg, int& error) {
+    ssize_t sent;
+    do {
+      sent = ::sendmsg(control_.Get(), &msg, MSG_NOSIGNAL);
+    } while (sent < 0 && errno == EINTR);
+    if (sent >= 0) return true;
+    error = errno;
+    return false;
+  }
+
+  pid_t pid_;
+  TFd control_;
+  std::string request_;  // kept between runs: a steady build allocates nothing for it
+};
+
+/// Supervisors kept for reuse while a TWrenProcessReuse lives; one run at a time each, so
+/// runs on several threads take one each.
+struct TSupervisorPool {
+  std::mutex mutex;
+  std::vector<std::unique_ptr<TSupervisor>> idle;
+  int scopes = 0;
+  // A forked copy of the host must not share its supervisors: its runs start their own.
+  const pid_t owner = ::getpid();
+
+  static TSupervisorPool& Get() {
+    static TSupervisorPool pool;
+    return pool;
+  }
+  bool Mine() const { return owner == ::getpid(); }
+};
+
+/// A supervisor for one run: an idle one from the pool, or a new one; null with the errno when
+/// none could be started.
+std::unique_ptr<TSupervisor> TakeSupervisor(int& error) {
+  TSupervisorPool& pool = TSupervisorPool::Get();
+  if (pool.Mine()) {
+    std::lock_guard lock(pool.mutex);
+    if (!pool.idle.empty()) {
+      std::unique_ptr<TSupervisor> supervisor = std::move(pool.idle.back());
+      pool.idle.pop_back();
+      return supervisor;
+    }
+  }
+  return TSupervisor::Start(error);
+}
+
+/// After a run that ended cleanly: kept for the next run while reuse is on, otherwise let go
+/// (after the lock is released, when the parameter dies).
+void GiveBackSupervisor(std::unique_ptr<TSupervisor> supervisor) {
+  TSupervisorPool& pool = TSupervisorPool::Get();
+  if (!pool.Mine()) return;
+  std::lock_guard lock(pool.mutex);
+  if (pool.scopes > 0) pool.idle.push_back(std::move(supervisor));
 }
 
 /// The running program, seen from the host: through its supervisor's messages, and its process
-/// group for stop signals. Letting go (Finish, or the destructor when Run leaves early) makes
-/// the supervisor kill everything the program started.
+/// group for stop signals. Finish (or the destructor when Run leaves early) makes the
+/// supervisor kill everything the program started.
 class TChild {
  public:
-  TChild(pid_t supervisor, int lifelineFd, int statusFd)
-      : supervisor_(supervisor), lifeline_(lifelineFd), status_(statusFd) {}
+  explicit TChild(std::unique_ptr<TSupervisor> supervisor) : supervisor_(std::move(supervisor)) {}
   TChild(const TChild&) = delete;
   TChild& operator=(const TChild&) = delete;
   ~TChild() { Finish(); }
@@ -471,26 +819,34 @@ class TChild {
   /// Waits for the start; false with the errno when the program could not be started.
   bool WaitStarted(int& error) {
     TSupervisorMessage m{};
-    if (!ReadMessage(m, true)) {
+    if (supervisor_->Read(m, true) != TSupervisor::TRead::Message) {
       error = EIO;
+      supervisor_.reset();
       return false;
     }
     if (m.kind == TSupervisorMessage::SpawnFailed) {
       error = m.value;
+      GiveBackSupervisor(std::move(supervisor_));
       return false;
     }
     program_ = m.value;
-    ::fcntl(status_.Get(), F_SETFL, ::fcntl(status_.Get(), F_GETFL) | O_NONBLOCK);
     return true;
   }
 
   /// A descriptor that turns readable when the program's state changes.
-  int WakeFd() const { return status_.Get(); }
+  int WakeFd() const { return supervisor_ ? supervisor_->Fd() : -1; }
 
   bool HasExited() {
     TSupervisorMessage m{};
-    while (!exitCode_ && ReadMessage(m, false))
+    while (!exitCode_ && supervisor_) {
+      const TSupervisor::TRead r = supervisor_->Read(m, false);
+      if (r == TSupervisor::TRead::None) break;
+      if (r == TSupervisor::TRead::Gone) {
+        Lost();
+        break;
+      }
       if (m.kind == TSupervisorMessage::Exited) exitCode_ = m.value;
+    }
     return exitCode_.has_value();
   }
 
@@ -499,39 +855,37 @@ class TChild {
   }
 
   /// Ends the run: everything the program started is killed; returns its exit code
-  /// (128 + signal for a signal death).
+  /// (128 + signal for a signal death, -1 when the supervisor was lost).
   int Finish() {
-    if (supervisor_ > 0) {
-      lifeline_.Close();
-      ::fcntl(status_.Get(), F_SETFL, ::fcntl(status_.Get(), F_GETFL) & ~O_NONBLOCK);
+    if (!supervisor_) return exitCode_.value_or(-1);
+    if (!supervisor_->SendFinish()) {
+      Lost();
+      return exitCode_.value_or(-1);
+    }
+    for (;;) {
       TSupervisorMessage m{};
-      while (!exitCode_ && ReadMessage(m, true))
-        if (m.kind == TSupervisorMessage::Exited) exitCode_ = m.value;
-      while (::waitpid(supervisor_, nullptr, 0) < 0 && errno == EINTR) {
+      if (supervisor_->Read(m, true) != TSupervisor::TRead::Message) {
+        Lost();
+        break;
       }
-      supervisor_ = -1;
-      status_.Close();
+      if (m.kind == TSupervisorMessage::Exited && !exitCode_) exitCode_ = m.value;
+      if (m.kind == TSupervisorMessage::Done) {
+        GiveBackSupervisor(std::move(supervisor_));
+        break;
+      }
     }
     return exitCode_.value_or(-1);
   }
 
  private:
-  // False at the end of the messages (or, not blocking, when none is waiting).
-  bool ReadMessage(TSupervisorMessage& m, bool block) {
-    if (!status_.IsOpen()) return false;
-    for (;;) {
-      const ssize_t got = ::read(status_.Get(), &m, sizeof m);
-      if (got == static_cast<ssize_t>(sizeof m)) return true;
-      if (got < 0 && errno == EINTR) continue;
-      if (got == 0 && !block) exitCode_ = exitCode_.value_or(-1);  // the supervisor is gone
-      return false;
-    }
+  // The supervisor died under the run (killed from outside): its programs died with it.
+  void Lost() {
+    exitCode_ = exitCode_.value_or(-1);
+    supervisor_.reset();
   }
 
-  pid_t supervisor_;
+  std::unique_ptr<TSupervisor> supervisor_;
   pid_t program_ = -1;
-  TFd lifeline_;
-  TFd status_;
   std::optional<int> exitCode_;
 };
 
@@ -576,7 +930,7 @@ TWrenProcessResult TWrenProcessPosix::Run() {
 
   std::vector<std::string> args;
   std::string spawnPath;
-  if (IsManagedExecutable(program.path)) {
+  if (HasWindowsSignature(program.path)) {
     const char* monoVar = std::getenv("MARROWBY_MONO");
     const std::string mono = monoVar && *monoVar ? monoVar : "mono";
     const TProgramFile runtime = FindProgram(mono, false);
@@ -592,7 +946,13 @@ TWrenProcessResult TWrenProcessPosix::Run() {
   }
   for (std::string& arg : SplitCommandLine(commandLine_)) args.push_back(std::move(arg));
 
-  if (!workingDir_.empty() && !IsDirectory(workingDir_)) {
+  // The program starts in this directory, opened here: the host's current one may change
+  // before the supervisor gets to it (the build engine moves between steps).
+  TFd dir(::open(workingDir_.empty() ? "." : workingDir_.c_str(),
+                 O_PATH | O_DIRECTORY | O_CLOEXEC));
+  if (!dir.IsOpen()) {
+    if (workingDir_.empty())
+      return Failure(TStatus::Failed, "cannot open the current directory: " + ErrnoText(errno));
     return Failure(TStatus::Failed, "working directory " + workingDir_ + " does not exist");
   }
 
@@ -611,46 +971,30 @@ TWrenProcessResult TWrenProcessPosix::Run() {
   err.fd.Reset(errPipe[0]);
   TFd errWrite(errPipe[1]);
   // Only our ends are non-blocking; the child's ends stay as programs expect them.
-  ::fcntl(out.fd.Get(), F_SETFL, ::fcntl(out.fd.Get(), F_GETFL) | O_NONBLOCK);
-  ::fcntl(err.fd.Get(), F_SETFL, ::fcntl(err.fd.Get(), F_GETFL) | O_NONBLOCK);
+  ::fcntl(out.fd.Get(), F_SETFL, O_NONBLOCK);
+  ::fcntl(err.fd.Get(), F_SETFL, O_NONBLOCK);
   out.handler = &onStdOut_;
   err.handler = &onStdErr_;
 
-  std::vector<char*> argv;
-  argv.reserve(args.size() + 1);
-  for (std::string& arg : args) argv.push_back(arg.data());
-  argv.push_back(nullptr);
-
-  int lifeline[2];
-  int status[2];
-  if (::pipe2(lifeline, O_CLOEXEC) != 0) {
-    return Failure(TStatus::Failed, "cannot create a pipe: " + ErrnoText(errno));
+  // A pooled supervisor may have died since its last run (killed from outside): the request
+  // then finds no one, and a new supervisor takes it.
+  std::unique_ptr<TSupervisor> supervisor;
+  for (int attempt = 0; !supervisor; ++attempt) {
+    int error = 0;
+    supervisor = TakeSupervisor(error);
+    if (!supervisor)
+      return Failure(TStatus::Failed, "cannot start " + executable_ + ": " + ErrnoText(error));
+    if (!supervisor->SendStart(spawnPath, args, outWrite.Get(), errWrite.Get(), dir.Get(),
+                               error)) {
+      supervisor.reset();
+      if (attempt > 0)
+        return Failure(TStatus::Failed, "cannot start " + executable_ + ": " + ErrnoText(error));
+    }
   }
-  TFd lifelineRead(lifeline[0]);
-  TFd lifelineWrite(lifeline[1]);
-  if (::pipe2(status, O_CLOEXEC) != 0) {
-    return Failure(TStatus::Failed, "cannot create a pipe: " + ErrnoText(errno));
-  }
-  TFd statusRead(status[0]);
-  TFd statusWrite(status[1]);
-
-  const TLaunch launch{spawnPath.c_str(), argv.data(),
-                       workingDir_.empty() ? nullptr : workingDir_.c_str(),
-                       outWrite.Get(), errWrite.Get(), lifelineRead.Get(), statusWrite.Get()};
-  const pid_t supervisor = ::fork();
-  if (supervisor == 0) {
-    CloseAllBut({launch.outFd, launch.errFd, launch.lifelineFd, launch.statusFd});
-    Supervise(launch);
-  }
-  const int forkError = errno;
   outWrite.Close();
   errWrite.Close();
-  lifelineRead.Close();
-  statusWrite.Close();
-  if (supervisor < 0) {
-    return Failure(TStatus::Failed, "cannot start " + executable_ + ": " + ErrnoText(forkError));
-  }
-  TChild child(supervisor, lifelineWrite.Release(), statusRead.Release());
+  dir.Close();
+  TChild child(std::move(supervisor));
   int startError = 0;
   if (!child.WaitStarted(startError)) {
     return Failure(TStatus::Failed, "cannot start " + executable_ + ": " + ErrnoText(startError));
@@ -709,5 +1053,24 @@ TWrenProcessResult TWrenProcessPosix::Run() {
 }  // namespace
 
 std::shared_ptr<IWrenProcess> CreateWrenProcess() { return std::make_shared<TWrenProcessPosix>(); }
+
+TWrenProcessReuse::TWrenProcessReuse() {
+  TSupervisorPool& pool = TSupervisorPool::Get();
+  if (!pool.Mine()) return;
+  std::lock_guard lock(pool.mutex);
+  ++pool.scopes;
+  counted_ = true;
+}
+
+TWrenProcessReuse::~TWrenProcessReuse() {
+  if (!counted_) return;
+  TSupervisorPool& pool = TSupervisorPool::Get();
+  std::vector<std::unique_ptr<TSupervisor>> idle;
+  {
+    std::lock_guard lock(pool.mutex);
+    if (--pool.scopes == 0) idle.swap(pool.idle);
+  }
+  // The idle supervisors end here, outside the lock: each exits on its socket's EOF.
+}
 
 }  // namespace wren

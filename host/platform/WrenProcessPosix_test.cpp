@@ -401,5 +401,168 @@ TEST(WrenProcessPosix, NoDescendantOutlivesTheRunOrTheHost) {
   expectAllEnd(startedPids());
 }
 
+
+// The helper process that started the program: its parent.
+pid_t SupervisorOf(const TRun& run) {
+  if (run.out.empty()) return -1;
+  return static_cast<pid_t>(std::stol(run.out[0]));
+}
+
+// Reuse keeps one helper for run after run, and each run still ends with nothing it started
+// left over, a setsid grandchild included.
+TEST(WrenProcessPosix, ReuseKeepsTheHelperAndStillCleansUpEachRun) {
+  TTempDir dir;
+  const std::string pids = (dir.Path() / "pids").string();
+  const std::string script =
+      "-c \"echo $PPID; setsid sleep 30 & echo $! >> " + pids + "; sleep 30 & echo $! >> " + pids +
+      "\"";
+  for (const bool reuse : {true, false}) {
+    SCOPED_TRACE(reuse ? "reuse" : "no reuse");
+    std::optional<TWrenProcessReuse> scope;
+    if (reuse) scope.emplace();
+    std::vector<pid_t> supervisors;
+    for (int i = 0; i < 3; ++i) {
+      const TRun run = RunProgram("/bin/sh", script);
+      ASSERT_EQ(run.result.status, TStatus::Exited) << run.result.error;
+      EXPECT_EQ(run.result.exitCode, 0);
+      supervisors.push_back(SupervisorOf(run));
+      std::istringstream in(ReadText(pids));
+      fs::remove(pids);
+      int count = 0;
+      for (pid_t pid; in >> pid; ++count) EXPECT_TRUE(EndsSoon(pid)) << pid << " outlived run " << i;
+      EXPECT_EQ(count, 2);
+    }
+    EXPECT_EQ(supervisors[0] == supervisors[1] && supervisors[1] == supervisors[2], reuse);
+    EXPECT_NE(supervisors[0], ::getpid());
+  }
+}
+
+TEST(WrenProcessPosix, ConcurrentRunsEachGetTheirOwnOutputAndExitCode) {
+  const TWrenProcessReuse reuse;
+  constexpr int kThreads = 3;
+  std::vector<std::vector<TRun>> runs(kThreads);
+  std::vector<std::thread> threads;
+  for (int t = 0; t < kThreads; ++t) {
+    threads.emplace_back([t, &runs] {
+      const std::string id = std::to_string(t + 1);
+      for (int i = 0; i < 4; ++i)
+        runs[t].push_back(RunProgram(
+            "/bin/sh", "-c \"echo out" + id + "; sleep 0.05; echo err" + id + " >&2; exit " + id + "\""));
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  for (int t = 0; t < kThreads; ++t) {
+    const std::string id = std::to_string(t + 1);
+    for (const TRun& run : runs[t]) {
+      ASSERT_EQ(run.result.status, TStatus::Exited) << run.result.error;
+      EXPECT_EQ(run.result.exitCode, t + 1);
+      EXPECT_EQ(run.out, TLines{"out" + id});
+      EXPECT_EQ(run.err, TLines{"err" + id});
+    }
+  }
+}
+
+// The host's environment and current directory are read at each run, not when the helper began.
+TEST(WrenProcessPosix, EachRunGetsTheHostsEnvironmentAndDirectoryOfTheMoment) {
+  const TWrenProcessReuse reuse;
+  TTempDir dir;
+  const fs::path home = fs::current_path();
+  struct TCase {
+    const char* value;  // null: unset
+    const char* subdir;
+  };
+  for (const TCase& c : {TCase{"one", "a"}, TCase{"two words", "b c"}, TCase{nullptr, "a"},
+                         TCase{"", "b c"}}) {
+    fs::create_directories(dir.Path() / c.subdir);
+    if (c.value) {
+      ::setenv("WREN_REUSE_PROBE", c.value, 1);
+    } else {
+      ::unsetenv("WREN_REUSE_PROBE");
+    }
+    fs::current_path(dir.Path() / c.subdir);
+    const TRun run =
+        RunProgram("/bin/sh", "-c \"echo ${WREN_REUSE_PROBE-unset}; pwd\"");
+    fs::current_path(home);
+    ASSERT_EQ(run.result.status, TStatus::Exited) << run.result.error;
+    ASSERT_EQ(run.out.size(), 2u);
+    EXPECT_EQ(run.out[0], c.value ? c.value : "unset");
+    EXPECT_EQ(run.out[1], (dir.Path() / c.subdir).string());
+  }
+  ::unsetenv("WREN_REUSE_PROBE");
+
+  // An environment bigger than one message to the helper arrives whole.
+  const std::string big(100000, 'x');
+  const TScopedEnv big1("WREN_BIG_1", big), big2("WREN_BIG_2", big), big3("WREN_BIG_3", big);
+  const TRun run = RunProgram("/bin/sh", "-c \"echo ${#WREN_BIG_1} ${#WREN_BIG_3}\"");
+  ASSERT_EQ(run.result.status, TStatus::Exited) << run.result.error;
+  EXPECT_EQ(run.out, TLines{"100000 100000"});
+}
+
+// A helper killed from outside, between runs or during one: that run ends without an exit code,
+// its program with it, and the next run gets a new helper.
+TEST(WrenProcessPosix, KilledHelperGivesWayToANewOne) {
+  const TWrenProcessReuse reuse;
+  const TRun first = RunProgram("/bin/sh", "-c \"echo $PPID\"");
+  const pid_t helper = SupervisorOf(first);
+  ASSERT_GT(helper, 0) << first.result.error;
+
+  ::kill(helper, SIGKILL);
+  siginfo_t info{};
+  ::waitid(P_PID, helper, &info, WEXITED | WNOWAIT);  // dead, not yet reaped
+  const TRun second = RunProgram("/bin/sh", "-c \"echo $PPID\"");
+  ASSERT_EQ(second.result.status, TStatus::Exited) << second.result.error;
+  EXPECT_EQ(second.result.exitCode, 0);
+  const pid_t nextHelper = SupervisorOf(second);
+  EXPECT_GT(nextHelper, 0);
+  EXPECT_NE(nextHelper, helper);
+
+  // Now during a run: the program's line names its helper and itself.
+  pid_t program = 0;
+  std::shared_ptr<IWrenProcess> process = CreateWrenProcess();
+  process->SetExecutable("/bin/sh");
+  process->SetCommandLine("-c \"echo $PPID $$; exec sleep 30\"");
+  process->SetOnStdOut([&](const std::string& line) {
+    std::istringstream in(line);
+    pid_t running = 0;
+    in >> running >> program;
+    EXPECT_EQ(running, nextHelper);
+    ::kill(running, SIGKILL);
+  });
+  const TWrenProcessResult killed = process->Run();
+  EXPECT_EQ(killed.status, TStatus::Exited) << killed.error;
+  EXPECT_EQ(killed.exitCode, -1);
+  ASSERT_GT(program, 0);
+  EXPECT_TRUE(EndsSoon(program)) << "the program outlived its helper";
+
+  const TRun third = RunProgram("/bin/sh", "-c \"echo $PPID; exit 4\"");
+  ASSERT_EQ(third.result.status, TStatus::Exited) << third.result.error;
+  EXPECT_EQ(third.result.exitCode, 4);
+  EXPECT_NE(SupervisorOf(third), nextHelper);
+}
+
+// A forked copy of the host starts its own helper and leaves the host's one serving the host.
+TEST(WrenProcessPosix, ForkedHostDoesNotShareTheHelper) {
+  const TWrenProcessReuse reuse;
+  const pid_t helper = SupervisorOf(RunProgram("/bin/sh", "-c \"echo $PPID\""));
+  ASSERT_GT(helper, 0);
+  int report[2];
+  ASSERT_EQ(::pipe(report), 0);
+  const pid_t copy = ::fork();
+  if (copy == 0) {
+    const TRun run = RunProgram("/bin/sh", "-c \"echo $PPID\"");
+    const pid_t seen = run.result.status == TStatus::Exited ? SupervisorOf(run) : -1;
+    (void)!::write(report[1], &seen, sizeof seen);
+    ::_exit(0);
+  }
+  ::close(report[1]);
+  pid_t seenByCopy = 0;
+  ASSERT_EQ(::read(report[0], &seenByCopy, sizeof seenByCopy), static_cast<ssize_t>(sizeof seenByCopy));
+  ::close(report[0]);
+  ::waitpid(copy, nullptr, 0);
+  EXPECT_GT(seenByCopy, 0);
+  EXPECT_NE(seenByCopy, helper);
+  EXPECT_EQ(SupervisorOf(RunProgram("/bin/sh", "-c \"echo $PPID\"")), helper);
+}
+
 }  // namespace
 }  // namespace wren
