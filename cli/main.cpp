@@ -1,7 +1,9 @@
 // marrowby: the command-line host. Loads the package, reads build projects and runs them.
 #include <CLI/CLI.hpp>
+#include <array>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <iostream>
 #include <map>
 #include <nlohmann/json.hpp>
@@ -485,11 +487,25 @@ std::string FirstCommandWord(int argc, char** argv) {
   return "";
 }
 
-std::vector<std::string> SubcommandNames(CLI::App& app) {
-  std::vector<std::string> names;
-  for (const CLI::App* sub : app.get_subcommands({})) names.push_back(sub->get_name());
-  return names;
+/// Every command, in the order the help lists them.
+constexpr std::array<const char*, 15> kCommands = {
+    "run", "validate", "actions", "describe", "frameworks", "options", "setup-mono", "new",
+    "add", "set", "remove", "move", "edit", "completion", "help"};
+
+std::vector<std::string> CommandNames() { return {kCommands.begin(), kCommands.end()}; }
+
+/// Whether CLI11 gets the command NAME with its options. Setting all of them up costs more than
+/// listing the actions, so a command line gets those it names (any word equal to a command's
+/// name, so that CLI11 reads every word as it would with all of them), and all of them when it
+/// names none or asks for help, whose texts list them.
+bool DefinesCommand(const char* name, const std::string& command, int argc, char** argv) {
+  if (command.empty() || command == "help") return true;
+  for (int i = 1; i < argc; ++i)
+    if (std::strcmp(argv[i], name) == 0) return true;
+  return false;
 }
+
+bool Parsed(const CLI::App* sub) { return sub && sub->parsed(); }
 
 /// The long options a subcommand (and the app) accepts, as typed: "--json".
 std::vector<std::string> LongOptionNames(const CLI::App& app, const CLI::App* sub) {
@@ -555,7 +571,7 @@ int CmdHelp(CLI::App& app, const std::string& command) {
       return kExitOk;
     }
   std::cerr << "marrowby: unknown command '" << command << "'"
-            << WithSuggestion(DidYouMean(command, SubcommandNames(app))) << "\n";
+            << WithSuggestion(DidYouMean(command, CommandNames())) << "\n";
   return kExitUsage;
 }
 
@@ -574,87 +590,135 @@ int main(int argc, char** argv) {
   app.add_option("--options", ctx.optionsFile, "user options file");
   app.add_option("--module", modulePath, "package module to load");
 
+  const std::string command = FirstCommandWord(argc, argv);
+  auto Defines = [&](const char* name) { return DefinesCommand(name, command, argc, argv); };
+
   std::string projectPath, logFile, junitFile, className, setupDir;
   std::vector<std::string> vars, optionArgs;
   TWrenBuildOptions buildOptions;
   std::string verbosityText = "normal";
 
-  auto* run = app.add_subcommand("run", "run a build project");
-  run->add_option("project", projectPath, "the .mbproj file")->required();
-  run->add_option("--var", vars, "NAME=VALUE, over the project's variables");
-  run->add_flag("--dry-run", buildOptions.dryRun, "show what would run, run nothing");
-  run->add_option("--only", buildOptions.only, "run only steps N[,M...] (number or description)")
-      ->delimiter(',');
-  run->add_option("--from", buildOptions.from, "start at step N (number or description)");
-  run->add_option("--skip", buildOptions.skip, "leave out step N (number or description)");
-  run->add_option("-v,--verbosity", verbosityText, "quiet|minimal|normal|detailed");
-  run->add_option("--log", logFile, "write the build log to FILE");
-  run->add_flag("--json", ctx.json, "one JSON object per build event");
-  run->add_option("--junit", junitFile, "write a JUnit report of the steps to FILE");
+  CLI::App* run = nullptr;
+  if (Defines("run")) {
+    run = app.add_subcommand("run", "run a build project");
+    run->add_option("project", projectPath, "the .mbproj file")->required();
+    run->add_option("--var", vars, "NAME=VALUE, over the project's variables");
+    run->add_flag("--dry-run", buildOptions.dryRun, "show what would run, run nothing");
+    run->add_option("--only", buildOptions.only, "run only steps N[,M...] (number or description)")
+        ->delimiter(',');
+    run->add_option("--from", buildOptions.from, "start at step N (number or description)");
+    run->add_option("--skip", buildOptions.skip, "leave out step N (number or description)");
+    run->add_option("-v,--verbosity", verbosityText, "quiet|minimal|normal|detailed");
+    run->add_option("--log", logFile, "write the build log to FILE");
+    run->add_flag("--json", ctx.json, "one JSON object per build event");
+    run->add_option("--junit", junitFile, "write a JUnit report of the steps to FILE");
+  }
 
-  auto* validate = app.add_subcommand("validate", "check a build project without running it");
-  validate->add_option("project", projectPath, "the .mbproj file")->required();
-  validate->add_flag("--json", ctx.json, "JSON output");
-  validate->add_option("--var", vars, "NAME=VALUE, over the project's variables");
+  CLI::App* validate = nullptr;
+  if (Defines("validate")) {
+    validate = app.add_subcommand("validate", "check a build project without running it");
+    validate->add_option("project", projectPath, "the .mbproj file")->required();
+    validate->add_flag("--json", ctx.json, "JSON output");
+    validate->add_option("--var", vars, "NAME=VALUE, over the project's variables");
+  }
 
-  auto* actions = app.add_subcommand("actions", "list the registered actions by category");
-  actions->add_flag("--json", ctx.json, "JSON output");
+  CLI::App* actions = nullptr;
+  if (Defines("actions")) {
+    actions = app.add_subcommand("actions", "list the registered actions by category");
+    actions->add_flag("--json", ctx.json, "JSON output");
+  }
 
-  auto* describe = app.add_subcommand("describe", "show an action class's properties");
-  describe->add_option("class", className, "the action's class name")->required();
-  describe->add_flag("--json", ctx.json, "JSON output");
+  CLI::App* describe = nullptr;
+  if (Defines("describe")) {
+    describe = app.add_subcommand("describe", "show an action class's properties");
+    describe->add_option("class", className, "the action's class name")->required();
+    describe->add_flag("--json", ctx.json, "JSON output");
+  }
 
-  auto* frameworks = app.add_subcommand("frameworks", "list the detected .NET frameworks");
-  frameworks->add_flag("--json", ctx.json, "JSON output");
+  CLI::App* frameworks = nullptr;
+  if (Defines("frameworks")) {
+    frameworks = app.add_subcommand("frameworks", "list the detected .NET frameworks");
+    frameworks->add_flag("--json", ctx.json, "JSON output");
+  }
 
-  auto* options = app.add_subcommand("options", "show options, or: options set KEY NAME VALUE");
-  options->add_option("args", optionArgs, "set KEY NAME VALUE");
-  options->add_flag("--json", ctx.json, "JSON output");
+  CLI::App* options = nullptr;
+  if (Defines("options")) {
+    options = app.add_subcommand("options", "show options, or: options set KEY NAME VALUE");
+    options->add_option("args", optionArgs, "set KEY NAME VALUE");
+    options->add_flag("--json", ctx.json, "JSON output");
+  }
 
-  auto* setupMono = app.add_subcommand("setup-mono", "build a registry hive from the local Mono");
-  setupMono->add_option("--dir", setupDir, "where to build it");
+  CLI::App* setupMono = nullptr;
+  if (Defines("setup-mono")) {
+    setupMono = app.add_subcommand("setup-mono", "build a registry hive from the local Mono");
+    setupMono->add_option("--dir", setupDir, "where to build it");
+  }
 
   // Editing a project without an editor.
   std::string editFile, stepRef, propName, propValue, position, description;
   std::vector<std::string> assignments;
-  auto* newCmd = app.add_subcommand("new", "write an empty build project");
-  newCmd->add_option("file", editFile, "the .mbproj file to create")->required();
-  auto* add = app.add_subcommand("add", "append a step: add FILE CLASS [PROP=VALUE ...]");
-  add->add_option("file", editFile, "the .mbproj file")->required();
-  add->add_option("class", className, "the action's class name")->required();
-  add->add_option("assignments", assignments, "PROP=VALUE, one per property");
-  auto* addDescription = add->add_option("--description", description, "the step's description");
-  auto* set = app.add_subcommand("set", "set a step's property: set FILE STEP PROP VALUE");
-  set->add_option("file", editFile, "the .mbproj file")->required();
-  set->add_option("step", stepRef, "step number (from 1) or description")->required();
-  set->add_option("property", propName, "property name, or description / enabled")->required();
-  set->add_option("value", propValue, "the new value")->required();
-  auto* remove = app.add_subcommand("remove", "remove a step: remove FILE STEP");
-  remove->add_option("file", editFile, "the .mbproj file")->required();
-  remove->add_option("step", stepRef, "step number (from 1) or description")->required();
-  auto* move = app.add_subcommand("move", "move a step: move FILE STEP POSITION");
-  move->add_option("file", editFile, "the .mbproj file")->required();
-  move->add_option("step", stepRef, "step number (from 1) or description")->required();
-  move->add_option("position", position, "its new number (from 1)")->required();
+  CLI::Option* addDescription = nullptr;
+  CLI::App* newCmd = nullptr;
+  if (Defines("new")) {
+    newCmd = app.add_subcommand("new", "write an empty build project");
+    newCmd->add_option("file", editFile, "the .mbproj file to create")->required();
+  }
+  CLI::App* add = nullptr;
+  if (Defines("add")) {
+    add = app.add_subcommand("add", "append a step: add FILE CLASS [PROP=VALUE ...]");
+    add->add_option("file", editFile, "the .mbproj file")->required();
+    add->add_option("class", className, "the action's class name")->required();
+    add->add_option("assignments", assignments, "PROP=VALUE, one per property");
+    addDescription = add->add_option("--description", description, "the step's description");
+  }
+  CLI::App* set = nullptr;
+  if (Defines("set")) {
+    set = app.add_subcommand("set", "set a step's property: set FILE STEP PROP VALUE");
+    set->add_option("file", editFile, "the .mbproj file")->required();
+    set->add_option("step", stepRef, "step number (from 1) or description")->required();
+    set->add_option("property", propName, "property name, or description / enabled")->required();
+    set->add_option("value", propValue, "the new value")->required();
+  }
+  CLI::App* remove = nullptr;
+  if (Defines("remove")) {
+    remove = app.add_subcommand("remove", "remove a step: remove FILE STEP");
+    remove->add_option("file", editFile, "the .mbproj file")->required();
+    remove->add_option("step", stepRef, "step number (from 1) or description")->required();
+  }
+  CLI::App* move = nullptr;
+  if (Defines("move")) {
+    move = app.add_subcommand("move", "move a step: move FILE STEP POSITION");
+    move->add_option("file", editFile, "the .mbproj file")->required();
+    move->add_option("step", stepRef, "step number (from 1) or description")->required();
+    move->add_option("position", position, "its new number (from 1)")->required();
+  }
 
   int editPort = 0;
   bool noBrowser = false;
-  auto* edit = app.add_subcommand("edit", "edit a build project in the browser");
-  edit->add_option("project", editFile, "the .mbproj file (made on first save)")->required();
-  edit->add_option("--port", editPort, "port on 127.0.0.1 (default: any free one)")
-      ->check(CLI::Range(0, 65535));
-  edit->add_flag("--no-browser", noBrowser, "print the address, do not open a browser");
+  CLI::App* edit = nullptr;
+  if (Defines("edit")) {
+    edit = app.add_subcommand("edit", "edit a build project in the browser");
+    edit->add_option("project", editFile, "the .mbproj file (made on first save)")->required();
+    edit->add_option("--port", editPort, "port on 127.0.0.1 (default: any free one)")
+        ->check(CLI::Range(0, 65535));
+    edit->add_flag("--no-browser", noBrowser, "print the address, do not open a browser");
+  }
 
   std::string shell, helpTopic;
-  auto* completion = app.add_subcommand("completion", "print the bash or zsh completion script");
-  completion->add_option("shell", shell, "bash or zsh")->required();
-  auto* help = app.add_subcommand("help", "show the help of marrowby or of a command");
-  help->add_option("command", helpTopic, "the command");
+  CLI::App* completion = nullptr;
+  if (Defines("completion")) {
+    completion = app.add_subcommand("completion", "print the bash or zsh completion script");
+    completion->add_option("shell", shell, "bash or zsh")->required();
+  }
+  CLI::App* help = nullptr;
+  if (Defines("help")) {
+    help = app.add_subcommand("help", "show the help of marrowby or of a command");
+    help->add_option("command", helpTopic, "the command");
+  }
 
   for (CLI::App* sub : app.get_subcommands({})) sub->fallthrough();
 
-  const std::string command = FirstCommandWord(argc, argv);
-  const std::vector<std::string> commands = SubcommandNames(app);
+  const std::vector<std::string> commands = CommandNames();
   if (!command.empty() &&
       std::find(commands.begin(), commands.end(), command) == commands.end()) {
     std::cerr << "marrowby: unknown command '" << command << "'"
@@ -691,42 +755,42 @@ int main(int argc, char** argv) {
     return code == 0 ? kExitOk : kExitUsage;
   }
 
-  if (help->parsed()) return CmdHelp(app, helpTopic);
-  if (completion->parsed()) return CmdCompletion(ctx, shell);
-  if (setupMono->parsed()) return CmdSetupMono(ctx, setupDir);
-  if (newCmd->parsed()) return CmdNew(ctx, editFile);
+  if (Parsed(help)) return CmdHelp(app, helpTopic);
+  if (Parsed(completion)) return CmdCompletion(ctx, shell);
+  if (Parsed(setupMono)) return CmdSetupMono(ctx, setupDir);
+  if (Parsed(newCmd)) return CmdNew(ctx, editFile);
   TWrenVerbosity verbosity = TWrenVerbosity::Normal;
   if (!ParseVerbosity(verbosityText, verbosity)) {
     std::cerr << "marrowby: --verbosity wants quiet, minimal, normal or detailed\n";
     return kExitUsage;
   }
 
-  if (options->parsed() && !optionArgs.empty() && optionArgs[0] != "set") {
+  if (Parsed(options) && !optionArgs.empty() && optionArgs[0] != "set") {
     std::cerr << "marrowby: options takes no arguments, or: set KEY NAME VALUE\n";
     return kExitUsage;
   }
   TWrenModule module;
   // The editor and describe need the pages, which only design time registers.
-  if (!PrepareHost(ctx, module, modulePath, describe->parsed() || edit->parsed()))
+  if (!PrepareHost(ctx, module, modulePath, Parsed(describe) || Parsed(edit)))
     return kExitUsage;
 
   int code = kExitUsage;
-  if (run->parsed())
+  if (Parsed(run))
     code = CmdRun(ctx, projectPath, vars, buildOptions, verbosity, logFile, junitFile);
-  if (validate->parsed()) code = CmdValidate(ctx, projectPath, vars);
-  if (actions->parsed()) code = CmdActions(ctx);
-  if (describe->parsed()) code = CmdDescribe(ctx, className);
-  if (frameworks->parsed()) code = CmdFrameworks(ctx);
-  if (options->parsed())
+  if (Parsed(validate)) code = CmdValidate(ctx, projectPath, vars);
+  if (Parsed(actions)) code = CmdActions(ctx);
+  if (Parsed(describe)) code = CmdDescribe(ctx, className);
+  if (Parsed(frameworks)) code = CmdFrameworks(ctx);
+  if (Parsed(options))
     code = CmdOptions(ctx, optionArgs.empty()
                                ? std::vector<std::string>{}
                                : std::vector<std::string>(optionArgs.begin() + 1, optionArgs.end()));
-  if (add->parsed())
+  if (Parsed(add))
     code = CmdAdd(ctx, editFile, className, addDescription->count() ? &description : nullptr,
                   assignments);
-  if (set->parsed()) code = CmdSet(ctx, editFile, stepRef, propName, propValue);
-  if (remove->parsed()) code = CmdRemove(ctx, editFile, stepRef);
-  if (move->parsed()) code = CmdMove(ctx, editFile, stepRef, position);
-  if (edit->parsed()) code = RunEditorModule(ctx, ExecutableDir(), editFile, editPort, noBrowser);
+  if (Parsed(set)) code = CmdSet(ctx, editFile, stepRef, propName, propValue);
+  if (Parsed(remove)) code = CmdRemove(ctx, editFile, stepRef);
+  if (Parsed(move)) code = CmdMove(ctx, editFile, stepRef, position);
+  if (Parsed(edit)) code = RunEditorModule(ctx, ExecutableDir(), editFile, editPort, noBrowser);
   return code;
 }

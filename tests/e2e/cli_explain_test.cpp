@@ -35,6 +35,13 @@ TEST(CliExplains, HelpVersionAndMistypedWords) {
       {{}, 2, "a command is required"},
       {{"describe", "TSNVerifyAsembly"}, 2, "did you mean TSNVerifyAssembly?"},
       {{"completion", "fish"}, 2, "bash and zsh"},
+      // The help lists every command, also when the command line names one.
+      {{"--help"}, 0, "setup-mono"},
+      {{"--help", "actions"}, 0, "Usage: marrowby actions [OPTIONS]"},
+      {{"actions", "--help"}, 0, "--json"},
+      // Another command's name after the command is a word it does not take.
+      {{"actions", "run"}, 2, "unexpected argument 'run'"},
+      {{"actions", "--jsn"}, 2, "did you mean --json?\nRun 'marrowby help actions'"},
   };
   for (const auto& c : cases) {
     std::string out, err;
