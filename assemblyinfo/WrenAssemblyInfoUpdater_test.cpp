@@ -199,7 +199,8 @@ TEST(AssemblyInfoUpdater, ScannerEdgeCases) {
        {kSet + "CLSCompliant Value : false"}},
       {"comments and strings holding attribute text", ".cs",
        "// [assembly: AssemblyVersion(\"1\")]\n/* [assembly: AssemblyVersion(\"1\")] */\n"
-       "var s = \"[assembly: AssemblyVersion(\\\"1\\\")]\";\n#if X [assembly: CLSCompliant(true)]\n",
+       "var s = \"[assembly: AssemblyVersion(\\\"1\\\")]\";\n"
+       "#if X [assembly: CLSCompliant(true)]\n",
        kStamp, true, "", {}},
       {"attribute split over two lines", ".cs",
        "[assembly: AssemblyVersion(\n  \"1.0\")]\n[assembly:\nCLSCompliant(true)]\n", kStamp, true,
