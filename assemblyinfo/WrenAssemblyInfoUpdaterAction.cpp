@@ -162,12 +162,23 @@ void TWrenAssemblyInfoUpdaterAction::processWildCard(const std::string& path,
   }
 }
 
+// Text without a '%' names no variable and stands as it is: the host need not be asked again for
+// every attribute of every file.
+bool TWrenAssemblyInfoUpdaterAction::Expand(const char* caption, const std::string& text,
+                                            std::string& result) {
+  if (text.find('%') == std::string::npos) {
+    result = text;
+    return true;
+  }
+  return TryExpandExpression(caption, text, false, result);
+}
+
 bool TWrenAssemblyInfoUpdaterAction::AddEntriesToUpdater(IWrenAssemblyInfoUpdater& updater) {
   for (const std::string& line : Attributes) {
     if (line.empty()) continue;
     std::string name, value;
-    if (!TryExpandExpression("Attributes", NameOfLine(line), false, name)) return false;
-    if (!TryExpandExpression("AttributeValue", ValueOfLine(line), false, value)) return false;
+    if (!Expand("Attributes", NameOfLine(line), name)) return false;
+    if (!Expand("AttributeValue", ValueOfLine(line), value)) return false;
     const bool quoted = !value.empty() && (value[0] == '"' || value[0] == '\'');
     updater.AddEntry(name, StripQuotes(value), quoted);
   }

@@ -59,6 +59,8 @@ class TWrenAssemblyInfoUpdaterAction : public TCustomWrenAction, public IWrenAss
 
  private:
   bool Stopped();
+  /// The text with its %NAME% variables expanded; false (logged) when one is not defined.
+  bool Expand(const char* caption, const std::string& text, std::string& result);
   std::shared_ptr<TWrenScriptObject> ActionObject();
   /// Runs a script that has text; a failed script aborts the file being processed.
   void RunScript(TWrenActionScript& script);
