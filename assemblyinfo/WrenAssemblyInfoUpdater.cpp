@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
 
 #include "WrenFiles.h"
-#include "WrenStringTok.h"
 #include "WrenUtils.h"
 
 namespace wren {
@@ -22,8 +22,29 @@ const char kCPPEndRegion[] = "// End Assembly Information Added By Marrowby";
 
 const TWrenFileStatus kNoFile;
 
-// A blank as the host tokeniser counts it.
+// A blank between the parts of an attribute line.
 bool IsBlank(char c) { return c == ' ' || c == '\t'; }
+
+// Trim's blank: any control character or space.
+bool IsSpace(char c) { return static_cast<unsigned char>(c) <= ' '; }
+
+size_t SkipBlanks(std::string_view text, size_t at) {
+  while (at < text.size() && IsBlank(text[at])) ++at;
+  return at;
+}
+
+std::string_view TrimView(std::string_view text) {
+  size_t begin = 0, end = text.size();
+  while (end > 0 && IsSpace(text[end - 1])) --end;
+  while (begin < end && IsSpace(text[begin])) ++begin;
+  return text.substr(begin, end - begin);
+}
+
+// The position of c at or after at, else the end of text.
+size_t FindOrEnd(std::string_view text, char c, size_t at) {
+  const size_t found = text.find(c, at);
+  return found == std::string_view::npos ? text.size() : found;
+}
 
 TWrenAssemblyInfoLanguage LanguageOf(const std::string& extension) {
   if (extension == ".pas" || extension == ".dpr" || extension == ".dpk")
@@ -76,19 +97,22 @@ namespace {
 
 char FoldAscii(char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c; }
 
+bool SameTextView(std::string_view a, std::string_view b) {
+  if (a.size() != b.size()) return false;
+  for (size_t i = 0; i < a.size(); ++i)
+    if (FoldAscii(a[i]) != FoldAscii(b[i])) return false;
+  return true;
+}
+
 // The name of an entry "Name=Value" is name, case aside; compared in place, as it runs for every
 // attribute of every file.
-bool EntryNamed(const std::string& entry, const std::string& name) {
-  const size_t length = std::min(entry.find('='), entry.size());
-  if (length != name.size()) return false;
-  for (size_t i = 0; i < length; ++i)
-    if (FoldAscii(entry[i]) != FoldAscii(name[i])) return false;
-  return true;
+bool EntryNamed(const std::string& entry, std::string_view name) {
+  return SameTextView(std::string_view(entry).substr(0, entry.find('=')), name);
 }
 
 }  // namespace
 
-int TWrenAssemblyInfo::IndexOfEntry(const std::string& name) const {
+int TWrenAssemblyInfo::IndexOfEntry(std::string_view name) const {
   for (size_t i = 0; i < entries_.size(); ++i)
     if (EntryNamed(entries_[i].text, name)) return static_cast<int>(i);
   return -1;
@@ -120,6 +144,59 @@ std::string TWrenAssemblyInfo::Quote(const std::string& value) const {
   return quoteChar_ + value + quoteChar_;
 }
 
+TStrings TWrenAssemblyInfo::Lines() const {
+  TStrings lines;
+  lines.reserve(lines_.size());
+  for (const TLine& line : lines_) lines.emplace_back(LineText(line));
+  return lines;
+}
+
+std::string_view TWrenAssemblyInfo::LineText(const TLine& line) const {
+  return std::string_view(line.made ? made_ : text_).substr(line.offset, line.length);
+}
+
+TWrenAssemblyInfo::TLine TWrenAssemblyInfo::MakeLine(std::string_view text) {
+  const TLine line{made_.size(), text.size(), true};
+  made_.append(text);
+  return line;
+}
+
+void TWrenAssemblyInfo::SplitLines() {
+  lines_.clear();
+  made_.clear();
+  const char* const data = text_.data();
+  const size_t n = text_.size();
+  auto find = [data, n](char c, size_t from) {
+    const void* found = std::memchr(data + from, c, n - from);
+    return found ? static_cast<size_t>(static_cast<const char*>(found) - data) : n;
+  };
+  // The next CR and the next LF, each looked for again only once passed: the text is searched
+  // twice at most, by memchr.
+  size_t cr = n > 0 ? find('\r', 0) : 0;
+  size_t lf = n > 0 ? find('\n', 0) : 0;
+  for (size_t p = 0; p < n;) {
+    if (cr < p) cr = find('\r', p);
+    if (lf < p) lf = find('\n', p);
+    const size_t stop = std::min(cr, lf);
+    lines_.push_back({p, stop - p, false});
+    p = stop;
+    if (p < n && data[p] == '\r') ++p;
+    if (p < n && data[p] == '\n') ++p;
+  }
+}
+
+const std::string& TWrenAssemblyInfo::JoinLines() {
+  size_t size = 0;
+  for (const TLine& line : lines_) size += line.length + 2;
+  out_.clear();
+  out_.reserve(size);
+  for (const TLine& line : lines_) {
+    out_.append(LineText(line));
+    out_.append("\r\n", 2);
+  }
+  return out_;
+}
+
 bool TWrenAssemblyInfo::ProcessFile(const std::string& fileName, bool createBackup) {
   // The entries belong to one file: they are gone however this call ends.
   struct TEmptyEntries {
@@ -142,9 +219,13 @@ bool TWrenAssemblyInfo::ProcessFile(const std::string& fileName, bool createBack
   fileName_ = fileName;
   modified_ = false;
   lines_.clear();
-  std::string bytes, error;
-  if (!ReadFileBytes(fileName, status, bytes, error)) throw EWrenFileError(error);
-  lines_ = SplitTextLines(bytes);
+  made_.clear();
+  std::string error;
+  if (!ReadFileBytes(fileName, status, text_, error)) {
+    text_.clear();
+    throw EWrenFileError(error);
+  }
+  SplitLines();
   extension_ = LowerCase(ExtractFileExt(fileName));
   language_ = LanguageOf(extension_);
   quoteChar_ = language_ == TWrenAssemblyInfoLanguage::alPascal ? '\'' : '"';
@@ -175,106 +256,131 @@ void TWrenAssemblyInfo::SaveToFile(const std::string& fileName) { Save(fileName,
 
 void TWrenAssemblyInfo::Save(const std::string& fileName, const TWrenFileStatus* status) {
   std::string error;
-  const std::string text = JoinTextLines(lines_);
+  const std::string& text = JoinLines();
   if (!(status ? WriteFileAtomic(fileName, *status, text, error)
                : WriteFileAtomic(fileName, text, error)))
     throw EWrenFileError(error);
 }
 
-bool TWrenAssemblyInfo::IsStopLine(const std::string& line) const {
-  const std::string word = LowerCase(Trim(line));
-  return (extension_ == ".pas" && word == "implementation") ||
-         (extension_ == ".dpr" && word == "begin") || (extension_ == ".dpk" && word == "end.");
+bool TWrenAssemblyInfo::IsStopLine(std::string_view line) const {
+  const std::string_view word = TrimView(line);
+  return (extension_ == ".pas" && SameTextView(word, "implementation")) ||
+         (extension_ == ".dpr" && SameTextView(word, "begin")) ||
+         (extension_ == ".dpk" && SameTextView(word, "end."));
 }
 
 void TWrenAssemblyInfo::Scan() {
-  const std::shared_ptr<IWrenStringTokeniser> tok = CreateStringTokeniser("");
+  const bool pascal = language_ == TWrenAssemblyInfoLanguage::alPascal;
   for (size_t i = 0; i < lines_.size(); ++i) {
-    if (language_ == TWrenAssemblyInfoLanguage::alPascal && IsStopLine(lines_[i])) {
+    const std::string_view line = LineText(lines_[i]);
+    if (pascal && IsStopLine(line)) {
       insertPosition_ = static_cast<int32_t>(i);
       // New lines go above an attribute line that directly precedes the stop line.
       if (i > 0) {
-        const std::string previous = Trim(lines_[i - 1]);
+        const std::string_view previous = TrimView(LineText(lines_[i - 1]));
         if (!previous.empty() && previous[0] == '[') --insertPosition_;
       }
       return;
     }
 
-    tok->SetText(lines_[i]);
-    tok->SkipBlanks();
-    const char c = tok->CurrentChar();
+    // Only a line that opens with a bracket or "/**" can hold an attribute.
+    size_t at = SkipBlanks(line, 0);
+    if (at == line.size()) continue;
+    const char c = line[at];
     if (c == '<' || c == '[') {
-      opening_ = std::string(1, c);
-      tok->NextChar();
-      keyword_ = Trim(tok->ReadUpTo(':')) + ":";
-      if (LowerCase(keyword_) == "assembly:") ProcessAttribute(i, *tok);
-    } else if (c == '/' && tok->NextChar() == '*' && tok->NextChar() == '*') {
+      opening_.assign(1, c);
+      const size_t colon = FindOrEnd(line, ':', at + 1);
+      keyword_.assign(TrimView(line.substr(at + 1, colon - at - 1)));
+      keyword_ += ':';
+      if (SameTextView(keyword_, "assembly:")) ProcessAttribute(i, line, colon);
+    } else if (c == '/' && line.substr(at, 3) == "/**") {
       opening_ = "/** ";
-      tok->NextChar();
-      tok->SkipBlanks();
-      if (tok->CurrentChar() == '@') {
-        keyword_ = Trim(tok->ReadUpTo(' '));
-        if (LowerCase(keyword_) == "@assembly") ProcessAttribute(i, *tok);
+      at = SkipBlanks(line, at + 3);
+      if (at < line.size() && line[at] == '@') {
+        const size_t blank = FindOrEnd(line, ' ', at);
+        keyword_.assign(TrimView(line.substr(at, blank - at)));
+        if (SameTextView(keyword_, "@assembly")) ProcessAttribute(i, line, blank);
       }
     }
   }
 }
 
-void TWrenAssemblyInfo::ProcessAttribute(size_t lineIndex, IWrenStringTokeniser& tok) {
-  tok.NextChar();
-  const std::string name = Trim(tok.ReadUpTo('('));
-  tok.NextChar();
-  tok.SkipBlanks();
-  std::string marker;
-  if (tok.CurrentChar() == '@') {
-    marker = "@";
-    tok.NextChar();
+void TWrenAssemblyInfo::ProcessAttribute(size_t lineIndex, std::string_view line, size_t at) {
+  // Past the keyword's end (':' or ' '), if the line goes on.
+  if (at < line.size()) ++at;
+  const size_t open = FindOrEnd(line, '(', at);
+  name_.assign(TrimView(line.substr(at, open - at)));
+  at = SkipBlanks(line, open < line.size() ? open + 1 : open);
+  bool marker = false;
+  if (at < line.size() && line[at] == '@') {
+    marker = true;
+    ++at;
   }
 
-  std::string value;
-  closing_.clear();
-  if (tok.CurrentChar() != quoteChar_) {
+  std::string_view value;
+  if (at >= line.size() || line[at] != quoteChar_) {
     // Unquoted: the value runs to the last ')' of the line, so inner parentheses survive.
     quoted_ = false;
-    value = tok.Rest();
-    size_t end = value.size();
-    while (end > 0 && value[end - 1] != ')') --end;
-    closing_ = value.substr(end);
-    value.resize(end > 0 ? end - 1 : 0);
+    const std::string_view rest = line.substr(SkipBlanks(line, at));
+    size_t end = rest.size();
+    while (end > 0 && rest[end - 1] != ')') --end;
+    closing_.assign(rest.substr(end));
+    value = rest.substr(0, end > 0 ? end - 1 : 0);
   } else {
     quoted_ = true;
-    tok.NextChar();
-    value = tok.ReadUpTo(quoteChar_);
-    tok.NextChar();  // the closing quote
-    tok.NextChar();  // the ')'
-    closing_ = IsBlank(tok.CurrentChar()) ? " " + tok.Rest() : tok.Rest();
+    const size_t close = FindOrEnd(line, quoteChar_, at + 1);
+    value = line.substr(at + 1, close - at - 1);
+    // Past the closing quote and the character after it (the ')'), if there.
+    at = std::min(close + 2, line.size());
+    closing_.clear();
+    if (at < line.size() && IsBlank(line[at])) closing_ = " ";
+    closing_.append(line.substr(SkipBlanks(line, at)));
   }
 
-  std::string newValue = value;
-  if (!ProcessEntry(name, newValue)) return;
-  const std::string written = quoted_ ? marker + Quote(newValue) : newValue;
-  lines_[lineIndex] = opening_ + keyword_ + " " + name + "(" + written + ")" + closing_;
+  value_.assign(value);
+  // The line is text_ as read: it stays valid however the entry's value is asked for.
+  if (!ProcessEntry() && value_ == value) return;
+  message_.assign(opening_).append(keyword_).append(" ").append(name_).append("(");
+  if (quoted_) {
+    if (marker) message_ += '@';
+    message_.append(1, quoteChar_).append(value_).append(1, quoteChar_);
+  } else {
+    message_.append(value_);
+  }
+  message_.append(")").append(closing_);
+  lines_[lineIndex] = MakeLine(message_);
   modified_ = true;
-  Message("Setting Attribute : " + name + " Value : " + (quoted_ ? Quote(newValue) : newValue));
+  if (!callBack_) return;
+  message_.assign("Setting Attribute : ").append(name_).append(" Value : ");
+  if (quoted_)
+    message_.append(1, quoteChar_).append(value_).append(1, quoteChar_);
+  else
+    message_.append(value_);
+  Message(message_);
 }
 
-bool TWrenAssemblyInfo::ProcessEntry(const std::string& name, std::string& value) {
-  const std::string asRead = value;
+// Takes the value of the entry named name_ into value_, if there is one, and lets the callback
+// change it. True when an entry was found.
+bool TWrenAssemblyInfo::ProcessEntry() {
   bool found = false;
-  const int i = IndexOfEntry(name);
+  const int i = IndexOfEntry(name_);
   if (i >= 0) {
-    value = ValueOfLine(entries_[i].text);
+    const std::string& text = entries_[i].text;
+    const size_t eq = text.find('=');
+    value_.assign(eq == std::string::npos ? std::string_view()
+                                          : std::string_view(text).substr(eq + 1));
     entries_.erase(entries_.begin() + i);
     found = true;
   }
-  if (callBack_) callBack_->AssemblyInfoProcessEntry(fileName_, name, value);
-  return found || value != asRead;
+  if (callBack_) callBack_->AssemblyInfoProcessEntry(fileName_, name_, value_);
+  return found;
 }
 
-void TWrenAssemblyInfo::InsertLine(int32_t index, const std::string& line) {
+void TWrenAssemblyInfo::InsertLine(int32_t index, std::string_view line) {
   if (index < 0 || index > static_cast<int32_t>(lines_.size()))
     throw EStringListError("List index out of bounds (" + std::to_string(index) + ")");
-  lines_.insert(lines_.begin() + index, line);
+  const TLine made = MakeLine(line);
+  lines_.insert(lines_.begin() + index, made);
 }
 
 void TWrenAssemblyInfo::AddNewEntries() {
@@ -284,9 +390,9 @@ void TWrenAssemblyInfo::AddNewEntries() {
       InsertLine(insertPosition_, kPascalRegion);
       ++insertPosition_;
       break;
-    case TWrenAssemblyInfoLanguage::alCSharp: lines_.push_back(kCSharpRegion); break;
-    case TWrenAssemblyInfoLanguage::alVB: lines_.push_back(kVBRegion); break;
-    case TWrenAssemblyInfoLanguage::alCPP: lines_.push_back(kCPPRegion); break;
+    case TWrenAssemblyInfoLanguage::alCSharp: lines_.push_back(MakeLine(kCSharpRegion)); break;
+    case TWrenAssemblyInfoLanguage::alVB: lines_.push_back(MakeLine(kVBRegion)); break;
+    case TWrenAssemblyInfoLanguage::alCPP: lines_.push_back(MakeLine(kCPPRegion)); break;
     case TWrenAssemblyInfoLanguage::alOther: break;
   }
 
@@ -296,9 +402,9 @@ void TWrenAssemblyInfo::AddNewEntries() {
 
   switch (language_) {
     case TWrenAssemblyInfoLanguage::alPascal: InsertLine(insertPosition_, kPascalEndRegion); break;
-    case TWrenAssemblyInfoLanguage::alCSharp: lines_.push_back(kCSharpEndRegion); break;
-    case TWrenAssemblyInfoLanguage::alVB: lines_.push_back(kVBEndRegion); break;
-    case TWrenAssemblyInfoLanguage::alCPP: lines_.push_back(kCPPEndRegion); break;
+    case TWrenAssemblyInfoLanguage::alCSharp: lines_.push_back(MakeLine(kCSharpEndRegion)); break;
+    case TWrenAssemblyInfoLanguage::alVB: lines_.push_back(MakeLine(kVBEndRegion)); break;
+    case TWrenAssemblyInfoLanguage::alCPP: lines_.push_back(MakeLine(kCPPEndRegion)); break;
     case TWrenAssemblyInfoLanguage::alOther: break;
   }
   modified_ = true;
@@ -312,7 +418,7 @@ void TWrenAssemblyInfo::AddNewEntry(const std::string& name, const std::string& 
   const std::string line = opening_ + keyword_ + " " + attribute + "(" + written + ")" + closing_;
   Message("Adding Entry : " + name + " Value : " + written);
   if (insertPosition_ == -1) {
-    lines_.push_back(line);
+    lines_.push_back(MakeLine(line));
   } else {
     InsertLine(insertPosition_, line);
     ++insertPosition_;

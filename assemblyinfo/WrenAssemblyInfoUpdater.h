@@ -5,6 +5,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "WrenFiles.h"
@@ -29,7 +30,6 @@ class EWrenFileError : public std::runtime_error {
 };
 
 class IWrenAssemblyInfoCallBack;
-class IWrenStringTokeniser;
 class TWrenAssemblyInfo;
 
 /// What the updater action holds: the entries to apply and the per-file operation.
@@ -68,7 +68,8 @@ class IWrenAssemblyInfoCallBack {
 
 /// The line-oriented attribute rewriter behind IWrenAssemblyInfoUpdater. Opening, Keyword and
 /// Closing of the last attribute line read carry over to later lines and later files: new lines
-/// copy the bracket style of the last attribute seen.
+/// copy the bracket style of the last attribute seen. Lines are spans of the text as read; only
+/// the lines it makes are new text, and its buffers are reused from file to file.
 class TWrenAssemblyInfo final : public IWrenAssemblyInfoUpdater,
                                 public std::enable_shared_from_this<TWrenAssemblyInfo> {
  public:
@@ -87,7 +88,8 @@ class TWrenAssemblyInfo final : public IWrenAssemblyInfoUpdater,
   void SetCallBack(IWrenAssemblyInfoCallBack* callBack) override { callBack_ = callBack; }
   TWrenAssemblyInfo* GetImplementation() override { return this; }
 
-  const TStrings& Lines() const { return lines_; }
+  /// The current lines (a copy).
+  TStrings Lines() const;
   const std::vector<TEntry>& Entries() const { return entries_; }
   const std::string& Keyword() const { return keyword_; }
   const std::string& Opening() const { return opening_; }
@@ -101,17 +103,39 @@ class TWrenAssemblyInfo final : public IWrenAssemblyInfoUpdater,
   /// Writes the lines to fileName; status, when given, is the file's as it was read.
   void Save(const std::string& fileName, const TWrenFileStatus* status);
   void Scan();
-  bool IsStopLine(const std::string& line) const;
-  void ProcessAttribute(size_t lineIndex, IWrenStringTokeniser& tok);
-  bool ProcessEntry(const std::string& name, std::string& value);
+  bool IsStopLine(std::string_view line) const;
+  /// line is the text of line lineIndex; at is just past its keyword.
+  void ProcessAttribute(size_t lineIndex, std::string_view line, size_t at);
+  bool ProcessEntry();
   void AddNewEntries();
   void AddNewEntry(const std::string& name, const std::string& value, bool quoted);
-  void InsertLine(int32_t index, const std::string& line);
-  int IndexOfEntry(const std::string& name) const;
+  void InsertLine(int32_t index, std::string_view line);
+  int IndexOfEntry(std::string_view name) const;
   std::string Quote(const std::string& value) const;
   void Message(const std::string& text);
 
-  TStrings lines_;
+  /// A line: a span of text_ (as read) or of made_ (made here).
+  struct TLine {
+    size_t offset = 0;
+    size_t length = 0;
+    bool made = false;
+  };
+  std::string_view LineText(const TLine& line) const;
+  /// Splits text_ into lines_: CR LF, LF and a lone CR each end a line.
+  void SplitLines();
+  /// A new line of text in made_.
+  TLine MakeLine(std::string_view text);
+  /// The lines joined into out_, each ended by CR LF.
+  const std::string& JoinLines();
+
+  std::string text_;
+  std::string made_;
+  std::vector<TLine> lines_;
+  std::string out_;
+  // The attribute being processed, and the message about it.
+  std::string name_;
+  std::string value_;
+  std::string message_;
   std::string fileName_;
   std::string extension_;
   IWrenAssemblyInfoCallBack* callBack_ = nullptr;

@@ -106,6 +106,7 @@ bool TWrenAssemblyInfoUpdaterAction::Execute() {
   entryScript_ = entryScript && !Trim(entryScript->text).empty();
   const std::shared_ptr<IWrenAssemblyInfoUpdater> updater = NewAssemblyInfoUpdater(UpdateOnly);
   updater->SetCallBack(this);
+  literalReady_ = PrepareLiteralEntries();
   // The rewritten files are replaced together at the end: a tree of thousands of files then costs
   // two file-system syncs rather than two flushes per file.
   TWrenWriteBatch batch;
@@ -126,6 +127,7 @@ bool TWrenAssemblyInfoUpdaterAction::Execute() {
   }
   updater->SetCallBack(nullptr);
   entryScript_ = true;
+  literalReady_ = false;
   std::string error;
   if (!batch.Commit(error)) {
     SendMessage(error);
@@ -162,12 +164,43 @@ void TWrenAssemblyInfoUpdaterAction::processWildCard(const std::string& path,
   }
 }
 
+// Text without a '%' names no variable and stands as it is: the host need not be asked again for
+// every attribute of every file.
+bool TWrenAssemblyInfoUpdaterAction::Expand(const char* caption, const std::string& text,
+                                            std::string& result) {
+  if (text.find('%') == std::string::npos) {
+    result = text;
+    return true;
+  }
+  return TryExpandExpression(caption, text, false, result);
+}
+
+bool TWrenAssemblyInfoUpdaterAction::PrepareLiteralEntries() {
+  literal_.clear();
+  for (const std::string& line : Attributes) {
+    if (line.empty()) continue;
+    if (line.find('%') != std::string::npos) {
+      literal_.clear();
+      return false;
+    }
+    const std::string value = ValueOfLine(line);
+    const bool quoted = !value.empty() && (value[0] == '"' || value[0] == '\'');
+    literal_.push_back({NameOfLine(line), StripQuotes(value), quoted});
+  }
+  return true;
+}
+
 bool TWrenAssemblyInfoUpdaterAction::AddEntriesToUpdater(IWrenAssemblyInfoUpdater& updater) {
+  if (literalReady_) {
+    for (const TLiteralEntry& entry : literal_)
+      updater.AddEntry(entry.name, entry.value, entry.quoted);
+    return true;
+  }
   for (const std::string& line : Attributes) {
     if (line.empty()) continue;
     std::string name, value;
-    if (!TryExpandExpression("Attributes", NameOfLine(line), false, name)) return false;
-    if (!TryExpandExpression("AttributeValue", ValueOfLine(line), false, value)) return false;
+    if (!Expand("Attributes", NameOfLine(line), name)) return false;
+    if (!Expand("AttributeValue", ValueOfLine(line), value)) return false;
     const bool quoted = !value.empty() && (value[0] == '"' || value[0] == '\'');
     updater.AddEntry(name, StripQuotes(value), quoted);
   }

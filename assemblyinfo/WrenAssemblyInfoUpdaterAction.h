@@ -5,6 +5,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "WrenActionAPI.h"
 #include "WrenAssemblyInfoUpdater.h"
@@ -59,6 +60,11 @@ class TWrenAssemblyInfoUpdaterAction : public TCustomWrenAction, public IWrenAss
 
  private:
   bool Stopped();
+  /// The text with its %NAME% variables expanded; false (logged) when one is not defined.
+  bool Expand(const char* caption, const std::string& text, std::string& result);
+  /// Splits and unquotes the attributes once for the whole run when none names a variable (they
+  /// are then the same for every file); false when one does.
+  bool PrepareLiteralEntries();
   std::shared_ptr<TWrenScriptObject> ActionObject();
   /// Runs a script that has text; a failed script aborts the file being processed.
   void RunScript(TWrenActionScript& script);
@@ -67,6 +73,14 @@ class TWrenAssemblyInfoUpdaterAction : public TCustomWrenAction, public IWrenAss
   std::atomic<bool> terminated_{false};
   // False while a run has no OnProcessEntry script to ask; outside a run the script is looked up.
   bool entryScript_ = true;
+  /// One attribute as given to the updater.
+  struct TLiteralEntry {
+    std::string name;
+    std::string value;
+    bool quoted = false;
+  };
+  std::vector<TLiteralEntry> literal_;
+  bool literalReady_ = false;  // literal_ holds the attributes of the current run
 };
 
 /// A user script that failed while a file was processed (the host has logged why).

@@ -169,6 +169,108 @@ TEST(AssemblyInfoUpdater, StyleCarriesAcrossFilesAndEntriesReplaceByName) {
             " assemblyversion(2.0)\r\n AssemblyVersion(\"\")\r\n#end region\r\n");
 }
 
+/// One scanner case: a file of the given extension with the given bytes, rewritten with the
+/// entries (Name="quoted" or Name=bare), must hold out and log the messages.
+struct ScanCase {
+  std::string what, ext, in;
+  std::vector<std::string> entries;
+  bool updateOnly;
+  std::string out;  // empty: the file is left untouched
+  std::vector<std::string> messages;
+};
+
+// The line scanner at its edges: line ends of every kind, byte order marks, attribute-like text
+// in comments and strings, attributes split over lines or oddly spaced, and the style (bracket,
+// keyword, closing text) that later new lines copy.
+TEST(AssemblyInfoUpdater, ScannerEdgeCases) {
+  const std::vector<std::string> kStamp = {"AssemblyVersion=\"2.0\"", "CLSCompliant=false"};
+  const std::vector<ScanCase> cases = {
+      {"line ends of every kind", ".cs",
+       "[assembly: AssemblyVersion(\"1\")]\r\n\n\r[assembly: CLSCompliant(true)]\rx", kStamp, true,
+       "[assembly: AssemblyVersion(\"2.0\")]\r\n\r\n\r\n[assembly: CLSCompliant(false)]\r\nx\r\n",
+       {kSet + "AssemblyVersion Value : \"2.0\"", kSet + "CLSCompliant Value : false"}},
+      {"no final line end", ".cs", "a\n[assembly: AssemblyVersion(\"1\")]", kStamp, true,
+       "a\r\n[assembly: AssemblyVersion(\"2.0\")]\r\n",
+       {kSet + "AssemblyVersion Value : \"2.0\""}},
+      {"byte order mark before the first attribute", ".cs",
+       "\xEF\xBB\xBF[assembly: AssemblyVersion(\"1\")]\r\n[assembly: CLSCompliant(true)]\r\n",
+       kStamp, true, "\xEF\xBB\xBF[assembly: AssemblyVersion(\"1\")]\r\n"
+       "[assembly: CLSCompliant(false)]\r\n",
+       {kSet + "CLSCompliant Value : false"}},
+      {"comments and strings holding attribute text", ".cs",
+       "// [assembly: AssemblyVersion(\"1\")]\n/* [assembly: AssemblyVersion(\"1\")] */\n"
+       "var s = \"[assembly: AssemblyVersion(\\\"1\\\")]\";\n"
+       "#if X [assembly: CLSCompliant(true)]\n",
+       kStamp, true, "", {}},
+      {"attribute split over two lines", ".cs",
+       "[assembly: AssemblyVersion(\n  \"1.0\")]\n[assembly:\nCLSCompliant(true)]\n", kStamp, true,
+       "[assembly: AssemblyVersion(2.0)\r\n  \"1.0\")]\r\n[assembly:\r\nCLSCompliant(true)]\r\n",
+       {kSet + "AssemblyVersion Value : 2.0"}},
+      {"spacing, case and tabs", ".cs",
+       "\t [ ASSEMBLY :  assemblyversion ( \"1\" ) ] // v\n  [assembly:CLSCompliant( true )]  \n",
+       kStamp, true, "[ASSEMBLY: assemblyversion(\"2.0\")) ] // v\r\n"
+       "[assembly: CLSCompliant(false)]  \r\n",
+       {kSet + "assemblyversion Value : \"2.0\"", kSet + "CLSCompliant Value : false"}},
+      {"unterminated quote, empty value, no colon, lone bracket", ".cs",
+       "[assembly: AssemblyVersion(\"1.0]\n[assembly: CLSCompliant()]\n[assembly]\n[", kStamp,
+       true, "[assembly: AssemblyVersion(\"2.0\")\r\n" "[assembly: CLSCompliant(false)]\r\n"
+       "[assembly]\r\n" "[\r\n",
+       {kSet + "AssemblyVersion Value : \"2.0\"", kSet + "CLSCompliant Value : false"}},
+      {"inner parentheses, marker and NUL bytes", ".cs",
+       "[assembly: Foo(Bar(1)) ] // x\n[assembly: AssemblyKeyFile(@\"k\")]\n"
+       "[assembly: AssemblyTitle(\"a\0b\")]\n"s,
+       {"Foo=Baz(2)", "AssemblyKeyFile=\"n\"", "AssemblyTitle=\"t\""}, true,
+       "[assembly: Foo(Baz(2)) ] // x\r\n" "[assembly: AssemblyKeyFile(@\"n\")]\r\n"
+       "[assembly: AssemblyTitle(\"t\")]\r\n",
+       {kSet + "Foo Value : Baz(2)", kSet + "AssemblyKeyFile Value : \"n\"",
+        kSet + "AssemblyTitle Value : \"t\""}},
+      {"angle brackets and a javadoc attribute", ".jsl",
+       "<Assembly: AssemblyVersion(\"1\")> \n/** @assembly AssemblyVersion(\"1\") */\n"
+       "/**@assembly CLSCompliant(true)*/\n/* @assembly CLSCompliant(true) */\n",
+       kStamp, true, "<Assembly: AssemblyVersion(\"2.0\")> \r\n"
+       "/** @assembly AssemblyVersion(\"1\") */\r\n" "/** @assembly CLSCompliant(false)*/\r\n"
+       "/* @assembly CLSCompliant(true) */\r\n",
+       {kSet + "AssemblyVersion Value : \"2.0\"", kSet + "CLSCompliant Value : false"}},
+      {"new lines copy the last bracket line, attribute or not", ".cs",
+       "[assembly: AssemblyVersion(\"1\")]  // old\n[STAThread]\nclass A {}\n",
+       {"AssemblyVersion=\"2.0\"", "AssemblyCompany=\"Acme\""}, false,
+       "[assembly: AssemblyVersion(\"2.0\")]  // old\r\n" "[STAThread]\r\n" "class A {}\r\n"
+       "#region Assembly Information Added By Marrowby\r\n"
+       "[STAThread]: AssemblyCompany(\"Acme\")]  // old\r\n" "#endregion\r\n",
+       {kSet + "AssemblyVersion Value : \"2.0\"", kNew, kAdd + "AssemblyCompany Value : \"Acme\""}},
+      {"an unchanged file is not written", ".cs", "[assembly: AssemblyVersion(\"1\")]\n", {},
+       false, "", {}},
+      {"a Pascal stop line in another case, an attribute right above it", ".pas",
+       "unit U;\r\n[assembly: AssemblyVersion('1')]\r\n  IMPLEMENTATION  \r\n"
+       "[assembly: CLSCompliant(true)]\r\n",
+       {"AssemblyVersion=\"2.0\"", "CLSCompliant=false"}, false, "unit U;\r\n"
+       "{$REGION 'Program/Assembly Information Added By Marrowby'}\r\n"
+       "[assembly: CLSCompliant(false)]\r\n" "{$ENDREGION}\r\n"
+       "[assembly: AssemblyVersion('2.0')]\r\n" "  IMPLEMENTATION  \r\n"
+       "[assembly: CLSCompliant(true)]\r\n",
+       {kSet + "AssemblyVersion Value : '2.0'", kNew, kAdd + "CLSCompliant Value : false"}},
+  };
+  for (const ScanCase& c : cases) {
+    SCOPED_TRACE(c.what);
+    TempDir tmp;
+    const std::string file = tmp / ("AssemblyInfo" + c.ext);
+    WriteFile(file, c.in);
+    auto updater = NewAssemblyInfoUpdater(c.updateOnly);
+    MessageLog log;
+    updater->SetCallBack(&log);
+    for (const std::string& entry : c.entries) {
+      const size_t eq = entry.find('=');
+      std::string value = entry.substr(eq + 1);
+      const bool quoted = value.front() == '"';
+      if (quoted) value = value.substr(1, value.size() - 2);
+      updater->AddEntry(entry.substr(0, eq), value, quoted);
+    }
+    EXPECT_TRUE(updater->ProcessFile(file, false));
+    EXPECT_EQ(ReadFile(file), c.out.empty() ? c.in : c.out);
+    EXPECT_EQ(log.messages, c.messages);
+}
+}
+
 TEST(AssemblyInfoUpdater, MissingAndEmptyFilesAndBackups) {
   TempDir tmp;
   MessageLog callBack;
