@@ -452,12 +452,9 @@ namespace {
 
 template <class A>
 TPropertyTable ProjectActionProperties() {
-  return ChainProperties(
-      TWrenDotNetAction::ClassProperties(),
-      ChainProperties(TWrenManagedCompilerAction::PublishedOptionFields(
-                          {"ProjectFile", "ConfigName", "CFResGen", "CopyConfigFiles", "NoLogo",
-                           "OutputInUTF8"}),
-                      {StringProperty("OutputDir", &A::OutputDir)}));
+  return TWrenManagedCompilerAction::CompilerProperties(
+      {"ProjectFile", "ConfigName", "CFResGen", "CopyConfigFiles", "NoLogo", "OutputInUTF8"},
+      {StringProperty("OutputDir", &A::OutputDir)});
 }
 
 }  // namespace
