@@ -14,11 +14,10 @@ TEST(NAntFrames, PageAndOptionsPageAreDrivenThroughTheirControls) {
   TNAntFrame page;
   EXPECT_EQ(pt::Layout(page),
             (std::vector<std::string>{
-                "edBuildFile:edit", "btnBuildFile:button", "grpProperties:label",
-                "Properties:grid", "edPropFile:edit", "btnPropFile:button", "edTargets:edit",
-                "lblTargetsHint:label", "edFramework:edit", "cbLogLevel:combo",
-                "cbOutputToLog:checkbox", "edLogFile:edit", "btnLogFile:button",
-                "cbIndentLevel:combo", "cbNoLogo:checkbox"}));
+                "edBuildFile:edit", "btnBuildFile:button", "grpProperties:label", "Properties:grid",
+                "edPropFile:edit", "btnPropFile:button", "edTargets:edit", "lblTargetsHint:label",
+                "edFramework:edit", "cbLogLevel:combo", "cbOutputToLog:checkbox", "edLogFile:edit",
+                "btnLogFile:button", "cbIndentLevel:combo", "cbNoLogo:checkbox"}));
   pt::ExpectCaptions(page, {{"edBuildFile", "Build File"},
                             {"lblTargetsHint", "separate multiple targets with spaces"},
                             {"cbOutputToLog", "Output to Log File"},
@@ -36,10 +35,7 @@ TEST(NAntFrames, PageAndOptionsPageAreDrivenThroughTheirControls) {
   dialogs.file = "/src/default.build";
   pt::Click(page, "btnBuildFile");
   EXPECT_EQ(dialogs.filter, TNAntFrame::kBuildFilter);
-  TWrenPageEvent rows;
-  rows.control = "Properties";
-  rows.rows = {{"config", "Release"}, {" ", "dropped"}};
-  pt::Send(page, rows);
+  pt::SetRows(page, "Properties", {{"config", "Release"}, {" ", "dropped"}});
   pt::Pick(page, "cbLogLevel", 2);
   pt::Pick(page, "cbIndentLevel", 3);  // "2", after "Default", "0" and "1"
   TNAntAction action;

@@ -142,6 +142,25 @@ void Pick(Page& page, const std::string& control, int itemIndex) {
   Send(page, e);
 }
 
+/// Replaces a memo's lines, as one edit of the whole text does.
+template <class Page>
+void SetLines(Page& page, const std::string& control, const std::vector<std::string>& lines) {
+  TWrenPageEvent e;
+  e.control = control;
+  e.lines = lines;
+  Send(page, e);
+}
+
+/// Replaces a grid's rows, as one edit of the whole grid does.
+template <class Page>
+void SetRows(Page& page, const std::string& control,
+             const std::vector<std::vector<std::string>>& rows) {
+  TWrenPageEvent e;
+  e.control = control;
+  e.rows = rows;
+  Send(page, e);
+}
+
 /// True when the page refuses the event (a disabled or hidden control).
 template <class Page>
 bool Refused(Page& page, const std::string& control, TWrenPageEventKind kind) {
