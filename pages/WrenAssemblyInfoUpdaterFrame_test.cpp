@@ -59,15 +59,16 @@ TEST(AssemblyInfoUpdaterFrame, AttributesGridEditsNameValueLines) {
   page.AddRow();
   page.Grid.rows.back() = {"AssemblyCompany", "'Acme'"};
   page.WriteActionData(action);
-  EXPECT_EQ(action.Attributes,
-            (TStrings{"AssemblyVersion=\"1.0.%BUILD%\"", "Formula=a=b", "AssemblyCompany='Acme'"}));
+  EXPECT_EQ(action.Attributes, (TStrings{"AssemblyVersion=\"1.0.%BUILD%\"", "Formula=a=b",
+                                         "AssemblyCompany='Acme'"}));
 }
 
 TEST(AssemblyInfoUpdaterFrame, BothPagesAreDrivenThroughTheirControls) {
   using namespace pagetest;
   TAssemblyInfoUpdaterFrame options;
   EXPECT_EQ(Layout(options), (std::vector<std::string>{"Files:memo", "BackupFiles:checkbox",
-                                                       "Recurse:checkbox", "UpdateOnly:checkbox"}));
+                                                       "Recurse:checkbox",
+                                                       "UpdateOnly:checkbox"}));
   EXPECT_EQ(Control(options, "Recurse").caption, "Recurse Subdirectories");
   SetLines(options, "Files", {"src/*.cs", "lib/AssemblyInfo.vb"});
   Click(options, "Recurse", true);

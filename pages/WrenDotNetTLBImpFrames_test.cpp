@@ -54,8 +54,8 @@ TEST(TLBImportFrames, AllFourPagesAreDrivenThroughTheirControls) {
   TTLBImportSNFrame signing;
   EXPECT_EQ(pt::Layout(signing),
             (std::vector<std::string>{"edPublicKeyFile:edit", "btnPublicKeyFile:button",
-                                      "edKeyFile:edit", "btnKeyFile:button", "edKeyContainer:edit",
-                                      "cbDelaySign:checkbox"}));
+                                      "edKeyFile:edit", "btnKeyFile:button",
+                                      "edKeyContainer:edit", "cbDelaySign:checkbox"}));
   pt::ExpectCaptions(signing, {{"edPublicKeyFile", "Public Key File"},
                                {"edKeyFile", "Key File"},
                                {"edKeyContainer", "Key Container"},

@@ -15,25 +15,25 @@ TEST(MSBuildFrame, GroupsComeFirstAndTheVersionPanelLast) {
   action.Properties = {"Configuration=Release"};
   TMSBuildFrame page;
   page.ReadActionData(action);
-  EXPECT_EQ(
-      pt::Layout(page),
-      (std::vector<std::string>{
-          "lblHeading:label", "grpProjectFile:label", "BuildFile:edit", "btnBuildFile:button",
-          "grpProperties:label", "Properties:grid", "grpTargets:label", "Targets:edit",
-          "TargetsHint:label", "grpLogOptions:label", "LogLevel:combo", "grpOtherOptions:label",
-          "NoLogo:checkbox", "Restricted:checkbox", "pnlVersion:panel", "lblVersion:label",
-          "rbDefaultVersion:radio", "rbUseVersion:radio", "cbVersion:combo"}));
-  pt::ExpectCaptions(page,
-                     {{"grpProjectFile", "Project File"},
-                      {"grpProperties", "Properties"},
-                      {"grpTargets", "Targets"},
-                      {"TargetsHint", "separate multiple targets with semi-colons"},
-                      {"grpLogOptions", "Log Options"},
-                      {"LogLevel", "Logging Level :"},
-                      {"grpOtherOptions", "Other Options"},
-                      {"NoLogo", "Surpress display of logo banner"},
-                      {"Restricted", "Restricted (build process runs with fewer permissions)"},
-                      {"rbDefaultVersion", "Use Default SDK Version"}});
+  EXPECT_EQ(pt::Layout(page),
+            (std::vector<std::string>{
+                "lblHeading:label", "grpProjectFile:label", "BuildFile:edit",
+                "btnBuildFile:button", "grpProperties:label", "Properties:grid",
+                "grpTargets:label", "Targets:edit", "TargetsHint:label", "grpLogOptions:label",
+                "LogLevel:combo", "grpOtherOptions:label", "NoLogo:checkbox",
+                "Restricted:checkbox", "pnlVersion:panel", "lblVersion:label",
+                "rbDefaultVersion:radio", "rbUseVersion:radio", "cbVersion:combo"}));
+  pt::ExpectCaptions(page, {{"grpProjectFile", "Project File"},
+                            {"grpProperties", "Properties"},
+                            {"grpTargets", "Targets"},
+                            {"TargetsHint", "separate multiple targets with semi-colons"},
+                            {"grpLogOptions", "Log Options"},
+                            {"LogLevel", "Logging Level :"},
+                            {"grpOtherOptions", "Other Options"},
+                            {"NoLogo", "Surpress display of logo banner"},
+                            {"Restricted",
+                             "Restricted (build process runs with fewer permissions)"},
+                            {"rbDefaultVersion", "Use Default SDK Version"}});
   const TWrenPageControl grid = pt::Control(page, "Properties");
   EXPECT_EQ(grid.items, (std::vector<std::string>{"Property", "Value"}));
   EXPECT_EQ(grid.rows, (std::vector<std::vector<std::string>>{{"Configuration", "Release"}}));

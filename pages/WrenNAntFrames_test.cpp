@@ -14,10 +14,11 @@ TEST(NAntFrames, PageAndOptionsPageAreDrivenThroughTheirControls) {
   TNAntFrame page;
   EXPECT_EQ(pt::Layout(page),
             (std::vector<std::string>{
-                "edBuildFile:edit", "btnBuildFile:button", "grpProperties:label", "Properties:grid",
-                "edPropFile:edit", "btnPropFile:button", "edTargets:edit", "lblTargetsHint:label",
-                "edFramework:edit", "cbLogLevel:combo", "cbOutputToLog:checkbox", "edLogFile:edit",
-                "btnLogFile:button", "cbIndentLevel:combo", "cbNoLogo:checkbox"}));
+                "edBuildFile:edit", "btnBuildFile:button", "grpProperties:label",
+                "Properties:grid", "edPropFile:edit", "btnPropFile:button", "edTargets:edit",
+                "lblTargetsHint:label", "edFramework:edit", "cbLogLevel:combo",
+                "cbOutputToLog:checkbox", "edLogFile:edit", "btnLogFile:button",
+                "cbIndentLevel:combo", "cbNoLogo:checkbox"}));
   pt::ExpectCaptions(page, {{"edBuildFile", "Build File"},
                             {"lblTargetsHint", "separate multiple targets with spaces"},
                             {"cbOutputToLog", "Output to Log File"},
