@@ -32,7 +32,7 @@ struct TNeverStartsCase {
   std::string message;
 };
 /// What Validate reports with the tool's location set to location.
-struct TValidationCase {
+struct TToolValidationCase {
   std::string location;
   TSettings settings;
   TReports reports;
@@ -135,8 +135,8 @@ class TOutsideToolTest : public ::testing::Test {
 
   /// Validate on a fresh action under each case's location; the location stays set after.
   template <class A>
-  void ExpectValidation(const std::vector<TValidationCase>& cases) {
-    for (const TValidationCase& c : cases) {
+  void ExpectValidation(const std::vector<TToolValidationCase>& cases) {
+    for (const TToolValidationCase& c : cases) {
       options_->SetLocation(c.location);
       A action;
       ApplyProperties(action, c.settings);
