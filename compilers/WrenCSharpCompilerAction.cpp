@@ -54,27 +54,19 @@ bool TWrenCustomCSharpCompilerAction::GenerateResponseFile(const std::string& pr
   return TWrenManagedCompilerAction::GenerateResponseFile(projectDir, lines);
 }
 
-bool TWrenCustomCSharpCompilerAction::Validate(IWrenActionValidationError& errors) {
-  return ValidateProjectDirAndFiles(errors);
-}
-
 const TPropertyTable& TWrenCSharpCompilerAction::ClassProperties() {
   using C = TWrenCustomCSharpCompilerAction;
-  static const TPropertyTable table = ChainProperties(
-      TWrenDotNetAction::ClassProperties(),
-      ChainProperties(
-          PublishedOptionFields({"NoLogo", "OutputInUTF8", "Optimize", "OutputFile", "Target",
-                                 "Modules", "LibLocations", "References", "Debug",
-                                 "SupressWarnings", "WarnAsError", "Defines", "LinkResources",
-                                 "Resources", "Icon", "Win32Resources", "BaseAddress", "CodePage",
-                                 "MainClass", "RecurseDir", "RecurseFiles", "Files",
-                                 "ProjectDir"}),
-          {EnumProperty("FileAlign", &C::FileAlign, CSharpFileAlignNames()),
-           StringProperty("DocFile", &C::DocFile), BoolProperty("NoSTDLib", &C::NoSTDLib),
-           BoolProperty("Checked", &C::Checked), BoolProperty("FullPaths", &C::FullPaths),
-           BoolProperty("Incremental", &C::Incremental), BoolProperty("NoConfig", &C::NoConfig),
-           BoolProperty("CompileUnsafe", &C::CompileUnsafe),
-           EnumProperty("WarningLevel", &C::WarningLevel, DotNetWarningLevelNames())}));
+  static const TPropertyTable table = CompilerProperties(
+      {"NoLogo", "OutputInUTF8", "Optimize", "OutputFile", "Target", "Modules", "LibLocations",
+       "References", "Debug", "SupressWarnings", "WarnAsError", "Defines", "LinkResources",
+       "Resources", "Icon", "Win32Resources", "BaseAddress", "CodePage", "MainClass", "RecurseDir",
+       "RecurseFiles", "Files", "ProjectDir"},
+      {EnumProperty("FileAlign", &C::FileAlign, CSharpFileAlignNames()),
+       StringProperty("DocFile", &C::DocFile), BoolProperty("NoSTDLib", &C::NoSTDLib),
+       BoolProperty("Checked", &C::Checked), BoolProperty("FullPaths", &C::FullPaths),
+       BoolProperty("Incremental", &C::Incremental), BoolProperty("NoConfig", &C::NoConfig),
+       BoolProperty("CompileUnsafe", &C::CompileUnsafe),
+       EnumProperty("WarningLevel", &C::WarningLevel, DotNetWarningLevelNames())});
   return table;
 }
 

@@ -29,7 +29,6 @@ class TWrenCustomCSharpCompilerAction : public TWrenManagedCompilerAction {
 
   void ResetOptions() override;
   bool GenerateResponseFile(const std::string& projectDir, TStrings& lines) override;
-  bool Validate(IWrenActionValidationError& errors) override;
 
   TCSharpFileAlign FileAlign = TCSharpFileAlign::faDefault;
   std::string DocFile;

@@ -193,6 +193,12 @@ void TWrenManagedCompilerAction::ResetOptions() {
   ProjectLicenses.clear();
 }
 
+TPropertyTable TWrenManagedCompilerAction::CompilerProperties(
+    const std::vector<std::string>& optionFields, TPropertyTable own) {
+  return ChainProperties(TWrenDotNetAction::ClassProperties(),
+                         ChainProperties(PublishedOptionFields(optionFields), std::move(own)));
+}
+
 TPropertyTable TWrenManagedCompilerAction::PublishedOptionFields(
     const std::vector<std::string>& names) {
   using M = TWrenManagedCompilerAction;
@@ -243,8 +249,7 @@ bool TWrenManagedCompilerAction::AddOptionToResponseFile(
   std::string expanded;
   if (!ExpandResponseValue(caption, Trim(value), expanded)) return false;
   std::string second;
-  if (!ExpandResponseValue(caption + " (2nd parameter)", Trim(secondValue), second))
-    return false;
+  if (!ExpandResponseValue(caption + " (2nd parameter)", Trim(secondValue), second)) return false;
   if (!expanded.empty()) {
     if (expanded.find(' ') != std::string::npos && expanded.find('"') == std::string::npos)
       expanded = "\"" + expanded + "\"";
@@ -268,8 +273,8 @@ void TWrenManagedCompilerAction::AddResourceLines(const std::string& expanded,
     bool manifest = false;
     switch (rule) {
       case TManifestRule::UnlessResources:
-        manifest = !rootNameSpace.empty() &&
-                   LowerCase(ExtractFileExt(StripQuotes(entry))) != ".resources";
+        manifest =
+            !rootNameSpace.empty() && LowerCase(ExtractFileExt(StripQuotes(entry))) != ".resources";
         break;
       case TManifestRule::WithRootNameSpace:
         manifest = !rootNameSpace.empty();
@@ -418,16 +423,17 @@ bool TWrenManagedCompilerAction::GenerateResponseFile(const std::string& project
 }
 
 bool TWrenManagedCompilerAction::ExpandResponseValue(const std::string& caption,
-                                                      const std::string& value,
-                                                      std::string& result) {
+                                                     const std::string& value,
+                                                     std::string& result) {
   return TryExpandExpression(caption, value, false, result) && CheckSingleLine(caption, result);
 }
 
 bool TWrenManagedCompilerAction::CheckSingleLine(const std::string& caption,
                                                  const std::string& text) {
   if (!HasLineBreak(text)) return true;
-  SendMessage(caption + ": the value holds a line break, which would add lines to the response "
-                        "file; nothing was compiled");
+  SendMessage(caption +
+              ": the value holds a line break, which would add lines to the response "
+              "file; nothing was compiled");
   return false;
 }
 
@@ -503,8 +509,7 @@ bool TWrenManagedCompilerAction::LoadVisualStudioProject(const std::string& file
   return false;
 }
 
-bool TWrenManagedCompilerAction::ValidateProjectDirAndFiles(
-    IWrenActionValidationError& errors) const {
+bool TWrenManagedCompilerAction::Validate(IWrenActionValidationError& errors) {
   bool valid = true;
   if (ProjectDir.empty()) {
     errors.AddError("Project Directory", "Project directory has not been set");

@@ -80,6 +80,13 @@ class TWrenManagedCompilerAction : public TWrenDotNetAction, public IWrenManaged
 
   /// Rows for the option fields, by property name, for the concrete actions to publish.
   static TPropertyTable PublishedOptionFields(const std::vector<std::string>& names);
+  /// A concrete compiler action's table: the .NET action's properties, the named option fields,
+  /// then the action's own rows.
+  static TPropertyTable CompilerProperties(const std::vector<std::string>& optionFields,
+                                           TPropertyTable own);
+
+  /// The checks of the command-line compilers: a project directory and files to compile.
+  bool Validate(IWrenActionValidationError& errors) override;
 
   // Option fields (property names as published).
   bool NoLogo = false;
@@ -121,8 +128,6 @@ class TWrenManagedCompilerAction : public TWrenDotNetAction, public IWrenManaged
   virtual bool LoadBorlandProject(const std::string& fileName);
   virtual bool LoadVisualStudioProject(const std::string& fileName);
 
-  /// The checks the three language actions share: a project directory and files to compile.
-  bool ValidateProjectDirAndFiles(IWrenActionValidationError& errors) const;
   /// Expands a list of files under caption, splits it on ';' and ',' and adds one line
   /// switchText + the quoted file per item. False when the expansion failed.
   bool AddFileListLines(const std::string& switchText, const std::string& caption,

@@ -35,6 +35,20 @@ class TTestCompiler : public TWrenManagedCompilerAction {
 
 using TSetup = std::function<void(TTestCompiler&, const std::string& dir)>;
 
+/// The test compiler on a project folder of its own, compiling a.cs, with a host that holds the
+/// variables and keeps the log.
+struct TCompilerInFolder {
+  explicit TCompilerInFolder(const std::vector<std::pair<std::string, std::string>>& variables) {
+    for (const auto& [name, value] : variables) host.host.SetVariable(name, value);
+    action.SetHost(&host.host);
+    action.ProjectDir = dir.path();
+    action.Files = "a.cs";
+  }
+  test::TempDir dir;
+  test::TLoggingHost host;
+  TTestCompiler action;
+};
+
 /// Resources of both kinds: compiled and plain, blank, upper case, absolute, quoted, empty.
 std::string MixedResources(const std::string& dir) {
   return "Form1.resources,Strings.RESOURCES, logo.bmp,," + dir + "Images/logo.bmp,\"my file.bmp\"";
@@ -109,15 +123,8 @@ TEST(ManagedCompilerResponseFile, MatchesGoldenFilesByteForByteOrFailsWritingNot
   };
   for (const auto& [setup, expected] : cases) {
     SCOPED_TRACE(expected);
-    test::TempDir dir;
-    test::TLoggingHost host;
-    host.host.SetVariable("BIN", "bin");
-    host.host.SetVariable("NS", "Corp.App");
-    host.host.SetVariable("EMPTY", "");
-    TTestCompiler action;
-    action.SetHost(&host.host);
-    action.ProjectDir = dir.path();
-    action.Files = "a.cs";
+    TCompilerInFolder run({{"BIN", "bin"}, {"NS", "Corp.App"}, {"EMPTY", ""}});
+    auto& [dir, host, action] = run;
     setup(action, dir.path());
     const std::string commandLine = test::CommandLineOf(action), rsp = dir / "wrenresp.rsp";
     if (std::string(expected).ends_with(".rsp")) {
@@ -152,13 +159,8 @@ TEST(ManagedCompilerResponseFile, AValueWithALineBreakFailsNamingItsCaptionAndWr
   };
   for (const auto& [setup, caption] : cases) {
     SCOPED_TRACE(caption);
-    test::TempDir dir;
-    test::TLoggingHost host;
-    host.host.SetVariable("INJECTED", injected);
-    TTestCompiler action;
-    action.SetHost(&host.host);
-    action.ProjectDir = dir.path();
-    action.Files = "a.cs";
+    TCompilerInFolder run({{"INJECTED", injected}});
+    auto& [dir, host, action] = run;
     setup(action, dir.path());
     EXPECT_EQ(test::CommandLineOf(action), "<failed>");
     EXPECT_TRUE(host.Logged(std::string(caption) + ": the value holds a line break"))

@@ -448,36 +448,4 @@ bool TWrenBorlandCSBuilderProjCompilerAction::LoadBorlandProject(const std::stri
   return ApplyProject(project);
 }
 
-namespace {
-
-template <class A>
-TPropertyTable ProjectActionProperties() {
-  return ChainProperties(
-      TWrenDotNetAction::ClassProperties(),
-      ChainProperties(TWrenManagedCompilerAction::PublishedOptionFields(
-                          {"ProjectFile", "ConfigName", "CFResGen", "CopyConfigFiles", "NoLogo",
-                           "OutputInUTF8"}),
-                      {StringProperty("OutputDir", &A::OutputDir)}));
-}
-
-}  // namespace
-
-const TPropertyTable& TWrenCSProjCompilerAction::ClassProperties() {
-  static const TPropertyTable table =
-      ProjectActionProperties<TWrenDotNetProjectCompilerAction<TWrenCustomCSharpCompilerAction>>();
-  return table;
-}
-
-const TPropertyTable& TWrenVBProjCompilerAction::ClassProperties() {
-  static const TPropertyTable table =
-      ProjectActionProperties<TWrenDotNetProjectCompilerAction<TWrenCustomVBDotNetCompilerAction>>();
-  return table;
-}
-
-const TPropertyTable& TWrenJSProjCompilerAction::ClassProperties() {
-  static const TPropertyTable table =
-      ProjectActionProperties<TWrenDotNetProjectCompilerAction<TWrenCustomJSharpCompilerAction>>();
-  return table;
-}
-
 }  // namespace wren

@@ -82,6 +82,15 @@ class TWrenDotNetProjectCompilerAction : public LanguageBase {
   /// Overrides the project's output folder when set.
   std::string OutputDir;
 
+  /// The same table for every language: the project, its configuration and where the output goes.
+  static const TPropertyTable& ClassProperties() {
+    static const TPropertyTable table = TWrenManagedCompilerAction::CompilerProperties(
+        {"ProjectFile", "ConfigName", "CFResGen", "CopyConfigFiles", "NoLogo", "OutputInUTF8"},
+        {StringProperty("OutputDir", &TWrenDotNetProjectCompilerAction::OutputDir)});
+    return table;
+  }
+  const TPropertyTable& GetPublishedProperties() const override { return ClassProperties(); }
+
  protected:
   /// Sets the language's own fields from the project.
   virtual void ApplyLanguageOptions(const TVSProject& project) = 0;
@@ -151,9 +160,6 @@ class TWrenCSProjCompilerAction
   static std::string GetActionName() { return "Microsoft C# Project Compiler"; }
   std::string ClassName() const override { return StaticClassName(); }
   std::string DisplayName() const override { return GetActionName(); }
-  static const TPropertyTable& ClassProperties();
-  const TPropertyTable& GetPublishedProperties() const override { return ClassProperties(); }
-
  protected:
   void ApplyLanguageOptions(const TVSProject& project) override;
   TVSLanguage Language() const override { return TVSLanguage::CSharp; }
@@ -167,9 +173,6 @@ class TWrenVBProjCompilerAction
   static std::string GetActionName() { return "Microsoft VB.Net Project Compiler"; }
   std::string ClassName() const override { return StaticClassName(); }
   std::string DisplayName() const override { return GetActionName(); }
-  static const TPropertyTable& ClassProperties();
-  const TPropertyTable& GetPublishedProperties() const override { return ClassProperties(); }
-
  protected:
   void ApplyLanguageOptions(const TVSProject& project) override;
   TVSLanguage Language() const override { return TVSLanguage::VisualBasic; }
@@ -183,9 +186,6 @@ class TWrenJSProjCompilerAction
   static std::string GetActionName() { return "Microsoft J# Project Compiler"; }
   std::string ClassName() const override { return StaticClassName(); }
   std::string DisplayName() const override { return GetActionName(); }
-  static const TPropertyTable& ClassProperties();
-  const TPropertyTable& GetPublishedProperties() const override { return ClassProperties(); }
-
  protected:
   void ApplyLanguageOptions(const TVSProject& project) override;
   TVSLanguage Language() const override { return TVSLanguage::JSharp; }

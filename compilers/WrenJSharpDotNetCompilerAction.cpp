@@ -51,25 +51,17 @@ bool TWrenCustomJSharpCompilerAction::GenerateResponseFile(const std::string& pr
   return TWrenManagedCompilerAction::GenerateResponseFile(projectDir, lines);
 }
 
-bool TWrenCustomJSharpCompilerAction::Validate(IWrenActionValidationError& errors) {
-  return ValidateProjectDirAndFiles(errors);
-}
-
 const TPropertyTable& TWrenJSharpCompilerAction::ClassProperties() {
   using J = TWrenCustomJSharpCompilerAction;
-  static const TPropertyTable table = ChainProperties(
-      TWrenDotNetAction::ClassProperties(),
-      ChainProperties(
-          PublishedOptionFields({"NoLogo", "OutputInUTF8", "Optimize", "OutputFile", "Target",
-                                 "Modules", "LibLocations", "References", "Debug",
-                                 "SupressWarnings", "WarnAsError", "Defines", "LinkResources",
-                                 "Resources", "Win32Resources", "BaseAddress", "CodePage",
-                                 "MainClass", "RecurseDir", "RecurseFiles", "Files",
-                                 "ProjectDir"}),
-          {EnumProperty("WarningLevel", &J::WarningLevel, DotNetWarningLevelNames()),
-           BoolProperty("SecureScoping", &J::SecureScoping),
-           BoolProperty("DisableLangExt", &J::DisableLangExt),
-           StringListProperty("JCPA", &J::JCPA)}));
+  static const TPropertyTable table = CompilerProperties(
+      {"NoLogo", "OutputInUTF8", "Optimize", "OutputFile", "Target", "Modules", "LibLocations",
+       "References", "Debug", "SupressWarnings", "WarnAsError", "Defines", "LinkResources",
+       "Resources", "Win32Resources", "BaseAddress", "CodePage", "MainClass", "RecurseDir",
+       "RecurseFiles", "Files", "ProjectDir"},
+      {EnumProperty("WarningLevel", &J::WarningLevel, DotNetWarningLevelNames()),
+       BoolProperty("SecureScoping", &J::SecureScoping),
+       BoolProperty("DisableLangExt", &J::DisableLangExt),
+       StringListProperty("JCPA", &J::JCPA)});
   return table;
 }
 

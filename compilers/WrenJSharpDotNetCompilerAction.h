@@ -25,7 +25,6 @@ class TWrenCustomJSharpCompilerAction : public TWrenManagedCompilerAction {
 
   void ResetOptions() override;
   bool GenerateResponseFile(const std::string& projectDir, TStrings& lines) override;
-  bool Validate(IWrenActionValidationError& errors) override;
 
   TDotNetWarningLevels WarningLevel = TDotNetWarningLevels::WarnLevel4;
   /// Stored and shown, but neither reaches the compiler (see GenerateResponseFile).

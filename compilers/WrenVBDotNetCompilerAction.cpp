@@ -56,29 +56,21 @@ bool TWrenCustomVBDotNetCompilerAction::GenerateResponseFile(const std::string& 
   return TWrenManagedCompilerAction::GenerateResponseFile(projectDir, lines);
 }
 
-bool TWrenCustomVBDotNetCompilerAction::Validate(IWrenActionValidationError& errors) {
-  return ValidateProjectDirAndFiles(errors);
-}
-
 const TPropertyTable& TWrenVBDotNetCompilerAction::ClassProperties() {
   using V = TWrenCustomVBDotNetCompilerAction;
-  static const TPropertyTable table = ChainProperties(
-      TWrenDotNetAction::ClassProperties(),
-      ChainProperties(
-          PublishedOptionFields({"NoLogo", "OutputInUTF8", "Optimize", "OutputFile", "Target",
-                                 "Modules", "LibLocations", "References", "Debug",
-                                 "SupressWarnings", "WarnAsError", "Defines", "LinkResources",
-                                 "Resources", "Icon", "Win32Resources", "BaseAddress",
-                                 "MainClass", "RecurseDir", "RecurseFiles", "Files", "ProjectDir",
-                                 "RootNameSpace"}),
-          {BoolProperty("Verbose", &V::Verbose), BoolProperty("TargetCF", &V::TargetCF),
-           BoolProperty("DelaySign", &V::DelaySign), StringProperty("Imports", &V::Imports),
-           StringProperty("KeyContainer", &V::KeyContainer), StringProperty("KeyFile", &V::KeyFile),
-           BoolProperty("Quiet", &V::Quiet), BoolProperty("RemoveIntChecks", &V::RemoveIntChecks),
-           BoolProperty("OptionExplicit", &V::OptionExplicit),
-           BoolProperty("OptionStrict", &V::OptionStrict),
-           EnumProperty("OptionCompare", &V::OptionCompare, VBDotNetOptionCompareNames()),
-           StringProperty("SDKPath", &V::SDKPath)}));
+  static const TPropertyTable table = CompilerProperties(
+      {"NoLogo", "OutputInUTF8", "Optimize", "OutputFile", "Target", "Modules", "LibLocations",
+       "References", "Debug", "SupressWarnings", "WarnAsError", "Defines", "LinkResources",
+       "Resources", "Icon", "Win32Resources", "BaseAddress", "MainClass", "RecurseDir",
+       "RecurseFiles", "Files", "ProjectDir", "RootNameSpace"},
+      {BoolProperty("Verbose", &V::Verbose), BoolProperty("TargetCF", &V::TargetCF),
+       BoolProperty("DelaySign", &V::DelaySign), StringProperty("Imports", &V::Imports),
+       StringProperty("KeyContainer", &V::KeyContainer), StringProperty("KeyFile", &V::KeyFile),
+       BoolProperty("Quiet", &V::Quiet), BoolProperty("RemoveIntChecks", &V::RemoveIntChecks),
+       BoolProperty("OptionExplicit", &V::OptionExplicit),
+       BoolProperty("OptionStrict", &V::OptionStrict),
+       EnumProperty("OptionCompare", &V::OptionCompare, VBDotNetOptionCompareNames()),
+       StringProperty("SDKPath", &V::SDKPath)});
   return table;
 }
 

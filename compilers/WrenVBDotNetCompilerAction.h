@@ -29,7 +29,6 @@ class TWrenCustomVBDotNetCompilerAction : public TWrenManagedCompilerAction {
 
   void ResetOptions() override;
   bool GenerateResponseFile(const std::string& projectDir, TStrings& lines) override;
-  bool Validate(IWrenActionValidationError& errors) override;
 
   bool Verbose = false;
   bool TargetCF = false;

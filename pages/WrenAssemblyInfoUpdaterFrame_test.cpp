@@ -70,15 +70,12 @@ TEST(AssemblyInfoUpdaterFrame, BothPagesAreDrivenThroughTheirControls) {
                                                        "Recurse:checkbox",
                                                        "UpdateOnly:checkbox"}));
   EXPECT_EQ(Control(options, "Recurse").caption, "Recurse Subdirectories");
-  TWrenPageEvent files;
-  files.control = "Files";
-  files.lines = {"src/*.cs", "lib/AssemblyInfo.vb"};
-  Send(options, files);
+  SetLines(options, "Files", {"src/*.cs", "lib/AssemblyInfo.vb"});
   Click(options, "Recurse", true);
   Click(options, "UpdateOnly", true);
   TWrenAssemblyInfoUpdaterAction action;
   options.WriteActionData(action);
-  EXPECT_EQ(action.Selection, files.lines);
+  EXPECT_EQ(action.Selection, (TStrings{"src/*.cs", "lib/AssemblyInfo.vb"}));
   EXPECT_TRUE(action.Recurse);
   EXPECT_TRUE(action.UpdateOnly);
 
@@ -98,10 +95,8 @@ TEST(AssemblyInfoUpdaterFrame, BothPagesAreDrivenThroughTheirControls) {
 
   // One change carries the whole grid: the title row removed, the new row filled in, a short
   // row padded and a surplus cell dropped.
-  TWrenPageEvent edit;
-  edit.control = "Grid";
-  edit.rows = {{"AssemblyVersion", "2.0.0.0", "extra"}, {"AssemblyCompany"}, {"", ""}};
-  Send(entries, edit);
+  SetRows(entries, "Grid",
+          {{"AssemblyVersion", "2.0.0.0", "extra"}, {"AssemblyCompany"}, {"", ""}});
   EXPECT_EQ(Control(entries, "Grid").rows,
             (std::vector<std::vector<std::string>>{
                 {"AssemblyVersion", "2.0.0.0"}, {"AssemblyCompany", ""}, {"", ""}}));

@@ -30,10 +30,7 @@ TEST(DemeanorPages, ControlsInTabOrderAndTheirBrowseButtons) {
   dialogs.folder = "/bin/obfuscated";
   Click(pe, "btnOutputDirectory");
   EXPECT_EQ(dialogs.title, "Select Output Directory");
-  TWrenPageEvent switches;
-  switches.control = "mmExtraSwitches";
-  switches.lines = {"/names:alpha"};
-  Send(exclude, switches);
+  SetLines(exclude, "mmExtraSwitches", {"/names:alpha"});
   pe.WriteActionData(action);
   exclude.WriteActionData(action);
   EXPECT_EQ(action.InputAssembly, "/bin/app.exe");

@@ -1,65 +1,13 @@
 #include "pages/WrenDotNetGACFrames.h"
 
-#include <utility>
-
 #include "sdktools/WrenDotNetGACAction.h"
 
 namespace wren {
 
-namespace {
+// --- What install and uninstall share ---
 
-const char kReferenceRequired[] =
-    "Scheme, ID, and Description are all required for reference counting.";
-
-/// Enables the reference fields and everything in their panel only while the box is checked.
-void EnableReference(bool checked, TCheckBoxModel& box, TEditModel& scheme, TEditModel& id,
-                     TEditModel& description) {
-  box.checked = checked;
-  scheme.enabled = checked;
-  id.enabled = checked;
-  description.enabled = checked;
-}
-
-bool ReferenceComplete(const TEditModel& scheme, const TEditModel& id,
-                       const TEditModel& description) {
-  return !scheme.text.empty() && !id.text.empty() && !description.text.empty();
-}
-
-void ReadReference(const TWrenGACAction& gac, TEditModel& scheme, TEditModel& id,
-                   TEditModel& description) {
-  scheme.text = gac.RefScheme;
-  id.text = gac.RefID;
-  description.text = gac.RefDescription;
-}
-
-void WriteReference(TWrenGACAction& gac, const TEditModel& scheme, const TEditModel& id,
-                    const TEditModel& description) {
-  gac.RefScheme = scheme.text;
-  gac.RefID = id.text;
-  gac.RefDescription = description.text;
-}
-
-/// The force box and the reference box with its three fields, in the order both pages show them.
-void ListForceAndReference(TWrenPageControls& controls, TCheckBoxModel& force,
-                           TCheckBoxModel& box, TEditModel& scheme, TEditModel& id,
-                           TEditModel& description, TWrenPageControls::TReaction onClick) {
-  controls.CheckBox("cbForce", force);
-  controls.CheckBox("cbReferenceCount", box, std::move(onClick));
-  controls.Edit("edScheme", scheme);
-  controls.Edit("edID", id);
-  controls.Edit("edDescription", description);
-}
-
-}  // namespace
-
-// --- Install ---
-
-TGACInstallFrame::TGACInstallFrame() {
-  lblHeading.caption = "Assembly to install";
-  rbAssemblyPath.caption = "Assembly Path (name of a file which contains an assembly manifest)";
-  rbAssemblyPath.checked = true;
+TGACAssemblyFrame::TGACAssemblyFrame(const char* assemblyFilter) : assemblyFilter_(assemblyFilter) {
   rbAssemblyListFile.caption = "Assembly ListFile";
-  cbForce.caption = "Force Re-install (will overwrite an existing assembly with the same name)";
   cbReferenceCount.caption = "Add reference count";
   edScheme.caption = "Scheme :";
   edID.caption = "ID :";
@@ -67,48 +15,50 @@ TGACInstallFrame::TGACInstallFrame() {
   SetReferenceCount(false);
 }
 
-void TGACInstallFrame::SetReferenceCount(bool checked) {
-  EnableReference(checked, cbReferenceCount, edScheme, edID, edDescription);
+void TGACAssemblyFrame::SetReferenceCount(bool checked) {
+  cbReferenceCount.checked = checked;
+  edScheme.enabled = checked;
+  edID.enabled = checked;
+  edDescription.enabled = checked;
 }
 
-void TGACInstallFrame::ReadActionData(TWrenAction& action) {
-  TDotNetToolBaseFrame::ReadActionData(action);
-  auto* gac = dynamic_cast<TWrenGACAction*>(&action);
-  if (!gac) return;
-  rbAssemblyListFile.checked = gac->UseListFile;
-  rbAssemblyPath.checked = !gac->UseListFile;
-  edAssemblyPath.text = gac->AssemblyPath;
-  edAssemblyListFile.text = gac->AssemblyListFile;
-  cbForce.checked = gac->Force;
-  ReadReference(*gac, edScheme, edID, edDescription);
-  SetReferenceCount(gac->ReferenceCount);
+void TGACAssemblyFrame::ReadAssembly(const TWrenGACAction& gac) {
+  edAssemblyPath.text = gac.AssemblyPath;
+  edAssemblyListFile.text = gac.AssemblyListFile;
+  cbForce.checked = gac.Force;
+  edScheme.text = gac.RefScheme;
+  edID.text = gac.RefID;
+  edDescription.text = gac.RefDescription;
+  SetReferenceCount(gac.ReferenceCount);
 }
 
-void TGACInstallFrame::WriteActionData(TWrenAction& action) {
-  TDotNetToolBaseFrame::WriteActionData(action);
-  auto* gac = dynamic_cast<TWrenGACAction*>(&action);
-  if (!gac) return;
-  gac->UseListFile = rbAssemblyListFile.checked;
-  gac->AssemblyPath = edAssemblyPath.text;
-  gac->AssemblyListFile = edAssemblyListFile.text;
-  gac->Force = cbForce.checked;
-  gac->ReferenceCount = cbReferenceCount.checked;
-  WriteReference(*gac, edScheme, edID, edDescription);
+void TGACAssemblyFrame::WriteAssembly(TWrenGACAction& gac) const {
+  gac.UseListFile = rbAssemblyListFile.checked;
+  gac.AssemblyPath = edAssemblyPath.text;
+  gac.AssemblyListFile = edAssemblyListFile.text;
+  gac.Force = cbForce.checked;
+  gac.ReferenceCount = cbReferenceCount.checked;
+  gac.RefScheme = edScheme.text;
+  gac.RefID = edID.text;
+  gac.RefDescription = edDescription.text;
 }
 
-void TGACInstallFrame::ListControls(TWrenPageControls& controls) {
-  TDotNetToolBaseFrame::ListControls(controls);
+void TGACAssemblyFrame::ListAssemblyControls(TWrenPageControls& controls) {
   controls.RadioButton("rbAssemblyPath", "source", rbAssemblyPath);
   controls.Edit("edAssemblyPath", edAssemblyPath);
   controls.Button("btnAssemblyPath", "...", [this] { BrowseAssemblyPath(); });
   controls.RadioButton("rbAssemblyListFile", "source", rbAssemblyListFile);
   controls.Edit("edAssemblyListFile", edAssemblyListFile);
   controls.Button("btnAssemblyListFile", "...", [this] { BrowseListFile(); });
-  ListForceAndReference(controls, cbForce, cbReferenceCount, edScheme, edID, edDescription,
-                        [this] { SetReferenceCount(cbReferenceCount.checked); });
+  controls.CheckBox("cbForce", cbForce);
+  controls.CheckBox("cbReferenceCount", cbReferenceCount,
+                    [this] { SetReferenceCount(cbReferenceCount.checked); });
+  controls.Edit("edScheme", edScheme);
+  controls.Edit("edID", edID);
+  controls.Edit("edDescription", edDescription);
 }
 
-bool TGACInstallFrame::CheckPage(std::string& message) {
+bool TGACAssemblyFrame::CheckAssembly(std::string& message) const {
   if (rbAssemblyPath.checked && edAssemblyPath.text.empty()) {
     message = "Assembly Path is required.";
     return false;
@@ -117,31 +67,52 @@ bool TGACInstallFrame::CheckPage(std::string& message) {
     message = "Assembly Listfile is required.";
     return false;
   }
-  if (cbReferenceCount.checked && !ReferenceComplete(edScheme, edID, edDescription)) {
-    message = kReferenceRequired;
+  if (cbReferenceCount.checked &&
+      (edScheme.text.empty() || edID.text.empty() || edDescription.text.empty())) {
+    message = "Scheme, ID, and Description are all required for reference counting.";
     return false;
   }
   return true;
 }
 
+// --- Install ---
+
+TGACInstallFrame::TGACInstallFrame() : TGACAssemblyFrame(kAssemblyFilter) {
+  lblHeading.caption = "Assembly to install";
+  rbAssemblyPath.caption = "Assembly Path (name of a file which contains an assembly manifest)";
+  rbAssemblyPath.checked = true;
+  cbForce.caption = "Force Re-install (will overwrite an existing assembly with the same name)";
+}
+
+void TGACInstallFrame::ReadActionData(TWrenAction& action) {
+  TDotNetToolBaseFrame::ReadActionData(action);
+  auto* gac = dynamic_cast<TWrenGACAction*>(&action);
+  if (!gac) return;
+  rbAssemblyListFile.checked = gac->UseListFile;
+  rbAssemblyPath.checked = !gac->UseListFile;
+  ReadAssembly(*gac);
+}
+
+void TGACInstallFrame::WriteActionData(TWrenAction& action) {
+  TDotNetToolBaseFrame::WriteActionData(action);
+  auto* gac = dynamic_cast<TWrenGACAction*>(&action);
+  if (gac) WriteAssembly(*gac);
+}
+
+void TGACInstallFrame::ListControls(TWrenPageControls& controls) {
+  TDotNetToolBaseFrame::ListControls(controls);
+  ListAssemblyControls(controls);
+}
+
 // --- Uninstall ---
 
-TGACUninstallFrame::TGACUninstallFrame() {
+TGACUninstallFrame::TGACUninstallFrame() : TGACAssemblyFrame(kAssemblyFilter) {
   lblHeading.caption = "Assembly to uninstall";
   rbAssemblyName.caption = "Assembly Name";
   rbAssemblyName.checked = true;
   rbAssemblyPath.caption = "Assembly Path";
-  rbAssemblyListFile.caption = "Assembly ListFile";
   cbForce.caption = "Force Un-install (removes all references to the assembly)";
   cbReferenceCount.caption = "Uninstall reference to assembly";
-  edScheme.caption = "Scheme :";
-  edID.caption = "ID :";
-  edDescription.caption = "Description :";
-  SetReferenceCount(false);
-}
-
-void TGACUninstallFrame::SetReferenceCount(bool checked) {
-  EnableReference(checked, cbReferenceCount, edScheme, edID, edDescription);
 }
 
 void TGACUninstallFrame::ReadActionData(TWrenAction& action) {
@@ -153,39 +124,23 @@ void TGACUninstallFrame::ReadActionData(TWrenAction& action) {
   rbAssemblyPath.checked = !gac->UseListFile && gac->UseAssemblyPath;
   rbAssemblyName.checked = !gac->UseListFile && !gac->UseAssemblyPath;
   edAssemblyName.text = gac->AssemblyName;
-  edAssemblyPath.text = gac->AssemblyPath;
-  edAssemblyListFile.text = gac->AssemblyListFile;
-  cbForce.checked = gac->Force;
-  ReadReference(*gac, edScheme, edID, edDescription);
-  SetReferenceCount(gac->ReferenceCount);
+  ReadAssembly(*gac);
 }
 
 void TGACUninstallFrame::WriteActionData(TWrenAction& action) {
   TDotNetToolBaseFrame::WriteActionData(action);
   auto* gac = dynamic_cast<TGACUninstallAction*>(&action);
   if (!gac) return;
-  gac->UseListFile = rbAssemblyListFile.checked;
   gac->UseAssemblyPath = rbAssemblyPath.checked;
   gac->AssemblyName = edAssemblyName.text;
-  gac->AssemblyPath = edAssemblyPath.text;
-  gac->AssemblyListFile = edAssemblyListFile.text;
-  gac->Force = cbForce.checked;
-  gac->ReferenceCount = cbReferenceCount.checked;
-  WriteReference(*gac, edScheme, edID, edDescription);
+  WriteAssembly(*gac);
 }
 
 void TGACUninstallFrame::ListControls(TWrenPageControls& controls) {
   TDotNetToolBaseFrame::ListControls(controls);
   controls.RadioButton("rbAssemblyName", "source", rbAssemblyName);
   controls.Edit("edAssemblyName", edAssemblyName);
-  controls.RadioButton("rbAssemblyPath", "source", rbAssemblyPath);
-  controls.Edit("edAssemblyPath", edAssemblyPath);
-  controls.Button("btnAssemblyPath", "...", [this] { BrowseAssemblyPath(); });
-  controls.RadioButton("rbAssemblyListFile", "source", rbAssemblyListFile);
-  controls.Edit("edAssemblyListFile", edAssemblyListFile);
-  controls.Button("btnAssemblyListFile", "...", [this] { BrowseListFile(); });
-  ListForceAndReference(controls, cbForce, cbReferenceCount, edScheme, edID, edDescription,
-                        [this] { SetReferenceCount(cbReferenceCount.checked); });
+  ListAssemblyControls(controls);
 }
 
 bool TGACUninstallFrame::CheckPage(std::string& message) {
@@ -193,19 +148,7 @@ bool TGACUninstallFrame::CheckPage(std::string& message) {
     message = "Assembly Name is required.";
     return false;
   }
-  if (rbAssemblyPath.checked && edAssemblyPath.text.empty()) {
-    message = "Assembly Path is required.";
-    return false;
-  }
-  if (rbAssemblyListFile.checked && edAssemblyListFile.text.empty()) {
-    message = "Assembly Listfile is required.";
-    return false;
-  }
-  if (cbReferenceCount.checked && !ReferenceComplete(edScheme, edID, edDescription)) {
-    message = kReferenceRequired;
-    return false;
-  }
-  return true;
+  return CheckAssembly(message);
 }
 
 // --- Download cache ---

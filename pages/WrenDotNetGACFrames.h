@@ -7,28 +7,17 @@
 
 namespace wren {
 
-/// The install page: one assembly or a list file, forced reinstall, and a traced reference whose
-/// fields are usable only while "Add reference count" is checked.
-class TGACInstallFrame : public TDotNetToolBaseFrame {
+class TWrenGACAction;
+
+/// What the install and uninstall pages share: an assembly path or a list file, the force box,
+/// and a traced reference whose fields are usable only while its box is checked.
+class TGACAssemblyFrame : public TDotNetToolBaseFrame {
  public:
-  static constexpr const char* kAssemblyFilter =
-      "Assemblies (*.dll, *.exe)|*.dll;*.exe|All Files (*.*)|*.*";
   static constexpr const char* kListFileFilter = "Text Files (*.txt)|*.txt|All Files (*.*)|*.*";
-
-  TGACInstallFrame();
-  static std::string StaticClassName() { return "TGACInstallFrame"; }
-  std::string PageName() const override { return "GAC Install"; }
-
-  void ReadActionData(TWrenAction& action) override;
-  void WriteActionData(TWrenAction& action) override;
-  /// Stops at the first gap: the chosen assembly or list file, then the reference triple.
-  bool CheckPage(std::string& message) override;
-  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
-  void ListControls(TWrenPageControls& controls) override;
 
   /// The reference check box was clicked: the reference fields follow it.
   void SetReferenceCount(bool checked);
-  bool BrowseAssemblyPath() { return GetFile(edAssemblyPath, kAssemblyFilter); }
+  bool BrowseAssemblyPath() { return GetFile(edAssemblyPath, assemblyFilter_); }
   bool BrowseListFile() { return GetFile(edAssemblyListFile, kListFileFilter); }
 
   TRadioButtonModel rbAssemblyPath;
@@ -40,15 +29,45 @@ class TGACInstallFrame : public TDotNetToolBaseFrame {
   TEditModel edScheme;
   TEditModel edID;
   TEditModel edDescription;
+
+ protected:
+  explicit TGACAssemblyFrame(const char* assemblyFilter);
+
+  /// The edits, the force box and the reference; the radio buttons are the page's own.
+  void ReadAssembly(const TWrenGACAction& gac);
+  void WriteAssembly(TWrenGACAction& gac) const;
+  /// The path and list-file rows, the force box and the reference, in the order both pages show.
+  void ListAssemblyControls(TWrenPageControls& controls);
+  /// The first gap among the chosen path or list file, then the reference triple.
+  bool CheckAssembly(std::string& message) const;
+
+ private:
+  const char* assemblyFilter_;
+};
+
+/// The install page: one assembly or a list file, forced reinstall, and a traced reference.
+class TGACInstallFrame : public TGACAssemblyFrame {
+ public:
+  static constexpr const char* kAssemblyFilter =
+      "Assemblies (*.dll, *.exe)|*.dll;*.exe|All Files (*.*)|*.*";
+
+  TGACInstallFrame();
+  static std::string StaticClassName() { return "TGACInstallFrame"; }
+  std::string PageName() const override { return "GAC Install"; }
+
+  void ReadActionData(TWrenAction& action) override;
+  void WriteActionData(TWrenAction& action) override;
+  /// Stops at the first gap: the chosen assembly or list file, then the reference triple.
+  bool CheckPage(std::string& message) override { return CheckAssembly(message); }
+  std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
+  void ListControls(TWrenPageControls& controls) override;
 };
 
 /// The uninstall page: by display name, by file or by list file, forced removal, and the
 /// reference to remove.
-class TGACUninstallFrame : public TDotNetToolBaseFrame {
+class TGACUninstallFrame : public TGACAssemblyFrame {
  public:
-  static constexpr const char* kAssemblyFilter =
-      "Assembly Files (*.dll)|*.dll|All Files (*.*)|*.*";
-  static constexpr const char* kListFileFilter = "Text Files (*.txt)|*.txt|All Files (*.*)|*.*";
+  static constexpr const char* kAssemblyFilter = "Assembly Files (*.dll)|*.dll|All Files (*.*)|*.*";
 
   TGACUninstallFrame();
   static std::string StaticClassName() { return "TGACUninstallFrame"; }
@@ -60,21 +79,8 @@ class TGACUninstallFrame : public TDotNetToolBaseFrame {
   std::vector<TWrenPagePropertyInfo> PropertyInfo() const override;
   void ListControls(TWrenPageControls& controls) override;
 
-  void SetReferenceCount(bool checked);
-  bool BrowseAssemblyPath() { return GetFile(edAssemblyPath, kAssemblyFilter); }
-  bool BrowseListFile() { return GetFile(edAssemblyListFile, kListFileFilter); }
-
   TRadioButtonModel rbAssemblyName;
   TEditModel edAssemblyName;
-  TRadioButtonModel rbAssemblyPath;
-  TEditModel edAssemblyPath;
-  TRadioButtonModel rbAssemblyListFile;
-  TEditModel edAssemblyListFile;
-  TCheckBoxModel cbForce;
-  TCheckBoxModel cbReferenceCount;
-  TEditModel edScheme;
-  TEditModel edID;
-  TEditModel edDescription;
 };
 
 /// The download cache page: list it or delete it.

@@ -2,52 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
-
 #include "pages/WrenPageTesting.h"
 #include "sdktools/WrenDotNetGACAction.h"
 
 namespace wren {
 namespace {
-
-/// Records what a page asked the dialogs and answers with a chosen name (or a cancel).
-class TRecordingDialogs : public IWrenDesignApplicationServices {
- public:
-  TRecordingDialogs() { SetWrenDesignApplicationServices(this); }
-  ~TRecordingDialogs() override { SetWrenDesignApplicationServices(nullptr); }
-  std::string ExpandText(const std::string& text) override { return "expanded:" + text; }
-  bool BrowseForFile(const std::string& title_, const std::string& filter_,
-                     std::string& fileName) override {
-    title = title_;
-    filter = filter_;
-    proposed = fileName;
-    if (answer.empty()) return false;
-    fileName = answer;
-    return true;
-  }
-  bool BrowseForDirectory(const std::string&, std::string&) override { return false; }
-
-  std::string answer, title, filter, proposed;
-};
-
-template <class F>
-struct TCheckCase {
-  const char* name;
-  std::function<void(F&)> fill;
-  std::string message;  // "" when the page is complete
-};
-
-template <class F>
-void CheckPages(const std::vector<TCheckCase<F>>& cases) {
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    F page;
-    c.fill(page);
-    std::string message;
-    EXPECT_EQ(page.CheckPage(message), c.message.empty());
-    EXPECT_EQ(message, c.message);
-  }
-}
 
 const char kReferenceRequired[] =
     "Scheme, ID, and Description are all required for reference counting.";
@@ -60,7 +19,7 @@ void FillReference(TEditModel& scheme, TEditModel& id, TEditModel& description) 
 
 TEST(GACFrames, InstallPageCheckStopsAtTheFirstGap) {
   using F = TGACInstallFrame;
-  CheckPages<F>({
+  pagetest::ExpectChecks<F>({
       {"new page", [](F&) {}, "Assembly Path is required."},
       {"path given", [](F& p) { p.edAssemblyPath.text = "a.dll"; }, ""},
       {"list file chosen, none given",
@@ -87,14 +46,13 @@ TEST(GACFrames, InstallPageCheckStopsAtTheFirstGap) {
          FillReference(p.edScheme, p.edID, p.edDescription);
        },
        ""},
-      {"empty reference fields while unchecked", [](F& p) { p.edAssemblyPath.text = "a.dll"; },
-       ""},
+      {"empty reference fields while unchecked", [](F& p) { p.edAssemblyPath.text = "a.dll"; }, ""},
   });
 }
 
 TEST(GACFrames, UninstallPageCheckStopsAtTheFirstGap) {
   using F = TGACUninstallFrame;
-  CheckPages<F>({
+  pagetest::ExpectChecks<F>({
       {"new page", [](F&) {}, "Assembly Name is required."},
       {"by file, none given",
        [](F& p) {
@@ -170,10 +128,11 @@ TEST(GACFrames, UninstallPageRoundTrip) {
 }
 
 TEST(GACFrames, BrowsingUsesTheExpandedNameAndThePageFilter) {
-  TRecordingDialogs dialogs;
+  pagetest::TAnsweringDialogs dialogs;
+  dialogs.expandPrefix = "expanded:";
   TGACInstallFrame install;
   install.edAssemblyPath.text = "%BIN%/a.dll";
-  dialogs.answer = "/bin/Core.dll";
+  dialogs.file = "/bin/Core.dll";
   EXPECT_TRUE(install.BrowseAssemblyPath());
   EXPECT_EQ(install.edAssemblyPath.text, "/bin/Core.dll");
   EXPECT_EQ(dialogs.proposed, "expanded:%BIN%/a.dll");
@@ -182,83 +141,57 @@ TEST(GACFrames, BrowsingUsesTheExpandedNameAndThePageFilter) {
 
   TGACUninstallFrame uninstall;
   uninstall.edAssemblyListFile.text = "old.txt";
-  dialogs.answer = "";  // cancel
+  dialogs.file = "";  // cancel
   EXPECT_FALSE(uninstall.BrowseListFile());
   EXPECT_EQ(uninstall.edAssemblyListFile.text, "old.txt");
   EXPECT_EQ(dialogs.filter, "Text Files (*.txt)|*.txt|All Files (*.*)|*.*");
 }
 
 TEST(GACFrames, InstallPageControlsFollowTheReferenceBoxAndTheBrowseButtons) {
+  using namespace pagetest;
   TGACInstallFrame page;
-  auto state = [&page](const std::string& name) {
-    for (const TWrenPageControl& c : PageControls(page))
-      if (c.name == name) return c;
-    ADD_FAILURE() << "no control " << name;
-    return TWrenPageControl{};
-  };
-  std::vector<std::string> order;
-  for (const TWrenPageControl& c : PageControls(page)) order.push_back(c.name);
-  EXPECT_EQ(order, (std::vector<std::string>{
-                       "lblHeading", "pnlVersion", "lblVersion", "rbDefaultVersion",
-                       "rbUseVersion", "cbVersion", "rbAssemblyPath", "edAssemblyPath",
-                       "btnAssemblyPath", "rbAssemblyListFile", "edAssemblyListFile",
-                       "btnAssemblyListFile", "cbForce", "cbReferenceCount", "edScheme", "edID",
-                       "edDescription"}));
-  EXPECT_EQ(state("cbReferenceCount").caption, "Add reference count");
-  EXPECT_FALSE(state("edScheme").enabled);
+  EXPECT_EQ(Layout(page), WithVersionPanel({"rbAssemblyPath:radio", "edAssemblyPath:edit",
+                                            "btnAssemblyPath:button", "rbAssemblyListFile:radio",
+                                            "edAssemblyListFile:edit", "btnAssemblyListFile:button",
+                                            "cbForce:checkbox", "cbReferenceCount:checkbox",
+                                            "edScheme:edit", "edID:edit", "edDescription:edit"}));
+  EXPECT_EQ(Control(page, "cbReferenceCount").caption, "Add reference count");
+  EXPECT_FALSE(Control(page, "edScheme").enabled);
 
-  std::string error;
-  TWrenPageEvent click;
-  click.control = "cbReferenceCount";
-  click.kind = TWrenPageEventKind::Click;
-  click.checked = true;
-  ASSERT_TRUE(DispatchPageEvent(page, click, error)) << error;
-  EXPECT_TRUE(state("edScheme").enabled);
-  EXPECT_TRUE(state("edID").enabled);
-  EXPECT_TRUE(state("edDescription").enabled);
+  Click(page, "cbReferenceCount", true);
+  EXPECT_TRUE(Control(page, "edScheme").enabled);
+  EXPECT_TRUE(Control(page, "edID").enabled);
+  EXPECT_TRUE(Control(page, "edDescription").enabled);
 
-  TRecordingDialogs dialogs;
-  dialogs.answer = "/tmp/chosen.dll";
-  click.control = "btnAssemblyPath";
-  ASSERT_TRUE(DispatchPageEvent(page, click, error)) << error;
-  EXPECT_EQ(state("edAssemblyPath").text, "/tmp/chosen.dll");
+  TAnsweringDialogs dialogs;
+  dialogs.file = "/tmp/chosen.dll";
+  Click(page, "btnAssemblyPath");
+  EXPECT_EQ(Control(page, "edAssemblyPath").text, "/tmp/chosen.dll");
   EXPECT_EQ(dialogs.filter, TGACInstallFrame::kAssemblyFilter);
 
-  click.control = "rbAssemblyListFile";
-  ASSERT_TRUE(DispatchPageEvent(page, click, error)) << error;
-  EXPECT_FALSE(state("rbAssemblyPath").checked);
-  EXPECT_TRUE(state("rbAssemblyListFile").checked);
+  Click(page, "rbAssemblyListFile");
+  EXPECT_FALSE(Control(page, "rbAssemblyPath").checked);
+  EXPECT_TRUE(Control(page, "rbAssemblyListFile").checked);
 }
 
 TEST(GACFrames, UninstallAndCachePagesAreDrivenThroughTheirControls) {
   using namespace pagetest;
-  const std::vector<std::string> version = {"lblHeading:label", "pnlVersion:panel",
-                                            "lblVersion:label", "rbDefaultVersion:radio",
-                                            "rbUseVersion:radio", "cbVersion:combo"};
-  auto withVersion = [&version](std::vector<std::string> own) {
-    own.insert(own.begin(), version.begin(), version.end());
-    return own;
-  };
-
   TGACUninstallFrame page;
   EXPECT_EQ(Layout(page),
-            withVersion({"rbAssemblyName:radio", "edAssemblyName:edit", "rbAssemblyPath:radio",
-                         "edAssemblyPath:edit", "btnAssemblyPath:button",
-                         "rbAssemblyListFile:radio", "edAssemblyListFile:edit",
-                         "btnAssemblyListFile:button", "cbForce:checkbox",
-                         "cbReferenceCount:checkbox", "edScheme:edit", "edID:edit",
-                         "edDescription:edit"}));
+            WithVersionPanel(
+                {"rbAssemblyName:radio", "edAssemblyName:edit", "rbAssemblyPath:radio",
+                 "edAssemblyPath:edit", "btnAssemblyPath:button", "rbAssemblyListFile:radio",
+                 "edAssemblyListFile:edit", "btnAssemblyListFile:button", "cbForce:checkbox",
+                 "cbReferenceCount:checkbox", "edScheme:edit", "edID:edit", "edDescription:edit"}));
   EXPECT_EQ(Control(page, "lblHeading").caption, "Assembly to uninstall");
-  for (const auto& [name, caption] : std::vector<std::pair<std::string, std::string>>{
-           {"rbAssemblyName", "Assembly Name"},
-           {"rbAssemblyPath", "Assembly Path"},
-           {"rbAssemblyListFile", "Assembly ListFile"},
-           {"cbForce", "Force Un-install (removes all references to the assembly)"},
-           {"cbReferenceCount", "Uninstall reference to assembly"},
-           {"edScheme", "Scheme :"},
-           {"edID", "ID :"},
-           {"edDescription", "Description :"}})
-    EXPECT_EQ(Control(page, name).caption, caption) << name;
+  ExpectCaptions(page, {{"rbAssemblyName", "Assembly Name"},
+                        {"rbAssemblyPath", "Assembly Path"},
+                        {"rbAssemblyListFile", "Assembly ListFile"},
+                        {"cbForce", "Force Un-install (removes all references to the assembly)"},
+                        {"cbReferenceCount", "Uninstall reference to assembly"},
+                        {"edScheme", "Scheme :"},
+                        {"edID", "ID :"},
+                        {"edDescription", "Description :"}});
   EXPECT_TRUE(Control(page, "rbAssemblyName").checked);
 
   // The reference fields take nothing until the box is checked, and stop again when cleared.
@@ -295,7 +228,7 @@ TEST(GACFrames, UninstallAndCachePagesAreDrivenThroughTheirControls) {
   EXPECT_EQ(written.RefDescription, "My App");
 
   TGACListFrame cache;
-  EXPECT_EQ(Layout(cache), withVersion({"rbListCache:radio", "rbDeleteCache:radio"}));
+  EXPECT_EQ(Layout(cache), WithVersionPanel({"rbListCache:radio", "rbDeleteCache:radio"}));
   EXPECT_EQ(Control(cache, "rbListCache").caption,
             "Lists the contents of the downloaded files cache");
   EXPECT_EQ(Control(cache, "rbDeleteCache").caption, "Deletes the contents of the download cache");

@@ -14,41 +14,21 @@
 namespace wren {
 namespace {
 
-/// Answers the file and folder dialogs with fixed names and remembers what they were shown.
-class TAnsweringDialogs : public IWrenDesignApplicationServices {
- public:
-  TAnsweringDialogs() { SetWrenDesignApplicationServices(this); }
-  ~TAnsweringDialogs() override { SetWrenDesignApplicationServices(nullptr); }
-  std::string ExpandText(const std::string& text) override { return text; }
-  bool BrowseForFile(const std::string&, const std::string& filter_,
-                     std::string& fileName) override {
-    filter = filter_;
-    proposed = fileName;
-    fileName = "/keys/chosen.snk";
-    return true;
+/// The dialogs answering with fixed names, as the older tests of these pages expect.
+struct TAnsweringDialogs : pagetest::TAnsweringDialogs {
+  TAnsweringDialogs() {
+    file = "/keys/chosen.snk";
+    folder = "/work";
   }
-  bool BrowseForDirectory(const std::string& title_, std::string& directory) override {
-    title = title_;
-    proposed = directory;
-    directory = "/work";
-    return true;
-  }
-  std::string filter, title, proposed;
 };
 
 TEST(SNFrames, GenerateKeyPairPageWantsAnOutputFile) {
-  for (const char* blank : {"", "   "}) {
-    TSNGenerateKeyPairFrame page;
-    page.edOutputFile.text = blank;
-    std::string message;
-    EXPECT_FALSE(page.CheckPage(message)) << "'" << blank << "'";
-    EXPECT_EQ(message, "Output file cannot be blank");
-  }
-  TSNGenerateKeyPairFrame page;
-  page.edOutputFile.text = "key.snk";
-  std::string message;
-  EXPECT_TRUE(page.CheckPage(message));
-  EXPECT_EQ(message, "");
+  using F = TSNGenerateKeyPairFrame;
+  pagetest::ExpectChecks<F>({
+      {"empty", [](F& p) { p.edOutputFile.text = ""; }, "Output file cannot be blank"},
+      {"blanks", [](F& p) { p.edOutputFile.text = "   "; }, "Output file cannot be blank"},
+      {"named", [](F& p) { p.edOutputFile.text = "key.snk"; }, ""},
+  });
 }
 
 TEST(SNFrames, GenerateKeyPairBrowseProposesTheDefaultName) {
@@ -139,9 +119,9 @@ TEST(SNFrames, KeyPairVerifyAndInstallPagesAreDrivenThroughTheirControls) {
   EXPECT_EQ(generated.OutputFile, "/keys/new.snk");
 
   TSNVerifySNFrame verify;
-  EXPECT_EQ(pt::Layout(verify), pt::WithVersionPanel({"edAssembly:edit", "btnAssembly:button",
-                                                      "cbForce:checkbox",
-                                                      "cbFailIfValid:checkbox"}));
+  EXPECT_EQ(pt::Layout(verify),
+            pt::WithVersionPanel({"edAssembly:edit", "btnAssembly:button", "cbForce:checkbox",
+                                  "cbFailIfValid:checkbox"}));
   pt::ExpectCaptions(verify, {{"edAssembly", "Assembly"},
                               {"cbForce", "Force"},
                               {"cbFailIfValid", "Fail if valid Strong Name"}});
@@ -156,8 +136,8 @@ TEST(SNFrames, KeyPairVerifyAndInstallPagesAreDrivenThroughTheirControls) {
   EXPECT_FALSE(verified.Force);
 
   TSNInstallKeyPairFrame install;
-  EXPECT_EQ(pt::Layout(install), pt::WithVersionPanel({"edKeyFile:edit", "btnKeyFile:button",
-                                                       "edContainer:edit"}));
+  EXPECT_EQ(pt::Layout(install),
+            pt::WithVersionPanel({"edKeyFile:edit", "btnKeyFile:button", "edContainer:edit"}));
   pt::ExpectCaptions(install, {{"edKeyFile", "Key File:"}, {"edContainer", "Container:"}});
   dialogs.file = "/keys/pair.snk";
   pt::Click(install, "btnKeyFile");
@@ -176,9 +156,8 @@ TEST(SNFrames, ExtractAndResignPagesEnableOnlyTheChosenSource) {
                 {"lblInput:label", "rbFromAssembly:radio", "edFromAssembly:edit",
                  "btnFromAssembly:button", "rbFromKeyFile:radio", "edFromKeyFile:edit",
                  "btnFromKeyFile:button", "rbFromContainer:radio", "edFromContainer:edit",
-                 "lblOutput:label", "rbToKeyFile:radio", "edToKeyFile:edit",
-                 "btnToKeyFile:button", "rbToCSV:radio", "edToCSV:edit", "btnToCSV:button",
-                 "rbToClipboard:radio"}));
+                 "lblOutput:label", "rbToKeyFile:radio", "edToKeyFile:edit", "btnToKeyFile:button",
+                 "rbToCSV:radio", "edToCSV:edit", "btnToCSV:button", "rbToClipboard:radio"}));
   pt::ExpectCaptions(extract, {{"lblInput", "Input File"},
                                {"rbFromAssembly", "Extract the public key from an assembly"},
                                {"rbFromKeyFile", "Extract the public key from a key file"},

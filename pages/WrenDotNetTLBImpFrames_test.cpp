@@ -45,13 +45,10 @@ TEST(TLBImportFrames, AllFourPagesAreDrivenThroughTheirControls) {
             (std::vector<std::string>{"mmReferences:memo", "cbStrictRef:checkbox"}));
   pt::ExpectCaptions(references, {{"mmReferences", "References"},
                                   {"cbStrictRef", "Only use assemblies specified here"}});
-  TWrenPageEvent lines;
-  lines.control = "mmReferences";
-  lines.lines = {"/ref/Office.dll", "/ref/stdole.dll"};
-  pt::Send(references, lines);
+  pt::SetLines(references, "mmReferences", {"/ref/Office.dll", "/ref/stdole.dll"});
   pt::Click(references, "cbStrictRef", true);
   references.WriteActionData(action);
-  EXPECT_EQ(action.References, lines.lines);
+  EXPECT_EQ(action.References, (TStrings{"/ref/Office.dll", "/ref/stdole.dll"}));
   EXPECT_TRUE(action.StrictRef);
 
   TTLBImportSNFrame signing;

@@ -11,13 +11,6 @@ namespace {
 using namespace pagetest;
 using TLayout = std::vector<std::string>;
 
-void SetLines(TFrame& page, const std::string& control, const TStrings& lines) {
-  TWrenPageEvent e;
-  e.control = control;
-  e.lines = lines;
-  Send(page, e);
-}
-
 TEST(FxCopPages, ControlsInTabOrderAndTheirReactionsReachTheAction) {
   TAnsweringDialogs dialogs;
   TWrenFxCopAction action;

@@ -41,10 +41,7 @@ TEST(MSBuildFrame, GroupsComeFirstAndTheVersionPanelLast) {
   pt::TAnsweringDialogs dialogs;
   dialogs.file = "/src/All.proj";
   pt::Click(page, "btnBuildFile");
-  TWrenPageEvent rows;
-  rows.control = "Properties";
-  rows.rows = {{"Configuration", "Debug"}, {"Platform", "x86"}};
-  pt::Send(page, rows);
+  pt::SetRows(page, "Properties", {{"Configuration", "Debug"}, {"Platform", "x86"}});
   pt::Type(page, "Targets", "Clean;Build");
   pt::Pick(page, "LogLevel", 3);
   pt::Click(page, "Restricted", true);

@@ -36,10 +36,7 @@ TEST(NAntFrames, PageAndOptionsPageAreDrivenThroughTheirControls) {
   dialogs.file = "/src/default.build";
   pt::Click(page, "btnBuildFile");
   EXPECT_EQ(dialogs.filter, TNAntFrame::kBuildFilter);
-  TWrenPageEvent rows;
-  rows.control = "Properties";
-  rows.rows = {{"config", "Release"}, {" ", "dropped"}};
-  pt::Send(page, rows);
+  pt::SetRows(page, "Properties", {{"config", "Release"}, {" ", "dropped"}});
   pt::Pick(page, "cbLogLevel", 2);
   pt::Pick(page, "cbIndentLevel", 3);  // "2", after "Default", "0" and "1"
   TNAntAction action;

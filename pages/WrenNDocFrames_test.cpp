@@ -26,10 +26,7 @@ TEST(NDocPages, ControlsFollowTheSourceChoiceAndTakeATypedDocumenter) {
   EXPECT_TRUE(Refused(main, "btnProjectFile", TWrenPageEventKind::Click));
 
   main.ReadActionData(action);
-  TWrenPageEvent assemblies;
-  assemblies.control = "mmAssemblies";
-  assemblies.lines = {"a.dll,a.xml"};
-  Send(main, assemblies);
+  SetLines(main, "mmAssemblies", {"a.dll,a.xml"});
   dialogs.file = "/doc/ns.xml";
   Click(main, "btnNamespaceSummaries");
   EXPECT_EQ(dialogs.filter, TNDOCFrame::kSummariesFilter);

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -20,7 +21,7 @@ class TAnsweringDialogs : public IWrenDesignApplicationServices {
   TAnsweringDialogs(const TAnsweringDialogs&) = delete;
   TAnsweringDialogs& operator=(const TAnsweringDialogs&) = delete;
 
-  std::string ExpandText(const std::string& text) override { return text; }
+  std::string ExpandText(const std::string& text) override { return expandPrefix + text; }
   bool BrowseForFile(const std::string& title_, const std::string& filter_,
                      std::string& fileName) override {
     title = title_;
@@ -48,12 +49,34 @@ class TAnsweringDialogs : public IWrenDesignApplicationServices {
     return true;
   }
 
+  std::string expandPrefix;  // marks expanded texts, so a test sees a page expanded one
   std::string file, folder;  // answers
   int choice = -1;
   std::string title, filter, proposed, caption;  // what was asked
   std::vector<std::string> items;
   int offered = -2;
 };
+
+/// A page brought into some state by fill, and what its check says ("" when it is complete).
+template <class Page>
+struct TCheckCase {
+  const char* name;
+  std::function<void(Page&)> fill;
+  std::string message;
+};
+
+/// Each case on a new page: CheckPage answers and explains as the case says.
+template <class Page>
+void ExpectChecks(const std::vector<TCheckCase<Page>>& cases) {
+  for (const TCheckCase<Page>& c : cases) {
+    SCOPED_TRACE(c.name);
+    Page page;
+    c.fill(page);
+    std::string message;
+    EXPECT_EQ(page.CheckPage(message), c.message.empty());
+    EXPECT_EQ(message, c.message);
+  }
+}
 
 /// "name:kind" of every control in tab order: one list shows order and kinds at a glance.
 template <class Page>
@@ -66,9 +89,9 @@ std::vector<std::string> Layout(Page& page) {
 
 /// The layout of the .NET tool pages: their heading and version panel, then their own controls.
 inline std::vector<std::string> WithVersionPanel(std::vector<std::string> own) {
-  const std::vector<std::string> version = {"lblHeading:label",      "pnlVersion:panel",
-                                            "lblVersion:label",      "rbDefaultVersion:radio",
-                                            "rbUseVersion:radio",    "cbVersion:combo"};
+  const std::vector<std::string> version = {"lblHeading:label",   "pnlVersion:panel",
+                                            "lblVersion:label",   "rbDefaultVersion:radio",
+                                            "rbUseVersion:radio", "cbVersion:combo"};
   own.insert(own.begin(), version.begin(), version.end());
   return own;
 }
@@ -83,8 +106,7 @@ TWrenPageControl Control(Page& page, const std::string& name) {
 
 /// Each named control shows the caption given.
 template <class Page>
-void ExpectCaptions(Page& page,
-                    const std::vector<std::pair<std::string, std::string>>& captions) {
+void ExpectCaptions(Page& page, const std::vector<std::pair<std::string, std::string>>& captions) {
   for (const auto& [name, caption] : captions)
     EXPECT_EQ(Control(page, name).caption, caption) << name;
 }
@@ -117,6 +139,25 @@ void Pick(Page& page, const std::string& control, int itemIndex) {
   TWrenPageEvent e;
   e.control = control;
   e.itemIndex = itemIndex;
+  Send(page, e);
+}
+
+/// Replaces a memo's lines, as one edit of the whole text does.
+template <class Page>
+void SetLines(Page& page, const std::string& control, const std::vector<std::string>& lines) {
+  TWrenPageEvent e;
+  e.control = control;
+  e.lines = lines;
+  Send(page, e);
+}
+
+/// Replaces a grid's rows, as one edit of the whole grid does.
+template <class Page>
+void SetRows(Page& page, const std::string& control,
+             const std::vector<std::vector<std::string>>& rows) {
+  TWrenPageEvent e;
+  e.control = control;
+  e.rows = rows;
   Send(page, e);
 }
 

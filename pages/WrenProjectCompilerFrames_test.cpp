@@ -10,21 +10,6 @@
 namespace wren {
 namespace {
 
-/// Answers the file dialog with a chosen name and keeps the filter it was asked with.
-class TFileDialog : public IWrenDesignApplicationServices {
- public:
-  TFileDialog() { SetWrenDesignApplicationServices(this); }
-  ~TFileDialog() override { SetWrenDesignApplicationServices(nullptr); }
-  std::string ExpandText(const std::string& text) override { return text; }
-  bool BrowseForFile(const std::string&, const std::string& filter_, std::string& name) override {
-    filter = filter_;
-    name = "/src/App.vbproj";
-    return true;
-  }
-  bool BrowseForDirectory(const std::string&, std::string&) override { return false; }
-  std::string filter;
-};
-
 TEST(ProjectCompilerPages, EditThePublishedPropertiesOfEveryProjectAction) {
   TWrenVBProjCompilerAction vb;
   vb.ProjectFile = "%ProjectDir%/Hello.vbproj";
@@ -39,7 +24,8 @@ TEST(ProjectCompilerPages, EditThePublishedPropertiesOfEveryProjectAction) {
   EXPECT_TRUE(page.cbCopyConfigFiles.checked);
   EXPECT_FALSE(page.cbNoLogo.checked);
 
-  TFileDialog dialog;
+  pagetest::TAnsweringDialogs dialog;
+  dialog.file = "/src/App.vbproj";
   ASSERT_TRUE(page.BrowseProjectFile());
   EXPECT_EQ(dialog.filter, "VB.NET Projects (*.vbproj;*.vbdproj)|*.vbproj;*.vbdproj");
   page.cbNoLogo.checked = true;

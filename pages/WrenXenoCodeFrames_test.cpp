@@ -20,10 +20,7 @@ TEST(XenoCodePage, ControlsInTabOrderAndTheProjectBrowseButton) {
   dialogs.file = "/src/app.postbuild";
   Click(page, "btnProjectFile");
   EXPECT_EQ(dialogs.filter, TXenoCodeFrame::kProjectFilter);
-  TWrenPageEvent switches;
-  switches.control = "mmExtraSwitches";
-  switches.lines = {"-q", "-x"};
-  Send(page, switches);
+  SetLines(page, "mmExtraSwitches", {"-q", "-x"});
   page.WriteActionData(action);
   EXPECT_EQ(action.ProjectFile, "/src/app.postbuild");
   EXPECT_EQ(action.ExtraSwitches, (TStrings{"-q", "-x"}));

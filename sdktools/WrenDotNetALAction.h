@@ -4,6 +4,7 @@
 #include <string>
 
 #include "dotnet/WrenDotNetAction.h"
+#include "sdktools/WrenDotNetFreeCommandLine.h"
 
 namespace wren {
 
@@ -26,25 +27,16 @@ class TALBaseAction : public TWrenDotNetAction {
 };
 
 /// Runs al with the user's whole options text in the user's working folder.
-class TALGenericAL : public TALBaseAction {
+class TALGenericAL : public TFreeCommandLineAction<TALBaseAction> {
  public:
+  TALGenericAL() : TFreeCommandLineAction("Working folder") {}
+
   static std::string StaticClassName() { return "TALGenericAL"; }
   static std::string GetActionName() { return "Run AL.EXE"; }
   std::string ClassName() const override { return StaticClassName(); }
   std::string DisplayName() const override { return GetActionName(); }
   int GetHelpTopicID() const override { return 2750; }
   std::string GetQuickHelpFilename() const override { return "Plugins\\DotNetAL.html"; }
-
-  bool GetCommandLine(ICommandLineBuilder& builder) override;
-  bool Validate(IWrenActionValidationError& errors) override;
-  /// The expanded StartDir; "" (with a warning in the log) when it expands to nothing.
-  std::string GetStartingDir(const std::string& fileName) override;
-
-  static const TPropertyTable& ClassProperties();
-  const TPropertyTable& GetPublishedProperties() const override { return ClassProperties(); }
-
-  std::string Options;
-  std::string StartDir;
 };
 
 }  // namespace wren

@@ -1,7 +1,5 @@
 #include "sdktools/WrenDotNetASPdotNETIISRegAction.h"
 
-#include "sdktools/WrenDotNetFreeCommandLine.h"
-
 namespace wren {
 
 namespace {
@@ -14,31 +12,10 @@ int Pos(const std::string& needle, const std::string& text) {
 
 }  // namespace
 
-const TPropertyTable& TASPIISRegGeneric::ClassProperties() {
-  static const TPropertyTable table =
-      ChainProperties(TASPIISRegBaseAction::ClassProperties(),
-                      {StringProperty("Options", &TASPIISRegGeneric::Options),
-                       StringProperty("StartDir", &TASPIISRegGeneric::StartDir)});
-  return table;
-}
-
 bool TASPIISRegGeneric::GetCommandLine(ICommandLineBuilder& builder) {
-  if (!AddFreeCommandLine(*this, Options, builder)) return false;
+  if (!TFreeCommandLineAction::GetCommandLine(builder)) return false;
   runResult_ = true;
   return true;
-}
-
-bool TASPIISRegGeneric::Validate(IWrenActionValidationError& errors) {
-  if (StartDir.empty()) {
-    errors.AddError("Working folder", "Working folder has not been set");
-    return false;
-  }
-  return true;
-}
-
-std::string TASPIISRegGeneric::GetStartingDir(const std::string& fileName) {
-  (void)fileName;
-  return FreeStartingDir(*this, StartDir);
 }
 
 void TASPIISRegGeneric::OnStdOutData(const std::string& text) {

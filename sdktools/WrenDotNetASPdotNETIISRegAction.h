@@ -5,6 +5,7 @@
 #include <string>
 
 #include "dotnet/WrenDotNetAction.h"
+#include "sdktools/WrenDotNetFreeCommandLine.h"
 
 namespace wren {
 
@@ -29,8 +30,10 @@ class TASPIISRegBaseAction : public TWrenDotNetAction {
 
 /// Runs the tool with the user's options in the user's working folder, and judges the run by its
 /// output as well as its exit code: any line on standard output or error fails the step.
-class TASPIISRegGeneric : public TASPIISRegBaseAction {
+class TASPIISRegGeneric : public TFreeCommandLineAction<TASPIISRegBaseAction> {
  public:
+  TASPIISRegGeneric() : TFreeCommandLineAction("Working folder") {}
+
   static std::string StaticClassName() { return "TASPIISRegGeneric"; }
   static std::string GetActionName() { return "ASP.Net IIS Registration"; }
   std::string ClassName() const override { return StaticClassName(); }
@@ -39,18 +42,10 @@ class TASPIISRegGeneric : public TASPIISRegBaseAction {
   std::string GetQuickHelpFilename() const override { return "Plugins\\DotNetASPIISReg.html"; }
 
   bool GetCommandLine(ICommandLineBuilder& builder) override;
-  bool Validate(IWrenActionValidationError& errors) override;
-  std::string GetStartingDir(const std::string& fileName) override;
   void OnStdOutData(const std::string& text) override;
   void OnStdErrData(const std::string& text) override;
   /// Success only with exit code 0 and no output line since the command line was built.
   bool InterpretResult(int32_t exitCode) override;
-
-  static const TPropertyTable& ClassProperties();
-  const TPropertyTable& GetPublishedProperties() const override { return ClassProperties(); }
-
-  std::string Options;
-  std::string StartDir;
 
  private:
   bool runResult_ = false;

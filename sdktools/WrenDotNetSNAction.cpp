@@ -1,7 +1,5 @@
 #include "sdktools/WrenDotNetSNAction.h"
 
-#include "sdktools/WrenDotNetFreeCommandLine.h"
-
 namespace wren {
 
 namespace {
@@ -102,7 +100,8 @@ bool TSNInstallKeyPair::GetCommandLine(ICommandLineBuilder& builder) {
   return true;
 }
 
-// The container is left to the expansion at run time on purpose; only the key file is required here.
+// The container is left to the expansion at run time on purpose; only the key file is required
+// here.
 bool TSNInstallKeyPair::Validate(IWrenActionValidationError& errors) {
   if (KeyFile.empty()) {
     errors.AddError("Key file", "Key filename has not been set");
@@ -123,8 +122,7 @@ const TPropertyTable& TSNExtractPublicKey::ClassProperties() {
        StringProperty("ToCSV", &TSNExtractPublicKey::ToCSV),
        EnumProperty("ExtractFromType", &TSNExtractPublicKey::ExtractFromType,
                     SNExtractFromTypeNames()),
-       EnumProperty("ExtractToType", &TSNExtractPublicKey::ExtractToType,
-                    SNExtractToTypeNames())});
+       EnumProperty("ExtractToType", &TSNExtractPublicKey::ExtractToType, SNExtractToTypeNames())});
   return table;
 }
 
@@ -243,31 +241,5 @@ bool TSNResignAssembly::Validate(IWrenActionValidationError& errors) {
 }
 
 // --- Run SN.EXE ---
-
-const TPropertyTable& TSNGenericSN::ClassProperties() {
-  static const TPropertyTable table =
-      ChainProperties(TSNBaseAction::ClassProperties(),
-                      {StringProperty("Options", &TSNGenericSN::Options),
-                       StringProperty("StartDir", &TSNGenericSN::StartDir)});
-  return table;
-}
-
-bool TSNGenericSN::GetCommandLine(ICommandLineBuilder& builder) {
-  return AddFreeCommandLine(*this, Options, builder);
-}
-
-// Options may be empty (sn then prints its usage); the folder is what a user forgets.
-bool TSNGenericSN::Validate(IWrenActionValidationError& errors) {
-  if (StartDir.empty()) {
-    errors.AddError("Starting directory", "Starting directory has not been set");
-    return false;
-  }
-  return true;
-}
-
-std::string TSNGenericSN::GetStartingDir(const std::string& fileName) {
-  (void)fileName;
-  return FreeStartingDir(*this, StartDir);
-}
 
 }  // namespace wren

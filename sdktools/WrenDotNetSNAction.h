@@ -6,6 +6,7 @@
 #include <string>
 
 #include "dotnet/WrenDotNetAction.h"
+#include "sdktools/WrenDotNetFreeCommandLine.h"
 
 namespace wren {
 
@@ -65,9 +66,7 @@ class TSNVerifyAssembly : public TSNBaseAction {
   std::string ClassName() const override { return StaticClassName(); }
   std::string DisplayName() const override { return GetActionName(); }
   int GetHelpTopicID() const override { return 2670; }
-  std::string GetQuickHelpFilename() const override {
-    return "Plugins\\DotNetVerifyAssembly.html";
-  }
+  std::string GetQuickHelpFilename() const override { return "Plugins\\DotNetVerifyAssembly.html"; }
 
   bool GetCommandLine(ICommandLineBuilder& builder) override;
   bool Validate(IWrenActionValidationError& errors) override;
@@ -89,9 +88,7 @@ class TSNInstallKeyPair : public TSNBaseAction {
   std::string ClassName() const override { return StaticClassName(); }
   std::string DisplayName() const override { return GetActionName(); }
   int GetHelpTopicID() const override { return 2680; }
-  std::string GetQuickHelpFilename() const override {
-    return "Plugins\\DotNetInstallKeyPair.html";
-  }
+  std::string GetQuickHelpFilename() const override { return "Plugins\\DotNetInstallKeyPair.html"; }
 
   bool GetCommandLine(ICommandLineBuilder& builder) override;
   bool Validate(IWrenActionValidationError& errors) override;
@@ -141,9 +138,7 @@ class TSNResignAssembly : public TSNBaseAction {
   std::string ClassName() const override { return StaticClassName(); }
   std::string DisplayName() const override { return GetActionName(); }
   int GetHelpTopicID() const override { return 2700; }
-  std::string GetQuickHelpFilename() const override {
-    return "Plugins\\DotNetResignAssembly.html";
-  }
+  std::string GetQuickHelpFilename() const override { return "Plugins\\DotNetResignAssembly.html"; }
 
   bool GetCommandLine(ICommandLineBuilder& builder) override;
   bool Validate(IWrenActionValidationError& errors) override;
@@ -158,25 +153,16 @@ class TSNResignAssembly : public TSNBaseAction {
 };
 
 /// Runs sn with a command line the user writes, in a working folder the user names.
-class TSNGenericSN : public TSNBaseAction {
+class TSNGenericSN : public TFreeCommandLineAction<TSNBaseAction> {
  public:
+  TSNGenericSN() : TFreeCommandLineAction("Starting directory") {}
+
   static std::string StaticClassName() { return "TSNGenericSN"; }
   static std::string GetActionName() { return "Run SN.EXE"; }
   std::string ClassName() const override { return StaticClassName(); }
   std::string DisplayName() const override { return GetActionName(); }
   int GetHelpTopicID() const override { return 2740; }
   std::string GetQuickHelpFilename() const override { return "Plugins\\DotNetRunSN.html"; }
-
-  bool GetCommandLine(ICommandLineBuilder& builder) override;
-  bool Validate(IWrenActionValidationError& errors) override;
-  /// The expanded StartDir; "" (with a warning in the log) when it expands to nothing.
-  std::string GetStartingDir(const std::string& fileName) override;
-
-  static const TPropertyTable& ClassProperties();
-  const TPropertyTable& GetPublishedProperties() const override { return ClassProperties(); }
-
-  std::string Options;
-  std::string StartDir;
 };
 
 }  // namespace wren

@@ -1,8 +1,11 @@
-// What the five outside-tool actions share: stored projects come back as they were written.
+// What the five outside-tool actions share: their names, and stored projects come back as they
+// were written.
 #include <gtest/gtest.h>
 
 #include <memory>
 #include <string>
+#include <tuple>
+#include <vector>
 
 #include "runtime/WrenProject.h"
 #include "tools/WrenDemeanorAction.h"
@@ -21,6 +24,23 @@ std::unique_ptr<TCustomWrenAction> Create(const std::string& className) {
   if (className == "TWrenDemeanorAction") return std::make_unique<TWrenDemeanorAction>();
   if (className == "TWrenXenoCodeAction") return std::make_unique<TWrenXenoCodeAction>();
   return nullptr;
+}
+
+TEST(OutsideToolActions, NamesAndHelpFiles) {
+  const std::vector<std::tuple<const char*, const char*, const char*>> cases = {
+      {"TWrenNDocAction", "NDoc", "Plugins\\NDoc.html"},
+      {"TWrenFxCopAction", "FxCop", "Plugins\\FxCop.html"},
+      {"TWrenDotfuscatorAction", "Dotfuscator", "Plugins\\Dotfuscator.html"},
+      {"TWrenDemeanorAction", "Demeanor", "Plugins\\Demeanor.html"},
+      {"TWrenXenoCodeAction", "XenoCode", "Plugins\\XenoCode.html"},
+  };
+  for (const auto& [className, displayName, helpFile] : cases) {
+    const std::unique_ptr<TCustomWrenAction> action = Create(className);
+    ASSERT_NE(action, nullptr) << className;
+    EXPECT_EQ(action->ClassName(), className);
+    EXPECT_EQ(action->DisplayName(), displayName);
+    EXPECT_EQ(action->GetQuickHelpFilename(), helpFile);
+  }
 }
 
 TEST(OutsideToolActions, StoredProjectsComeBackUnchanged) {

@@ -10,9 +10,53 @@
 #include <vector>
 
 #include "ToolsTestKit_test.h"
+#include "WrenPluginAPI.h"
 #include "tools/WrenToolOptions.h"
 
 namespace wren::test {
+
+/// Field and message pairs, in the order Validate reports them.
+using TReports = std::vector<std::pair<std::string, std::string>>;
+
+/// A run that starts the tool: the arguments it receives and the folder it starts in.
+struct TCommandLineCase {
+  const char* name;
+  TSettings settings;
+  std::vector<std::string> args;
+  std::string dir;
+};
+/// A run that ends before the tool starts, with what it logs.
+struct TNeverStartsCase {
+  const char* name;
+  TSettings settings;
+  std::string message;
+};
+/// What Validate reports with the tool's location set to location.
+struct TToolValidationCase {
+  std::string location;
+  TSettings settings;
+  TReports reports;
+};
+/// How the step judges the tool's exit code, and what it logs (empty: nothing asked).
+struct TExitCodeCase {
+  int code;
+  bool success;
+  std::string message;
+};
+
+/// Reads the settings into each page and writes every page back into a fresh action: each
+/// published property must come back as it was.
+template <class A>
+void ExpectPagesRoundTrip(const TSettings& settings, const std::vector<TFrame*>& pages) {
+  A action, copy;
+  ApplyProperties(action, settings);
+  for (TFrame* page : pages) {
+    page->ReadActionData(action);
+    page->WriteActionData(copy);
+  }
+  for (const TPublishedProperty& p : A::ClassProperties())
+    EXPECT_TRUE(p.get(action) == p.get(copy)) << p.name;
+}
 
 /// The recorder installed at toolPath (under the temporary folder) as the tool of options O.
 template <class O>
@@ -42,6 +86,64 @@ class TOutsideToolTest : public ::testing::Test {
   TToolRun Run(A& action, const TSettings& settings) {
     ApplyProperties(action, settings);
     return RunAction(action, tool_, {{"WORK", work_}, {"CONFIG", "Release"}});
+  }
+
+  /// Each case runs a fresh action A; what the tool received must be the case's, and no line
+  /// may hold neverLogged (when given).
+  template <class A>
+  void ExpectCommandLines(const std::vector<TCommandLineCase>& cases,
+                          const std::string& neverLogged = "") {
+    for (const TCommandLineCase& c : cases) {
+      SCOPED_TRACE(c.name);
+      A action;
+      const TToolRun run = Run(action, c.settings);
+      EXPECT_TRUE(run.success) << testing::PrintToString(run.log);
+      EXPECT_EQ(run.Args(), c.args);
+      EXPECT_TRUE(RanIn(run, c.dir)) << run.call.dump();
+      EXPECT_FALSE(!neverLogged.empty() && run.Logged(neverLogged)) << neverLogged;
+    }
+  }
+
+  /// Each case must fail without starting the tool, and log its message.
+  template <class A>
+  void ExpectNeverStarts(const std::vector<TNeverStartsCase>& cases) {
+    for (const TNeverStartsCase& c : cases) {
+      SCOPED_TRACE(c.name);
+      A action;
+      const TToolRun run = Run(action, c.settings);
+      EXPECT_FALSE(run.success);
+      EXPECT_TRUE(run.call.is_null()) << "the tool must not start";
+      EXPECT_TRUE(run.Logged(c.message)) << testing::PrintToString(run.log);
+    }
+  }
+
+  /// Each case makes the recorder exit with its code (printing a line) under the settings.
+  template <class A>
+  void ExpectExitCodes(const TSettings& settings, const std::vector<TExitCodeCase>& cases) {
+    for (const TExitCodeCase& c : cases) {
+      SCOPED_TRACE(c.code);
+      RecorderExits(c.code, "the tool says hello");
+      A action;
+      const TToolRun run = Run(action, settings);
+      ASSERT_FALSE(run.call.is_null());
+      EXPECT_EQ(run.success, c.success);
+      if (!c.message.empty()) {
+        EXPECT_TRUE(run.Logged(c.message)) << testing::PrintToString(run.log);
+      }
+    }
+  }
+
+  /// Validate on a fresh action under each case's location; the location stays set after.
+  template <class A>
+  void ExpectValidation(const std::vector<TToolValidationCase>& cases) {
+    for (const TToolValidationCase& c : cases) {
+      options_->SetLocation(c.location);
+      A action;
+      ApplyProperties(action, c.settings);
+      TReportCollector errors;
+      EXPECT_EQ(action.Validate(errors), c.reports.empty()) << c.location;
+      EXPECT_EQ(errors.reports, c.reports) << c.location;
+    }
   }
 
   /// The judgement of an exit code, with what the action logged meanwhile.

@@ -73,6 +73,16 @@ inline TToolRun RunAction(TCustomWrenAction& action, const std::string& toolPath
   return run;
 }
 
+/// The value stored under key and name once the modified options are saved to optionsFile and
+/// read back into a store of its own; what went wrong instead when saving or reading fails.
+inline std::string SavedOption(const std::string& optionsFile, const std::string& key,
+                               const std::string& name) {
+  std::string error;
+  TWrenOptionsStore reread;
+  if (!SaveModifiedOptions(error) || !reread.Load(optionsFile, error)) return "not saved: " + error;
+  return reread.Get(key, name, "?");
+}
+
 /// Options registered for one test against an options file in a temporary folder; the
 /// registrations and the store are emptied again at the end.
 class TOptionsScope {

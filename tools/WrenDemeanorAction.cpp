@@ -1,26 +1,13 @@
 #include "tools/WrenDemeanorAction.h"
 
 #include "WrenUtils.h"
-#include "tools/WrenDemeanorOptions.h"
-#include "tools/WrenToolActionSupport.h"
 
 namespace wren {
 
-namespace {
-
-std::string DemeanorLocation() {
-  const std::shared_ptr<IWrenToolOptions> options = DemeanorOptions();
-  return options ? options->GetLocation() : "";
-}
-
-}  // namespace
-
-TWrenDemeanorAction::TWrenDemeanorAction() { UseStartingDir = true; }
-
 std::string TWrenDemeanorAction::GetNotes() const {
   return "Obfuscates an assembly with Demeanor.exe. Its command line is not "
-                       "publicly documented: only the input assembly and /out: are properties; "
-                       "other switches go in ExtraSwitches as written";
+         "publicly documented: only the input assembly and /out: are properties; "
+         "other switches go in ExtraSwitches as written";
 }
 
 const TPropertyTable& TWrenDemeanorAction::ClassProperties() {
@@ -32,8 +19,6 @@ const TPropertyTable& TWrenDemeanorAction::ClassProperties() {
                        StringListProperty("ExtraSwitches", &A::ExtraSwitches)});
   return table;
 }
-
-std::string TWrenDemeanorAction::GetExecutable() { return DemeanorLocation(); }
 
 bool TWrenDemeanorAction::GetCommandLine(ICommandLineBuilder& builder) {
   std::string output, input;
@@ -51,14 +36,8 @@ std::string TWrenDemeanorAction::GetStartingDir(const std::string& fileName) {
   return FirstPathDir(*this, {InputAssembly}, fileName);
 }
 
-bool TWrenDemeanorAction::InterpretResult(int32_t exitCode) {
-  if (exitCode == 0) return true;
-  SendMessage("Demeanor failed with exit code " + std::to_string(exitCode));
-  return false;
-}
-
 bool TWrenDemeanorAction::Validate(IWrenActionValidationError& errors) {
-  bool ok = ValidateToolLocation(errors, DemeanorLocation(), "Demeanor.exe", "Demeanor Options");
+  bool ok = ValidateLocation(errors);
   if (Trim(InputAssembly).empty()) {
     errors.AddError("Input Assembly", "Input assembly has not been set");
     ok = false;

@@ -4,7 +4,8 @@
 #include <cstdint>
 #include <string>
 
-#include "WrenExecuteAction.h"
+#include "tools/WrenDemeanorOptions.h"
+#include "tools/WrenToolActionSupport.h"
 
 namespace wren {
 
@@ -13,25 +14,19 @@ namespace wren {
 /// input assembly, last on the line, and /out: for the output folder — and passes every other
 /// switch as the user writes it (/name or /name:value), between the two.
 /// The step starts in the input's folder. Exit codes are not published: any but 0 fails.
-class TWrenDemeanorAction : public TWrenExecuteAbstractAction {
+class TWrenDemeanorAction
+    : public TWrenOutsideToolAction<TWrenDemeanorAction, TWrenDemeanorOptions> {
  public:
-  TWrenDemeanorAction();
-
   static std::string StaticClassName() { return "TWrenDemeanorAction"; }
   static std::string GetActionName() { return "Demeanor"; }
-  std::string ClassName() const override { return StaticClassName(); }
-  std::string DisplayName() const override { return GetActionName(); }
-  std::string GetQuickHelpFilename() const override { return "Plugins\\Demeanor.html"; }
+  static constexpr const char* kProgram = "Demeanor.exe";
   std::string GetNotes() const override;
 
-  std::string GetExecutable() override;
   bool GetCommandLine(ICommandLineBuilder& builder) override;
   std::string GetStartingDir(const std::string& fileName) override;
-  bool InterpretResult(int32_t exitCode) override;
   bool Validate(IWrenActionValidationError& errors) override;
 
   static const TPropertyTable& ClassProperties();
-  const TPropertyTable& GetPublishedProperties() const override { return ClassProperties(); }
 
   // The PE page.
   std::string InputAssembly;

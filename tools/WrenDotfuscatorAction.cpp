@@ -2,30 +2,14 @@
 
 #include "WrenFiles.h"
 #include "WrenUtils.h"
-#include "tools/WrenDotfuscatorOptions.h"
-#include "tools/WrenToolActionSupport.h"
 
 namespace wren {
-
-namespace {
-
-std::string DotfuscatorLocation() {
-  const std::shared_ptr<IWrenToolOptions> options = DotfuscatorOptions();
-  return options ? options->GetLocation() : "";
-}
-
-}  // namespace
 
 bool IsDotfuscatorUserInterface(const std::string& path) {
   const std::string name = ExtractFileName(path);
   if (SameText(name, "dotfuscatorUI.exe")) return true;
   return SameText(name, "dotfuscator.exe") &&
          FileExists(ExtractFilePath(path) + "dotfuscatorCLI.exe");
-}
-
-TWrenDotfuscatorAction::TWrenDotfuscatorAction() {
-  // Default output and map locations are relative to the working directory.
-  UseStartingDir = true;
 }
 
 const TPropertyTable& TWrenDotfuscatorAction::ClassProperties() {
@@ -45,11 +29,9 @@ const TPropertyTable& TWrenDotfuscatorAction::ClassProperties() {
   return table;
 }
 
-std::string TWrenDotfuscatorAction::GetExecutable() { return DotfuscatorLocation(); }
-
 bool TWrenDotfuscatorAction::GetCommandLine(ICommandLineBuilder& builder) {
-  if (IsDotfuscatorUserInterface(DotfuscatorLocation()))
-    SendMessage("Warning: " + DotfuscatorLocation() +
+  if (IsDotfuscatorUserInterface(ToolLocation()))
+    SendMessage("Warning: " + ToolLocation() +
                 " is Dotfuscator's user interface, which does not protect anything from a build; "
                 "set the console program in Tools->Options");
   // Quiet overrides verbose in Dotfuscator, so only one is passed.
@@ -117,15 +99,8 @@ std::string TWrenDotfuscatorAction::GetStartingDir(const std::string& fileName) 
   return FirstPathDir(*this, InputAssemblies, fileName);
 }
 
-bool TWrenDotfuscatorAction::InterpretResult(int32_t exitCode) {
-  if (exitCode == 0) return true;
-  SendMessage("Dotfuscator failed with exit code " + std::to_string(exitCode));
-  return false;
-}
-
 bool TWrenDotfuscatorAction::Validate(IWrenActionValidationError& errors) {
-  bool ok =
-      ValidateToolLocation(errors, DotfuscatorLocation(), "Dotfuscator", "Dotfuscator Options");
+  bool ok = ValidateLocation(errors);
   // With neither, Dotfuscator opens its user interface instead of building.
   bool inputs = false;
   for (const std::string& line : InputAssemblies) inputs = inputs || !Trim(line).empty();

@@ -4,7 +4,8 @@
 #include <cstdint>
 #include <string>
 
-#include "WrenExecuteAction.h"
+#include "tools/WrenDotfuscatorOptions.h"
+#include "tools/WrenToolActionSupport.h"
 
 namespace wren {
 
@@ -22,24 +23,18 @@ enum class TDotfuscatorKeep { dkDefault, dkNamespace, dkHierarchy, dkNone };
 /// where Dotfuscator puts its default output and map. Any exit code but 0 fails the step.
 /// A location naming the user-interface program is warned about: it would "succeed" without
 /// protecting anything.
-class TWrenDotfuscatorAction : public TWrenExecuteAbstractAction {
+class TWrenDotfuscatorAction
+    : public TWrenOutsideToolAction<TWrenDotfuscatorAction, TWrenDotfuscatorOptions> {
  public:
-  TWrenDotfuscatorAction();
-
   static std::string StaticClassName() { return "TWrenDotfuscatorAction"; }
   static std::string GetActionName() { return "Dotfuscator"; }
-  std::string ClassName() const override { return StaticClassName(); }
-  std::string DisplayName() const override { return GetActionName(); }
-  std::string GetQuickHelpFilename() const override { return "Plugins\\Dotfuscator.html"; }
+  static constexpr const char* kProgram = "Dotfuscator";
 
-  std::string GetExecutable() override;
   bool GetCommandLine(ICommandLineBuilder& builder) override;
   std::string GetStartingDir(const std::string& fileName) override;
-  bool InterpretResult(int32_t exitCode) override;
   bool Validate(IWrenActionValidationError& errors) override;
 
   static const TPropertyTable& ClassProperties();
-  const TPropertyTable& GetPublishedProperties() const override { return ClassProperties(); }
 
   std::string ConfigFile;
   bool Quiet = false;

@@ -6,17 +6,10 @@
 
 #include "WrenFiles.h"
 #include "WrenUtils.h"
-#include "tools/WrenFxCopOptions.h"
-#include "tools/WrenToolActionSupport.h"
 
 namespace wren {
 
 namespace {
-
-std::string FxCopLocation() {
-  const std::shared_ptr<IWrenToolOptions> options = FxCopOptions();
-  return options ? options->GetLocation() : "";
-}
 
 std::string Hex(uint32_t value) {
   char text[16];
@@ -47,11 +40,6 @@ const std::vector<TFxCopExitFlag>& FxCopExitFlags() {
       {0x400, "build-breaking message"},
       {0x1000000, "unknown error"}};
   return flags;
-}
-
-TWrenFxCopAction::TWrenFxCopAction() {
-  // FxCop resolves relative paths, and looks for dependencies, in its working directory.
-  UseStartingDir = true;
 }
 
 const TPropertyTable& TWrenFxCopAction::ClassProperties() {
@@ -86,8 +74,6 @@ const TPropertyTable& TWrenFxCopAction::ClassProperties() {
                        BoolProperty("FailOnMessages", &A::FailOnMessages)});
   return table;
 }
-
-std::string TWrenFxCopAction::GetExecutable() { return FxCopLocation(); }
 
 bool TWrenFxCopAction::GetCommandLine(ICommandLineBuilder& builder) {
   std::string value;
@@ -154,7 +140,7 @@ bool TWrenFxCopAction::GetCommandLine(ICommandLineBuilder& builder) {
     SendMessage("Failing on messages needs an output file to read them from");
     return false;
   }
-  startDir_ = GetStartingDir(FxCopLocation());
+  startDir_ = GetStartingDir(ToolLocation());
   SendMessage("Command Line: " + builder.GetCommandLineText());
   return true;
 }
@@ -210,7 +196,7 @@ bool TWrenFxCopAction::InterpretResult(int32_t exitCode) {
 }
 
 bool TWrenFxCopAction::Validate(IWrenActionValidationError& errors) {
-  bool ok = ValidateToolLocation(errors, FxCopLocation(), "FxCopCmd.exe", "FxCop Options");
+  bool ok = ValidateLocation(errors);
   auto report = [&](const char* field, const char* message) {
     errors.AddError(field, message);
     ok = false;

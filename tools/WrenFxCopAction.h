@@ -5,7 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "WrenExecuteAction.h"
+#include "tools/WrenFxCopOptions.h"
+#include "tools/WrenToolActionSupport.h"
 
 namespace wren {
 
@@ -30,17 +31,12 @@ inline constexpr uint32_t kFxCopAssemblyReferencesError = 0x200;
 /// Result: each flag set in the exit code is logged by name. Assembly reference errors alone are
 /// a warning unless ReferenceErrorsFail. FxCop exits 0 for rule violations, so FailOnMessages
 /// removes an old report before the run and fails the step when the new one lists any message.
-class TWrenFxCopAction : public TWrenExecuteAbstractAction {
+class TWrenFxCopAction : public TWrenOutsideToolAction<TWrenFxCopAction, TWrenFxCopOptions> {
  public:
-  TWrenFxCopAction();
-
   static std::string StaticClassName() { return "TWrenFxCopAction"; }
   static std::string GetActionName() { return "FxCop"; }
-  std::string ClassName() const override { return StaticClassName(); }
-  std::string DisplayName() const override { return GetActionName(); }
-  std::string GetQuickHelpFilename() const override { return "Plugins\\FxCop.html"; }
+  static constexpr const char* kProgram = "FxCopCmd.exe";
 
-  std::string GetExecutable() override;
   bool GetCommandLine(ICommandLineBuilder& builder) override;
   std::string GetStartingDir(const std::string& fileName) override;
   void BeforeExecute() override;
@@ -48,7 +44,6 @@ class TWrenFxCopAction : public TWrenExecuteAbstractAction {
   bool Validate(IWrenActionValidationError& errors) override;
 
   static const TPropertyTable& ClassProperties();
-  const TPropertyTable& GetPublishedProperties() const override { return ClassProperties(); }
 
   // Targets.
   bool UseProjectFile = false;

@@ -14,13 +14,7 @@ using FxCopActionTest = test::TOutsideToolTest<TWrenFxCopOptions>;
 TEST_F(FxCopActionTest, CommandLinesAndStartingDirectory) {
   MakeWorkDirs({"bin/Release"});
   const std::string w = work_;
-  struct Case {
-    const char* name;
-    test::TSettings settings;
-    std::vector<std::string> args;
-    std::string dir;
-  };
-  const std::vector<Case> cases = {
+  ExpectCommandLines<TWrenFxCopAction>({
       {"a project with a report, as most builds run it",
        {{"UseProjectFile", "true"},
         {"ProjectFile", "%WORK%/Calc.FxCop"},
@@ -88,20 +82,11 @@ TEST_F(FxCopActionTest, CommandLinesAndStartingDirectory) {
        {{"Targets", "Calc.dll"}, {"ToConsole", "true"}},
        {"/file:Calc.dll", "/console"},
        temp_ / "tool dir"},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.name);
-    TWrenFxCopAction action;
-    const test::TToolRun run = Run(action, c.settings);
-    EXPECT_TRUE(run.success) << testing::PrintToString(run.log);
-    EXPECT_EQ(run.Args(), c.args);
-    EXPECT_TRUE(RanIn(run, c.dir)) << run.call.dump();
-  }
+  });
 }
 
 TEST_F(FxCopActionTest, StepEndsBeforeTheProcessStarts) {
-  const test::TSettings targets = {{"Targets", "Calc.dll"}};
-  const std::vector<std::tuple<const char*, test::TSettings, std::string>> cases = {
+  ExpectNeverStarts<TWrenFxCopAction>({
       {"a target that does not expand",
        {{"Targets", "%NO_SUCH_WREN_VAR%/a.dll"}, {"ToConsole", "true"}},
        "\"Target\""},
@@ -111,22 +96,14 @@ TEST_F(FxCopActionTest, StepEndsBeforeTheProcessStarts) {
       {"an extra switch that does not expand",
        {{"Targets", "a.dll"}, {"ToConsole", "true"}, {"ExtraSwitches", "/x:%NO_SUCH_WREN_VAR%"}},
        "\"Extra Switch\""},
-      {"nowhere to report", targets, "FxCop needs somewhere to report"},
+      {"nowhere to report", {{"Targets", "Calc.dll"}}, "FxCop needs somewhere to report"},
       {"update without a project",
        {{"Targets", "a.dll"}, {"ToConsole", "true"}, {"UpdateProject", "true"}},
        "Updating the project needs an FxCop project file"},
       {"failing on messages without a report",
        {{"Targets", "a.dll"}, {"ToConsole", "true"}, {"FailOnMessages", "true"}},
        "Failing on messages needs an output file"},
-  };
-  for (const auto& [name, settings, message] : cases) {
-    SCOPED_TRACE(name);
-    TWrenFxCopAction action;
-    const test::TToolRun run = Run(action, settings);
-    EXPECT_FALSE(run.success);
-    EXPECT_TRUE(run.call.is_null()) << "FxCopCmd must not start";
-    EXPECT_TRUE(run.Logged(message)) << testing::PrintToString(run.log);
-  }
+  });
 }
 
 TEST_F(FxCopActionTest, ExitFlagsAreLoggedByNameAndJudged) {
@@ -201,8 +178,7 @@ TEST_F(FxCopActionTest, FailOnMessagesReadsThisRunsReport) {
 }
 
 TEST_F(FxCopActionTest, Validation) {
-  using TReports = std::vector<std::pair<std::string, std::string>>;
-  const std::vector<std::tuple<std::string, test::TSettings, TReports>> cases = {
+  ExpectValidation<TWrenFxCopAction>({
       {tool_, {{"Targets", "a.dll"}, {"OutputFile", "r.xml"}}, {}},
       {"",
        {},
@@ -216,58 +192,42 @@ TEST_F(FxCopActionTest, Validation) {
       {tool_,
        {{"Targets", "a.dll"}, {"ToConsole", "true"}, {"FailOnMessages", "true"}},
        {{"Output File", "Output file has not been set"}}},
-  };
-  for (const auto& [location, settings, reports] : cases) {
-    options_->SetLocation(location);
-    TWrenFxCopAction action;
-    test::ApplyProperties(action, settings);
-    test::TReportCollector errors;
-    EXPECT_EQ(action.Validate(errors), reports.empty());
-    EXPECT_EQ(errors.reports, reports) << location;
-  }
+  });
 }
 
 TEST(FxCopFrames, EveryPageRoundTripsItsProperties) {
-  TWrenFxCopAction action;
-  test::ApplyProperties(action, {{"UseProjectFile", "true"},
-                                 {"ProjectFile", "a.FxCop"},
-                                 {"Targets", "a.dll"},
-                                 {"DependencyDirectories", "lib"},
-                                 {"PlatformDirectory", "p"},
-                                 {"SearchGac", "true"},
-                                 {"Imports", "old.xml"},
-                                 {"RuleLibraries", "+r.dll"},
-                                 {"RuleIds", "-X#CA1"},
-                                 {"Dictionary", "d.xml"},
-                                 {"OutputFile", "o.xml"},
-                                 {"OutputXsl", "s.xsl"},
-                                 {"ApplyOutputXsl", "true"},
-                                 {"ForceOutput", "true"},
-                                 {"ToConsole", "true"},
-                                 {"ConsoleXsl", "c.xsl"},
-                                 {"Summary", "true"},
-                                 {"Verbose", "true"},
-                                 {"Quiet", "true"},
-                                 {"UpdateProject", "true"},
-                                 {"IgnoreGeneratedCode", "true"},
-                                 {"Timeout", "30"},
-                                 {"Types", "A.*"},
-                                 {"ExtraSwitches", "/aspnet"},
-                                 {"ReferenceErrorsFail", "true"},
-                                 {"FailOnMessages", "true"}});
   TFrameFxCopTargets targets;
   TFrameFxCopRules rules;
   TFrameFxCopOptions options;
   TFrameFxCopTypesAndMembers types;
   TFrameFxCopAdditional additional;
-  std::vector<TFrame*> pages = {&targets, &rules, &options, &types, &additional};
-  TWrenFxCopAction copy;
-  for (TFrame* page : pages) {
-    page->ReadActionData(action);
-    page->WriteActionData(copy);
-  }
-  for (const TPublishedProperty& p : TWrenFxCopAction::ClassProperties())
-    EXPECT_TRUE(p.get(action) == p.get(copy)) << p.name;
+  test::ExpectPagesRoundTrip<TWrenFxCopAction>({{"UseProjectFile", "true"},
+                                                {"ProjectFile", "a.FxCop"},
+                                                {"Targets", "a.dll"},
+                                                {"DependencyDirectories", "lib"},
+                                                {"PlatformDirectory", "p"},
+                                                {"SearchGac", "true"},
+                                                {"Imports", "old.xml"},
+                                                {"RuleLibraries", "+r.dll"},
+                                                {"RuleIds", "-X#CA1"},
+                                                {"Dictionary", "d.xml"},
+                                                {"OutputFile", "o.xml"},
+                                                {"OutputXsl", "s.xsl"},
+                                                {"ApplyOutputXsl", "true"},
+                                                {"ForceOutput", "true"},
+                                                {"ToConsole", "true"},
+                                                {"ConsoleXsl", "c.xsl"},
+                                                {"Summary", "true"},
+                                                {"Verbose", "true"},
+                                                {"Quiet", "true"},
+                                                {"UpdateProject", "true"},
+                                                {"IgnoreGeneratedCode", "true"},
+                                                {"Timeout", "30"},
+                                                {"Types", "A.*"},
+                                                {"ExtraSwitches", "/aspnet"},
+                                                {"ReferenceErrorsFail", "true"},
+                                                {"FailOnMessages", "true"}},
+                                               {&targets, &rules, &options, &types, &additional});
   EXPECT_FALSE(targets.mmTargets.enabled);  // the project is chosen
 
   std::string message;

@@ -111,10 +111,8 @@ TEST_F(NAntActionTest, ValidationAndTheOptionsPage) {
   page.WriteOptions(*options);
   again.ReadOptions(*options);
   EXPECT_EQ(again.edNAntLocation.text, "/opt/nant/bin/NAnt.exe");
-  std::string error;
-  TWrenOptionsStore reread;
-  ASSERT_TRUE(SaveModifiedOptions(error) && reread.Load(temp_ / "options.xml", error)) << error;
-  EXPECT_EQ(reread.Get("NAnt", "NAntLocation", "?"), "/opt/nant/bin/NAnt.exe");
+  EXPECT_EQ(test::SavedOption(temp_ / "options.xml", "NAnt", "NAntLocation"),
+            "/opt/nant/bin/NAnt.exe");
 }
 
 TEST(NAntFrame, RoundTripsGridEnumerationsAndLogFileState) {

@@ -3,21 +3,8 @@
 #include <algorithm>
 
 #include "WrenUtils.h"
-#include "tools/WrenNDocOptions.h"
-#include "tools/WrenToolActionSupport.h"
 
 namespace wren {
-
-namespace {
-
-std::string NDocLocation() {
-  const std::shared_ptr<IWrenToolOptions> options = NDocOptions();
-  return options ? options->GetLocation() : "";
-}
-
-}  // namespace
-
-TWrenNDocAction::TWrenNDocAction() { UseStartingDir = true; }
 
 const TPropertyTable& TWrenNDocAction::ClassProperties() {
   using A = TWrenNDocAction;
@@ -32,8 +19,6 @@ const TPropertyTable& TWrenNDocAction::ClassProperties() {
        StringListProperty("DocumenterProperties", &A::DocumenterProperties)});
   return table;
 }
-
-std::string TWrenNDocAction::GetExecutable() { return NDocLocation(); }
 
 bool TWrenNDocAction::GetCommandLine(ICommandLineBuilder& builder) {
   std::string value;
@@ -91,7 +76,8 @@ std::string TWrenNDocAction::GetStartingDir(const std::string& fileName) {
 
 bool TWrenNDocAction::InterpretResult(int32_t exitCode) {
   switch (exitCode) {
-    case 0: return true;
+    case 0:
+      return true;
     case 1:
       SendMessage(
           "NDoc found nothing to document (exit code 1): no assembly in the list or "
@@ -100,12 +86,14 @@ bool TWrenNDocAction::InterpretResult(int32_t exitCode) {
     case 2:
       SendMessage("NDoc failed (exit code 2); its error text is in the output above");
       return false;
-    default: SendMessage("NDoc ended with exit code " + std::to_string(exitCode)); return false;
+    default:
+      SendMessage("NDoc ended with exit code " + std::to_string(exitCode));
+      return false;
   }
 }
 
 bool TWrenNDocAction::Validate(IWrenActionValidationError& errors) {
-  bool ok = ValidateToolLocation(errors, NDocLocation(), "NDocConsole.exe", "NDoc Options");
+  bool ok = ValidateLocation(errors);
   auto report = [&](const char* field, const char* message) {
     errors.AddError(field, message);
     ok = false;

@@ -4,7 +4,8 @@
 #include <cstdint>
 #include <string>
 
-#include "WrenExecuteAction.h"
+#include "tools/WrenNDocOptions.h"
+#include "tools/WrenToolActionSupport.h"
 
 namespace wren {
 
@@ -16,24 +17,18 @@ namespace wren {
 /// -Name=value per documenter property, then -verbose. The step starts in the project's folder
 /// (or the first assembly's), since NDoc resolves a relative OutputDirectory there.
 /// Exit codes: 0 built; 1 nothing to document; 2 NDoc failed (its error text is on stdout).
-class TWrenNDocAction : public TWrenExecuteAbstractAction {
+class TWrenNDocAction : public TWrenOutsideToolAction<TWrenNDocAction, TWrenNDocOptions> {
  public:
-  TWrenNDocAction();
-
   static std::string StaticClassName() { return "TWrenNDocAction"; }
   static std::string GetActionName() { return "NDoc"; }
-  std::string ClassName() const override { return StaticClassName(); }
-  std::string DisplayName() const override { return GetActionName(); }
-  std::string GetQuickHelpFilename() const override { return "Plugins\\NDoc.html"; }
+  static constexpr const char* kProgram = "NDocConsole.exe";
 
-  std::string GetExecutable() override;
   bool GetCommandLine(ICommandLineBuilder& builder) override;
   std::string GetStartingDir(const std::string& fileName) override;
   bool InterpretResult(int32_t exitCode) override;
   bool Validate(IWrenActionValidationError& errors) override;
 
   static const TPropertyTable& ClassProperties();
-  const TPropertyTable& GetPublishedProperties() const override { return ClassProperties(); }
 
   // What to document (the main page).
   bool UseProjectFile = false;

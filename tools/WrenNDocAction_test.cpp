@@ -14,13 +14,7 @@ using NDocActionTest = test::TOutsideToolTest<TWrenNDocOptions>;
 TEST_F(NDocActionTest, CommandLinesInNDocsOrder) {
   MakeWorkDirs({"doc", "bin"});
   const std::string w = work_;
-  struct Case {
-    const char* name;
-    test::TSettings settings;
-    std::vector<std::string> args;
-    std::string dir;
-  };
-  const std::vector<Case> cases = {
+  ExpectCommandLines<TWrenNDocAction>({
       {"a project, started in its folder so a relative output lands beside it",
        {{"UseProjectFile", "true"},
         {"ProjectFile", "%WORK%/doc/Calc.ndoc"},
@@ -46,36 +40,18 @@ TEST_F(NDocActionTest, CommandLinesInNDocsOrder) {
        {{"Documenter", ""}, {"Assemblies", "Calc.dll"}},
        {"Calc.dll"},
        temp_ / "tool dir"},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.name);
-    TWrenNDocAction action;
-    const test::TToolRun run = Run(action, c.settings);
-    EXPECT_TRUE(run.success) << testing::PrintToString(run.log);
-    EXPECT_EQ(run.Args(), c.args);
-    EXPECT_TRUE(RanIn(run, c.dir)) << run.call.dump();
-  }
+  });
 }
 
 TEST_F(NDocActionTest, ExitCodesAndStepsThatNeverStart) {
-  const std::vector<std::tuple<int, bool, std::string>> codes = {
-      {0, true, ""},
-      {1, false, "NDoc found nothing to document (exit code 1)"},
-      {2, false, "NDoc failed (exit code 2)"},
-      {3, false, "NDoc ended with exit code 3"},
-  };
-  for (const auto& [code, success, message] : codes) {
-    SCOPED_TRACE(code);
-    RecorderExits(code, "NDoc says hello");
-    TWrenNDocAction action;
-    const test::TToolRun run = Run(action, {{"Assemblies", "Calc.dll"}});
-    ASSERT_FALSE(run.call.is_null());
-    EXPECT_EQ(run.success, success);
-    if (!message.empty()) {
-      EXPECT_TRUE(run.Logged(message)) << testing::PrintToString(run.log);
-    }
-  }
-  const std::vector<std::tuple<const char*, test::TSettings, std::string>> never = {
+  ExpectExitCodes<TWrenNDocAction>({{"Assemblies", "Calc.dll"}},
+                                   {
+                                       {0, true, ""},
+                                       {1, false, "NDoc found nothing to document (exit code 1)"},
+                                       {2, false, "NDoc failed (exit code 2)"},
+                                       {3, false, "NDoc ended with exit code 3"},
+                                   });
+  ExpectNeverStarts<TWrenNDocAction>({
       {"a project that does not expand",
        {{"UseProjectFile", "true"}, {"ProjectFile", "%NO_SUCH_WREN_VAR%.ndoc"}},
        "\"Project File\""},
@@ -88,20 +64,11 @@ TEST_F(NDocActionTest, ExitCodesAndStepsThatNeverStart) {
       {"an assembly line NDoc would skip",
        {{"Assemblies", "a.dll,a.xml,b.xml"}},
        "An assembly line takes one assembly and at most one XML file: a.dll,a.xml,b.xml"},
-  };
-  for (const auto& [name, settings, message] : never) {
-    SCOPED_TRACE(name);
-    TWrenNDocAction action;
-    const test::TToolRun run = Run(action, settings);
-    EXPECT_FALSE(run.success);
-    EXPECT_TRUE(run.call.is_null()) << "NDocConsole must not start";
-    EXPECT_TRUE(run.Logged(message)) << testing::PrintToString(run.log);
-  }
+  });
 }
 
 TEST_F(NDocActionTest, ValidationAndPages) {
-  using TReports = std::vector<std::pair<std::string, std::string>>;
-  const std::vector<std::tuple<std::string, test::TSettings, TReports>> cases = {
+  ExpectValidation<TWrenNDocAction>({
       {tool_, {{"Assemblies", "a.dll"}}, {}},
       {"",
        {{"Assemblies", " "}, {"Documenter", ""}},
@@ -112,33 +79,19 @@ TEST_F(NDocActionTest, ValidationAndPages) {
        {{"UseProjectFile", "true"}},
        {{"Options", "Path to NDocConsole.exe not correct, please check Tools->Options"},
         {"Project File", "Project file has not been set"}}},
-  };
-  for (const auto& [location, settings, reports] : cases) {
-    options_->SetLocation(location);
-    TWrenNDocAction action;
-    test::ApplyProperties(action, settings);
-    test::TReportCollector errors;
-    EXPECT_EQ(action.Validate(errors), reports.empty());
-    EXPECT_EQ(errors.reports, reports) << location;
-  }
+  });
 
-  TWrenNDocAction action, copy;
-  test::ApplyProperties(action, {{"UseProjectFile", "true"},
-                                 {"ProjectFile", "a.ndoc"},
-                                 {"Assemblies", "a.dll"},
-                                 {"ReferencePaths", "lib"},
-                                 {"NamespaceSummaries", "n.xml"},
-                                 {"Verbose", "true"},
-                                 {"Documenter", "MyDocumenter"},
-                                 {"DocumenterProperties", "Title=x"}});
   TNDOCFrame main;
   TNDocDocumenterFrame documenter;
-  for (TFrame* page : std::vector<TFrame*>{&main, &documenter}) {
-    page->ReadActionData(action);
-    page->WriteActionData(copy);
-  }
-  for (const TPublishedProperty& p : TWrenNDocAction::ClassProperties())
-    EXPECT_TRUE(p.get(action) == p.get(copy)) << p.name;
+  test::ExpectPagesRoundTrip<TWrenNDocAction>({{"UseProjectFile", "true"},
+                                               {"ProjectFile", "a.ndoc"},
+                                               {"Assemblies", "a.dll"},
+                                               {"ReferencePaths", "lib"},
+                                               {"NamespaceSummaries", "n.xml"},
+                                               {"Verbose", "true"},
+                                               {"Documenter", "MyDocumenter"},
+                                               {"DocumenterProperties", "Title=x"}},
+                                              {&main, &documenter});
   EXPECT_EQ(documenter.cbDocumenter.items.size(), 7u);  // the user's own documenter is kept
   std::string message;
   EXPECT_TRUE(main.CheckPage(message));

@@ -99,10 +99,8 @@ TEST_F(NUnitActionTest, ValidationAndStoredOptions) {
     EXPECT_EQ(errors.reports, reports) << location;
   }
   // The location is stored under the options' key, and the options are found by name alone.
-  std::string error;
-  TWrenOptionsStore reread;
-  ASSERT_TRUE(SaveModifiedOptions(error) && reread.Load(temp_ / "options.xml", error)) << error;
-  EXPECT_EQ(reread.Get("NUnit", "NUnitLocation", "?"), temp_ / "gone/nunit-console.exe");
+  EXPECT_EQ(test::SavedOption(temp_ / "options.xml", "NUnit", "NUnitLocation"),
+            temp_ / "gone/nunit-console.exe");
   EXPECT_EQ(WrenOptionsServices().FindOptions("nunit", "OTHER").get(),
             dynamic_cast<TWrenOptionsObject*>(NUnitOptions().get()));
 }

@@ -83,11 +83,10 @@ TEST_F(ToolOptionsTest, UnsetLocationsDefaultToRegisteredInstallations) {
   EXPECT_EQ(again.edLocation.caption, "Location of FxCopCmd.exe");
   const auto object = ToolOptionsScriptObject("TWrenFxCopOptions", "FxCop", ".Net Tools");
   EXPECT_EQ(object->fields.at(0).second(), WrenVariant(std::string("/opt/fxcop/FxCopCmd.exe")));
-  std::string error;
-  TWrenOptionsStore reread;
-  ASSERT_TRUE(SaveModifiedOptions(error) && reread.Load(temp_ / "options.xml", error)) << error;
-  EXPECT_EQ(reread.Get("FxCop", "FxCopLocation", "?"), "/opt/fxcop/FxCopCmd.exe");
-  EXPECT_EQ(reread.Get("NDoc", "NDocLocation", "?"), "/opt/ndoc/NDocConsole.exe");
+  EXPECT_EQ(test::SavedOption(temp_ / "options.xml", "FxCop", "FxCopLocation"),
+            "/opt/fxcop/FxCopCmd.exe");
+  EXPECT_EQ(test::SavedOption(temp_ / "options.xml", "NDoc", "NDocLocation"),
+            "/opt/ndoc/NDocConsole.exe");
 }
 
 }  // namespace

@@ -1,25 +1,12 @@
 #include "tools/WrenXenoCodeAction.h"
 
 #include "WrenUtils.h"
-#include "tools/WrenToolActionSupport.h"
-#include "tools/WrenXenoCodeOptions.h"
 
 namespace wren {
 
-namespace {
-
-std::string XenoCodeLocation() {
-  const std::shared_ptr<IWrenToolOptions> options = XenoCodeOptions();
-  return options ? options->GetLocation() : "";
-}
-
-}  // namespace
-
-TWrenXenoCodeAction::TWrenXenoCodeAction() { UseStartingDir = true; }
-
 std::string TWrenXenoCodeAction::GetNotes() const {
   return "Runs Xenocode's command-line program on a Xenocode project. Its switches "
-                       "are not publicly documented: put them in ExtraSwitches as written";
+         "are not publicly documented: put them in ExtraSwitches as written";
 }
 
 const TPropertyTable& TWrenXenoCodeAction::ClassProperties() {
@@ -30,8 +17,6 @@ const TPropertyTable& TWrenXenoCodeAction::ClassProperties() {
                        StringListProperty("ExtraSwitches", &A::ExtraSwitches)});
   return table;
 }
-
-std::string TWrenXenoCodeAction::GetExecutable() { return XenoCodeLocation(); }
 
 bool TWrenXenoCodeAction::GetCommandLine(ICommandLineBuilder& builder) {
   std::string project;
@@ -46,15 +31,8 @@ std::string TWrenXenoCodeAction::GetStartingDir(const std::string& fileName) {
   return FirstPathDir(*this, {ProjectFile}, fileName);
 }
 
-bool TWrenXenoCodeAction::InterpretResult(int32_t exitCode) {
-  if (exitCode == 0) return true;
-  SendMessage("XenoCode failed with exit code " + std::to_string(exitCode));
-  return false;
-}
-
 bool TWrenXenoCodeAction::Validate(IWrenActionValidationError& errors) {
-  bool ok =
-      ValidateToolLocation(errors, XenoCodeLocation(), "Xenocode's program", "XenoCode Options");
+  bool ok = ValidateLocation(errors);
   if (Trim(ProjectFile).empty()) {
     errors.AddError("Project File", "Project file has not been set");
     ok = false;

@@ -4,7 +4,8 @@
 #include <cstdint>
 #include <string>
 
-#include "WrenExecuteAction.h"
+#include "tools/WrenToolActionSupport.h"
+#include "tools/WrenXenoCodeOptions.h"
 
 namespace wren {
 
@@ -13,25 +14,19 @@ namespace wren {
 /// published, so the project file is the one property and every switch is passed as the user
 /// writes it, before the project file. The step starts in the project's folder; any exit code
 /// but 0 fails it.
-class TWrenXenoCodeAction : public TWrenExecuteAbstractAction {
+class TWrenXenoCodeAction
+    : public TWrenOutsideToolAction<TWrenXenoCodeAction, TWrenXenoCodeOptions> {
  public:
-  TWrenXenoCodeAction();
-
   static std::string StaticClassName() { return "TWrenXenoCodeAction"; }
   static std::string GetActionName() { return "XenoCode"; }
-  std::string ClassName() const override { return StaticClassName(); }
-  std::string DisplayName() const override { return GetActionName(); }
-  std::string GetQuickHelpFilename() const override { return "Plugins\\XenoCode.html"; }
+  static constexpr const char* kProgram = "Xenocode's program";
   std::string GetNotes() const override;
 
-  std::string GetExecutable() override;
   bool GetCommandLine(ICommandLineBuilder& builder) override;
   std::string GetStartingDir(const std::string& fileName) override;
-  bool InterpretResult(int32_t exitCode) override;
   bool Validate(IWrenActionValidationError& errors) override;
 
   static const TPropertyTable& ClassProperties();
-  const TPropertyTable& GetPublishedProperties() const override { return ClassProperties(); }
 
   std::string ProjectFile;
   TStrings ExtraSwitches;
