@@ -74,6 +74,15 @@ void TWrenStepHost::LogSlowly(TWrenLogStream stream, const std::string& text) {
   if (!inOutput_ || lines_.Bytes() >= kLinesBlockBytes) DeliverLines();
 }
 
+void TWrenStepHost::LogView(TWrenLogStream stream, std::string_view text) {
+  if (stream != lines_.Stream()) {
+    DeliverLines();
+    lines_.Reset(stream);
+  }
+  lines_.AddView(text);
+  if (lines_.Bytes() >= kLinesBlockBytes) DeliverLines();
+}
+
 void TWrenStepHost::SendMessage(const std::string& text) {
   Log(currentStream_, text);
   if (flush_ && !inOutput_) flush_();
@@ -174,8 +183,20 @@ TWrenProcessResult TWrenStepHost::RunProcess(TWrenExecuteAbstractAction& action,
       };
     return [this, stream](const std::string& line) { Log(stream, line); };
   };
-  process->SetOnStdOut(deliver(TWrenLogStream::StdOut, request.onStdOut));
-  process->SetOnStdErr(deliver(TWrenLogStream::StdErr, request.onStdErr));
+  // Output no action handles goes to the log a read at a time, without a string per line.
+  auto deliverLines = [this](TWrenLogStream stream) -> IWrenProcess::TLinesHandler {
+    return [this, stream](const std::string_view* lines, size_t count) {
+      for (size_t i = 0; i < count; ++i) LogView(stream, lines[i]);
+    };
+  };
+  if (request.onStdOut || !linesSink_)
+    process->SetOnStdOut(deliver(TWrenLogStream::StdOut, request.onStdOut));
+  else
+    process->SetOnStdOutLines(deliverLines(TWrenLogStream::StdOut));
+  if (request.onStdErr || !linesSink_)
+    process->SetOnStdErr(deliver(TWrenLogStream::StdErr, request.onStdErr));
+  else
+    process->SetOnStdErrLines(deliverLines(TWrenLogStream::StdErr));
   if (flush_ || linesSink_)
     process->SetOnChunkEnd([this] {
       if (linesSink_) DeliverLines();

@@ -75,6 +75,14 @@ class TWrenLogLines {
     ends_[count_++] = size_;
     data_[size_++] = '\n';
   }
+  /// The same for a line in any memory.
+  void AddView(std::string_view line) {
+    if (!HasRoom(line.size())) Grow(line.size() + 1 + kSlack);
+    if (!line.empty()) std::memcpy(data_.get() + size_, line.data(), line.size());
+    size_ += line.size();
+    ends_[count_++] = size_;
+    data_[size_++] = '\n';
+  }
   /// Empties the block for lines of another stream.
   void Reset(TWrenLogStream stream);
 
@@ -142,6 +150,8 @@ class TWrenStepHost : public IWrenActionHost {
     LogSlowly(stream, text);
   }
   void LogSlowly(TWrenLogStream stream, const std::string& text);
+  /// A line of output no action handles (only with a lines sink, while a program runs).
+  void LogView(TWrenLogStream stream, std::string_view text);
   // A block of a program's output is passed on at a read's end, or sooner when it grew this
   // big (an action may log several lines per line it reads).
   static constexpr size_t kLinesBlockBytes = 256 * 1024;
