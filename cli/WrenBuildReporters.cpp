@@ -1,13 +1,19 @@
 #include "WrenBuildReporters.h"
 
+#include <fcntl.h>
+#include <pthread.h>
+#include <signal.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <fstream>
 #include <pugixml.hpp>
 
 #include "WrenFiles.h"
@@ -103,14 +109,41 @@ void TLineBatch::Grow(size_t more) {
   capacity_ = capacity;
 }
 
-void TLineBatch::WriteTo(std::ostream& out) {
-  out.write(data_.get(), static_cast<std::streamsize>(used_));
+void TLineBatch::AddLines(std::string_view head, const TWrenLogLines& lines) {
+  // Room for the lines with their heads, and for what the fixed-size copies below run over.
+  constexpr size_t kShort = TWrenLogLines::kSlack;
+  const size_t need = lines.Bytes() + lines.Count() * head.size() + kMaxHead + kShort;
+  if (need > capacity_ - used_) Grow(need);
+  char fixedHead[kMaxHead] = {};
+  std::memcpy(fixedHead, head.data(), std::min(head.size(), kMaxHead));
+  char* at = data_.get() + used_;
+  // Copies of a constant size compile to a few moves; what they write past the line is
+  // overwritten by the next one. Most tool output lines are short.
+  lines.ForEach([&](std::string_view line) {
+    std::memcpy(at, fixedHead, kMaxHead);
+    at += head.size();
+    if (line.size() <= kShort)
+      std::memcpy(at, line.data(), kShort);
+    else
+      std::memcpy(at, line.data(), line.size());
+    at += line.size();
+    *at++ = '\n';
+  });
+  used_ = static_cast<size_t>(at - data_.get());
+}
+
+void TLineBatch::Clear() {
   used_ = 0;
   // The room a huge line needed is not kept.
-  if (capacity_ > 4 * kBatchBytes) {
+  if (capacity_ > 16 * kBatchBytes) {
     data_.reset();
     capacity_ = 0;
   }
+}
+
+void TLineBatch::WriteTo(std::ostream& out) {
+  out.write(data_.get(), static_cast<std::streamsize>(used_));
+  Clear();
 }
 
 std::string TTerminalReporter::Paint(const std::string& text, const char* code) const {
@@ -181,6 +214,17 @@ void TTerminalReporter::OnLog(const TWrenStepReport&, TWrenLogStream stream,
     return;
   }
   if (style_.verbosity >= TWrenVerbosity::Normal) LogLine(text);
+}
+
+void TTerminalReporter::OnLogLines(const TWrenStepReport& step, const TWrenLogLines& lines) {
+  if (lines.Stream() == TWrenLogStream::Command) {
+    IWrenBuildListener::OnLogLines(step, lines);  // painted line by line; one per program
+    return;
+  }
+  if (style_.verbosity < TWrenVerbosity::Normal) return;
+  if (statusShown_) ClearStatus();  // drawn again when the batch is sent
+  pending_.AddLines("    ", lines);
+  if (pending_.Size() >= kBatchBytes) pending_.WriteTo(out_);
 }
 
 void TTerminalReporter::OnDryRun(const TWrenStepReport&, const TWrenDryRunRecord& r) {
@@ -353,16 +397,139 @@ void TJsonReporter::Validation(const std::vector<TWrenValidationProblem>& proble
         {"warnings", warnings}});
 }
 
+namespace {
+
+const char* LogPrefix(TWrenLogStream stream) {
+  return stream == TWrenLogStream::StdErr ? "  ! " : "    ";
+}
+
+}  // namespace
+
+// A block bigger than this is handed to the writer without waiting for the read to end.
+constexpr size_t kLogBlockBytes = 1024 * 1024;
+// A block up to this size is written on the build's thread when the writer has caught up.
+constexpr size_t kLogDirectBytes = 16 * 1024;
+constexpr size_t kLogMaxQueuedBlocks = 16;
+constexpr size_t kLogSpareBlocks = 4;
+
+TLogFileWriter::~TLogFileWriter() {
+  std::string ignored;
+  Close(ignored);
+}
+
 bool TLogFileWriter::Open(const std::string& path, std::string& error) {
-  file_.open(path, std::ios::out | std::ios::trunc | std::ios::binary);
-  if (!file_) {
+  fd_ = ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
+  if (fd_ < 0) {
     error = "cannot write the log file " + path;
     return false;
+  }
+  path_ = path;
+  current_ = std::make_unique<TLineBatch>();
+  // The last build's log is cut off by the writer, before its first block: freeing a big file
+  // takes a while, and the build need not wait for it.
+  struct stat st {};
+  if (::fstat(fd_, &st) == 0 && S_ISREG(st.st_mode) && st.st_size > 0) {
+    std::unique_lock<std::mutex> lock(mutex_);
+    StartWriter(true);
   }
   return true;
 }
 
-void TLogFileWriter::Add(const char* prefix, const std::string& text) {
+bool TLogFileWriter::Close(std::string& error) {
+  if (fd_ < 0) return true;
+  Send();
+  if (writer_.joinable()) {
+    {
+      std::lock_guard<std::mutex> lock(mutex_);
+      closing_ = true;
+    }
+    changed_.notify_all();
+    writer_.join();
+  }
+  if (::close(fd_) != 0 && error_.empty())
+    error_ = "cannot write the log file " + path_ + ": " + std::strerror(errno);
+  fd_ = -1;
+  error = error_;
+  return error_.empty();
+}
+
+void TLogFileWriter::Write(const TLineBatch& block) {
+  if (!error_.empty()) return;
+  const char* at = block.Data();
+  size_t left = block.Size();
+  while (left > 0) {
+    const ssize_t n = ::write(fd_, at, left);
+    if (n < 0 && errno == EINTR) continue;
+    if (n <= 0) {
+      error_ = "cannot write the log file " + path_ + ": " +
+               std::strerror(n < 0 ? errno : ENOSPC);
+      return;
+    }
+    at += n;
+    left -= static_cast<size_t>(n);
+  }
+}
+
+void TLogFileWriter::StartWriter(bool truncate) {
+  // Blocks wait while the file is cut: writing_ keeps the build's thread from writing too.
+  writing_ = truncate;
+  // The writer takes no signal: Ctrl-C and friends are the build's thread's to handle.
+  sigset_t all, previous;
+  sigfillset(&all);
+  pthread_sigmask(SIG_SETMASK, &all, &previous);
+  writer_ = std::thread([this, truncate] { WriteBlocks(truncate); });
+  pthread_sigmask(SIG_SETMASK, &previous, nullptr);
+}
+
+// The writer thread: cuts the file when asked, then writes the queued blocks in order until the
+// file is closed.
+void TLogFileWriter::WriteBlocks(bool truncate) {
+  if (truncate) {
+    const bool cut = ::ftruncate(fd_, 0) == 0;
+    const int err = errno;
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (!cut) error_ = "cannot write the log file " + path_ + ": " + std::strerror(err);
+    writing_ = false;
+  }
+  std::unique_lock<std::mutex> lock(mutex_);
+  for (;;) {
+    changed_.wait(lock, [this] { return !queue_.empty() || closing_; });
+    if (queue_.empty()) return;
+    TBlock block = std::move(queue_.front());
+    queue_.pop_front();
+    writing_ = true;
+    lock.unlock();
+    // error_ is only touched by the thread that writes, and the build's thread writes only
+    // while this one waits with nothing queued.
+    Write(*block);
+    const size_t size = block->Size();
+    block->Clear();
+    lock.lock();
+    writing_ = false;
+    queuedBytes_ -= size;
+    if (spare_.size() < kLogSpareBlocks) spare_.push_back(std::move(block));
+    changed_.notify_all();
+  }
+}
+
+void TLogFileWriter::HandOff(std::unique_lock<std::mutex>& lock) {
+  if (!writer_.joinable()) StartWriter(false);
+  // The queue is bounded: a disk slower than the tool holds the build back, not the memory.
+  changed_.wait(lock, [this] {
+    return queuedBytes_ < kMaxQueuedBytes && queue_.size() < kLogMaxQueuedBlocks;
+  });
+  queuedBytes_ += current_->Size();
+  queue_.push_back(std::move(current_));
+  if (spare_.empty()) {
+    current_ = std::make_unique<TLineBatch>();
+  } else {
+    current_ = std::move(spare_.back());
+    spare_.pop_back();
+  }
+  changed_.notify_all();
+}
+
+std::string_view TLogFileWriter::Head(const char* prefix) {
   if (stampStale_) {
     const std::time_t now = std::time(nullptr);
     if (now != stampTime_) {
@@ -373,18 +540,27 @@ void TLogFileWriter::Add(const char* prefix, const std::string& text) {
     }
     stampStale_ = false;
   }
-  pending_.AddLine({std::string_view(stamp_, stampSize_), "  ", prefix, text});
+  const size_t prefixSize = std::strlen(prefix);
+  const size_t size = std::min(stampSize_ + 2 + prefixSize, sizeof head_);
+  std::snprintf(head_, sizeof head_, "%.*s  %s", static_cast<int>(stampSize_), stamp_, prefix);
+  return {head_, size};
 }
 
 void TLogFileWriter::Send() {
   stampStale_ = true;
-  if (pending_.Empty()) return;
-  pending_.WriteTo(file_);
-  file_.flush();
+  if (fd_ < 0 || current_->Empty()) return;
+  std::unique_lock<std::mutex> lock(mutex_);
+  if (queue_.empty() && !writing_ && current_->Size() <= kLogDirectBytes) {
+    Write(*current_);
+    current_->Clear();
+    return;
+  }
+  HandOff(lock);
 }
 
 void TLogFileWriter::Line(const std::string& text) {
-  Add("", text);
+  if (fd_ < 0) return;
+  current_->AddLine({Head(""), text});
   Send();
 }
 
@@ -396,8 +572,21 @@ void TLogFileWriter::OnStepStart(const TWrenStepReport& s, int total) {
 }
 
 void TLogFileWriter::OnLog(const TWrenStepReport&, TWrenLogStream stream, const std::string& t) {
-  Add(stream == TWrenLogStream::StdErr ? "  ! " : "    ", t);
-  if (pending_.Size() >= kBatchBytes) pending_.WriteTo(file_);
+  if (fd_ < 0) return;
+  current_->AddLine({Head(LogPrefix(stream)), t});
+  if (current_->Size() >= kLogBlockBytes) {
+    std::unique_lock<std::mutex> lock(mutex_);
+    HandOff(lock);
+  }
+}
+
+void TLogFileWriter::OnLogLines(const TWrenStepReport&, const TWrenLogLines& lines) {
+  if (fd_ < 0) return;
+  current_->AddLines(Head(LogPrefix(lines.Stream())), lines);
+  if (current_->Size() >= kLogBlockBytes) {
+    std::unique_lock<std::mutex> lock(mutex_);
+    HandOff(lock);
+  }
 }
 
 void TLogFileWriter::OnLogFlush(const TWrenStepReport&) { Send(); }
@@ -419,6 +608,10 @@ void TJUnitOutput::OnStepStart(const TWrenStepReport&, int) {
 void TJUnitOutput::OnLog(const TWrenStepReport&, TWrenLogStream, const std::string& text) {
   Append(text.data(), text.size());
   Append("\n", 1);
+}
+
+void TJUnitOutput::OnLogLines(const TWrenStepReport&, const TWrenLogLines& lines) {
+  Append(lines.Text().data(), lines.Bytes());
 }
 
 void TJUnitOutput::Append(const char* data, size_t size) {

@@ -1,16 +1,19 @@
 // Writers of build events: the terminal, JSON lines, the --log file and the JUnit report.
 #pragma once
 
+#include <condition_variable>
 #include <cstring>
 #include <ctime>
-#include <fstream>
+#include <deque>
 #include <initializer_list>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <nlohmann/json.hpp>
 #include <ostream>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <vector>
 
 #include "runtime/WrenBuildEngine.h"
@@ -55,8 +58,15 @@ class TLineBatch {
     *at = '\n';
     used_ += need;
   }
+  /// Each line of the block behind the same head (at most kMaxHead bytes) and ended by a line
+  /// break, with one check for room: the per-line cost of a tool's output.
+  void AddLines(std::string_view head, const TWrenLogLines& lines);
+  static constexpr size_t kMaxHead = 32;
   bool Empty() const { return used_ == 0; }
   size_t Size() const { return used_; }
+  const char* Data() const { return data_.get(); }
+  /// Empties the batch (keeping its room unless a huge line needed it).
+  void Clear();
   /// Writes the batch out and empties it.
   void WriteTo(std::ostream& out);
 
@@ -90,6 +100,7 @@ class TTerminalReporter : public IWrenBuildListener {
   void OnInvalid(const TWrenValidationProblem& problem) override;
   void OnStepStart(const TWrenStepReport& step, int total) override;
   void OnLog(const TWrenStepReport& step, TWrenLogStream stream, const std::string& text) override;
+  void OnLogLines(const TWrenStepReport& step, const TWrenLogLines& lines) override;
   void OnLogFlush(const TWrenStepReport& step) override;
   void OnDryRun(const TWrenStepReport& step, const TWrenDryRunRecord& record) override;
   void OnStepEnd(const TWrenStepReport& step) override;
@@ -133,33 +144,58 @@ class TJsonReporter : public IWrenBuildListener {
   std::ostream& out_;
 };
 
-/// The build log file: every line with a time stamp and its step, handed to the system as it is
-/// written (a tool's output once per read of it), so a killed host loses none of it.
+/// The build log file: every line with a time stamp and its step. Lines are gathered into
+/// blocks (a tool's output one block per read of it) that a thread of its own writes, so the
+/// disk's pace does not hold up the build; at most kMaxQueuedBytes wait for it. While that
+/// thread keeps up, a small block is written at once on the caller's thread instead, so a line
+/// the terminal shows afterwards is already handed to the system and a killed host loses none.
 class TLogFileWriter : public IWrenBuildListener {
  public:
+  static constexpr size_t kMaxQueuedBytes = 4 * 1024 * 1024;
   TLogFileWriter() = default;
-  ~TLogFileWriter() override { Send(); }
+  ~TLogFileWriter() override;
   TLogFileWriter(const TLogFileWriter&) = delete;
   TLogFileWriter& operator=(const TLogFileWriter&) = delete;
   bool Open(const std::string& path, std::string& error);
+  /// Writes what is left and closes the file; false with why when any write failed.
+  bool Close(std::string& error);
   void OnInvalid(const TWrenValidationProblem& problem) override;
   void OnStepStart(const TWrenStepReport& step, int total) override;
   void OnLog(const TWrenStepReport& step, TWrenLogStream stream, const std::string& text) override;
+  void OnLogLines(const TWrenStepReport& step, const TWrenLogLines& lines) override;
   void OnLogFlush(const TWrenStepReport& step) override;
   void OnStepEnd(const TWrenStepReport& step) override;
 
  private:
-  void Add(const char* prefix, const std::string& text);
+  using TBlock = std::unique_ptr<TLineBatch>;
+  /// The stamp and prefix a line starts with.
+  std::string_view Head(const char* prefix);
   void Line(const std::string& text);
   void Send();
-  std::ofstream file_;
-  TLineBatch pending_;
+  void HandOff(std::unique_lock<std::mutex>& lock);
+  /// Starts the writer thread (mutex_ held); truncate: it first cuts the file to nothing.
+  void StartWriter(bool truncate);
+  void WriteBlocks(bool truncate);
+  void Write(const TLineBatch& block);
+  int fd_ = -1;
+  std::string path_;
+  TBlock current_;  // being filled on the build's thread
+  std::thread writer_;
+  std::mutex mutex_;  // guards what follows
+  std::condition_variable changed_;
+  std::deque<TBlock> queue_;
+  std::vector<TBlock> spare_;
+  size_t queuedBytes_ = 0;  // in the queue or being written
+  bool writing_ = false;
+  bool closing_ = false;
+  std::string error_;  // the first failed write; later blocks are dropped
   // The stamp is taken once per batch of lines: a clock read per line would cost more than
   // the line.
   bool stampStale_ = true;
   std::time_t stampTime_ = -1;
   char stamp_[32] = "";
   size_t stampSize_ = 0;
+  char head_[TLineBatch::kMaxHead] = "";
 };
 
 /// Keeps what each step logged for the JUnit report's system-out: all of it up to
@@ -170,6 +206,7 @@ class TJUnitOutput : public IWrenBuildListener {
   static constexpr size_t kJUnitOutputBytes = 1024 * 1024;
   void OnStepStart(const TWrenStepReport& step, int total) override;
   void OnLog(const TWrenStepReport& step, TWrenLogStream stream, const std::string& text) override;
+  void OnLogLines(const TWrenStepReport& step, const TWrenLogLines& lines) override;
   void OnStepEnd(const TWrenStepReport& step) override;
   /// A step's output, each line ended by a line break; "" for a step that logged nothing.
   std::string Of(int step) const;
@@ -196,6 +233,9 @@ class TBuildListeners : public IWrenBuildListener {
   }
   void OnLog(const TWrenStepReport& s, TWrenLogStream stream, const std::string& t) override {
     for (auto* l : listeners_) l->OnLog(s, stream, t);
+  }
+  void OnLogLines(const TWrenStepReport& s, const TWrenLogLines& lines) override {
+    for (auto* l : listeners_) l->OnLogLines(s, lines);
   }
   void OnLogFlush(const TWrenStepReport& s) override {
     for (auto* l : listeners_) l->OnLogFlush(s);

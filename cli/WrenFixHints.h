@@ -18,6 +18,7 @@ class TFixHintReporter : public IWrenBuildListener {
  public:
   explicit TFixHintReporter(std::ostream& out) : out_(out) {}
   void OnInvalid(const TWrenValidationProblem& problem) override;
+  void OnLogLines(const TWrenStepReport&, const TWrenLogLines&) override {}  // hints need no log
   void OnStepEnd(const TWrenStepReport& step) override;
 
  private:

@@ -180,6 +180,12 @@ int CmdRun(TCliContext& ctx, const std::string& projectPath, const std::vector<s
     json.Summary(result);
   else
     terminal.Summary(result, dryRun);
+  // The whole log is on disk before marrowby ends, however the build went.
+  bool logWritten = true;
+  if (!logFile.empty() && !log.Close(error)) {
+    *ctx.err << "marrowby: " << error << "\n";
+    logWritten = false;
+  }
   bool reportWritten = true;
   if (!junitFile.empty() &&
       !WriteJUnitReport(junitFile, ChangeFileExt(ExtractFileName(projectPath), ""), result,
@@ -191,7 +197,7 @@ int CmdRun(TCliContext& ctx, const std::string& projectPath, const std::vector<s
   // A build stopped by a signal exits as shells expect: 130 for SIGINT, 143 for SIGTERM.
   if (g_stopSignal != 0) return 128 + g_stopSignal;
   if (result.invalid) return kExitUsage;
-  if (!reportWritten) return kExitFailed;
+  if (!reportWritten || !logWritten) return kExitFailed;
   return result.success ? kExitOk : kExitFailed;
 }
 

@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace wren {
@@ -31,6 +32,8 @@ struct TWrenProcessResult {
 class IWrenProcess {
  public:
   using TLineHandler = std::function<void(const std::string& line)>;
+  /// The lines of one read, line breaks removed, as views valid for the call only.
+  using TLinesHandler = std::function<void(const std::string_view* lines, size_t count)>;
 
   virtual ~IWrenProcess() = default;
   virtual void SetExecutable(const std::string& path) = 0;
@@ -39,6 +42,10 @@ class IWrenProcess {
   virtual void SetWorkingDir(const std::string& dir) = 0;
   virtual void SetOnStdOut(TLineHandler handler) = 0;
   virtual void SetOnStdErr(TLineHandler handler) = 0;
+  /// Instead of a line handler: a stream's lines a read at a time, for a caller that passes
+  /// them on in blocks and needs no string per line. By default through the line handler.
+  virtual void SetOnStdOutLines(TLinesHandler handler) { SetOnStdOut(PerLine(std::move(handler))); }
+  virtual void SetOnStdErrLines(TLinesHandler handler) { SetOnStdErr(PerLine(std::move(handler))); }
   /// Called after the lines of one read of the program's output were delivered: a listener that
   /// buffers lines passes them on here, so output stays live without a write per line.
   virtual void SetOnChunkEnd(std::function<void()> handler) { (void)handler; }
@@ -46,6 +53,15 @@ class IWrenProcess {
   virtual void SetStopCheck(std::function<bool()> stopRequested) = 0;
   /// Starts the program and waits for it to end.
   virtual TWrenProcessResult Run() = 0;
+
+ protected:
+  static TLineHandler PerLine(TLinesHandler handler) {
+    if (!handler) return {};
+    return [handler](const std::string& line) {
+      const std::string_view view(line);
+      handler(&view, 1);
+    };
+  }
 };
 
 std::shared_ptr<IWrenProcess> CreateWrenProcess();

@@ -40,25 +40,19 @@ class TValidationSink : public IWrenActionValidationError {
 /// lines, and keeping them costs no allocation per line.
 class TLogTail {
  public:
-  void Add(TWrenLogStream stream, const std::string& text) {
+  void Add(TWrenLogStream stream, std::string_view text) {
     ++count_;
-    if (stream == TWrenLogStream::Message && !Trim(text).empty()) lastMessage_ = Trim(text);
-    std::pair<TWrenLogStream, std::string>* slot;
-    if (slots_.size() < kWrenLogTailLines) {
-      slot = &slots_.emplace_back();
-    } else {
-      slot = &slots_[next_];
-      next_ = (next_ + 1) % kWrenLogTailLines;
-    }
-    slot->first = stream;
-    if (text.size() <= kWrenLogTailLineBytes) {
-      slot->second.clear();
-      slot->second.append(text.data(), text.size());
-    } else {
-      slot->second.assign(text, 0, kWrenLogTailLineBytes);
-      slot->second += " ... (" + std::to_string(text.size() - kWrenLogTailLineBytes) +
-                      " more bytes)";
-    }
+    if (stream == TWrenLogStream::Message) NoteMessage(text);
+    Keep(stream, text);
+  }
+  /// A block of lines: only those that stay in the ring are copied.
+  void Add(const TWrenLogLines& lines) {
+    const size_t n = lines.Count();
+    count_ += n;
+    if (lines.Stream() == TWrenLogStream::Message)
+      lines.ForEach([&](std::string_view text) { NoteMessage(text); });
+    lines.ForEach([&](std::string_view text) { Keep(lines.Stream(), text); },
+                  n > kWrenLogTailLines ? n - kWrenLogTailLines : 0);
   }
   /// The last non-blank line the action itself logged (the reason a failing action gives).
   const std::string& LastMessage() const { return lastMessage_; }
@@ -73,6 +67,28 @@ class TLogTail {
   }
 
  private:
+  void NoteMessage(std::string_view text) {
+    std::string trimmed = Trim(std::string(text));
+    if (!trimmed.empty()) lastMessage_ = std::move(trimmed);
+  }
+  void Keep(TWrenLogStream stream, std::string_view text) {
+    std::pair<TWrenLogStream, std::string>* slot;
+    if (slots_.size() < kWrenLogTailLines) {
+      slot = &slots_.emplace_back();
+    } else {
+      slot = &slots_[next_];
+      if (++next_ == kWrenLogTailLines) next_ = 0;
+    }
+    slot->first = stream;
+    if (text.size() <= kWrenLogTailLineBytes) {
+      slot->second.assign(text);
+    } else {
+      slot->second.assign(text.substr(0, kWrenLogTailLineBytes));
+      slot->second += " ... (" + std::to_string(text.size() - kWrenLogTailLineBytes) +
+                      " more bytes)";
+    }
+  }
+
   std::vector<std::pair<TWrenLogStream, std::string>> slots_;
   size_t next_ = 0;  // once the ring is full: the oldest slot
   size_t count_ = 0;
@@ -623,9 +639,9 @@ TWrenBuildResult RunBuild(TWrenProject& project, const TWrenBuildOptions& option
     host.SetDryRun(options.dryRun);
     host.SetProjectFileName(projectFile);
     TLogTail tail;
-    host.SetLogSink([&](TWrenLogStream stream, const std::string& text) {
-      tail.Add(stream, text);
-      listener.OnLog(report, stream, text);
+    host.SetLogLinesSink([&](const TWrenLogLines& lines) {
+      tail.Add(lines);
+      listener.OnLogLines(report, lines);
     });
     host.SetFlushSink([&] { listener.OnLogFlush(report); });
     step.action->SetHost(&host);

@@ -61,6 +61,15 @@ class IWrenBuildListener {
     (void)stream;
     (void)text;
   }
+  /// A block of lines of one stream, in order (a read of a tool's output): each goes to OnLog
+  /// unless the listener takes the block at once.
+  virtual void OnLogLines(const TWrenStepReport& step, const TWrenLogLines& lines) {
+    std::string line;
+    lines.ForEach([&](std::string_view text) {
+      line.assign(text);
+      OnLog(step, lines.Stream(), line);
+    });
+  }
   /// The lines logged since the last call are all there is for now (one read of a tool's
   /// output, or one message): a writer that buffers lines passes them on here.
   virtual void OnLogFlush(const TWrenStepReport& step) { (void)step; }

@@ -1,5 +1,6 @@
 #include "WrenStepHost.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 #include "WrenExecuteAction.h"
@@ -26,8 +27,64 @@ void TWrenStepHost::SetVariable(const std::string& name, const std::string& valu
   variables_[UpperCase(name)] = value;
 }
 
+void TWrenLogLines::Reset(TWrenLogStream stream) {
+  stream_ = stream;
+  size_ = 0;
+  count_ = 0;
+  // The room a huge line needed is not kept.
+  if (capacity_ > 1024 * 1024) {
+    data_.reset();
+    capacity_ = 0;
+  }
+}
+
+void TWrenLogLines::Grow(size_t more) {
+  if (more > capacity_ - size_) {
+    const size_t capacity = std::max<size_t>(2 * (size_ + more), 64 * 1024);
+    std::unique_ptr<char[]> data(new char[capacity]);
+    if (size_ > 0) std::memcpy(data.get(), data_.get(), size_);
+    data_ = std::move(data);
+    capacity_ = capacity;
+  }
+  if (count_ == endsCapacity_) {
+    const size_t capacity = std::max<size_t>(2 * endsCapacity_, 4096);
+    std::unique_ptr<size_t[]> ends(new size_t[capacity]);
+    if (count_ > 0) std::memcpy(ends.get(), ends_.get(), count_ * sizeof(size_t));
+    ends_ = std::move(ends);
+    endsCapacity_ = capacity;
+  }
+}
+
+void TWrenStepHost::DeliverLines() {
+  if (lines_.Empty()) return;
+  linesSink_(lines_);
+  lines_.Reset(lines_.Stream());
+}
+
+void TWrenStepHost::LogSlowly(TWrenLogStream stream, const std::string& text) {
+  if (!linesSink_) {
+    if (sink_) sink_(stream, text);
+    return;
+  }
+  if (stream != lines_.Stream()) {
+    DeliverLines();
+    lines_.Reset(stream);
+  }
+  lines_.Add(text);
+  if (!inOutput_ || lines_.Bytes() >= kLinesBlockBytes) DeliverLines();
+}
+
+void TWrenStepHost::LogView(TWrenLogStream stream, std::string_view text) {
+  if (stream != lines_.Stream()) {
+    DeliverLines();
+    lines_.Reset(stream);
+  }
+  lines_.AddView(text);
+  if (lines_.Bytes() >= kLinesBlockBytes) DeliverLines();
+}
+
 void TWrenStepHost::SendMessage(const std::string& text) {
-  if (sink_) sink_(currentStream_, text);
+  Log(currentStream_, text);
   if (flush_ && !inOutput_) flush_();
 }
 
@@ -107,36 +164,58 @@ TWrenProcessResult TWrenStepHost::RunProcess(TWrenExecuteAbstractAction& action,
     return lastResult_;
   }
 
-  if (sink_)
-    sink_(TWrenLogStream::Command,
-          "starting " + request.executable + " " + request.commandLine + "  (in " +
-              (request.workingDir.empty() ? std::string(".") : request.workingDir) + ")");
+  Log(TWrenLogStream::Command,
+      "starting " + request.executable + " " + request.commandLine + "  (in " +
+          (request.workingDir.empty() ? std::string(".") : request.workingDir) + ")");
   if (flush_) flush_();
   std::shared_ptr<IWrenProcess> process = CreateWrenProcess();
   process->SetExecutable(request.executable);
   process->SetCommandLine(request.commandLine);
   process->SetWorkingDir(request.workingDir);
-  auto deliver = [this](TWrenLogStream stream, const IWrenProcess::TLineHandler& handler) {
-    return [this, stream, handler](const std::string& line) {
-      // Lines an action logs while handling output belong to that output stream.
-      const TWrenLogStream previous = currentStream_;
-      const bool wasInOutput = inOutput_;
-      currentStream_ = stream;
-      inOutput_ = true;
-      if (handler)
+  // Lines an action logs while handling output belong to that output stream. The state is set
+  // per line (the streams take turns) and put back once the program has ended.
+  auto deliver = [this](TWrenLogStream stream,
+                        const IWrenProcess::TLineHandler& handler) -> IWrenProcess::TLineHandler {
+    if (handler)
+      return [this, stream, handler](const std::string& line) {
+        currentStream_ = stream;
         handler(line);
-      else
-        SendMessage(line);
-      currentStream_ = previous;
-      inOutput_ = wasInOutput;
+      };
+    return [this, stream](const std::string& line) { Log(stream, line); };
+  };
+  // Output no action handles goes to the log a read at a time, without a string per line.
+  auto deliverLines = [this](TWrenLogStream stream) -> IWrenProcess::TLinesHandler {
+    return [this, stream](const std::string_view* lines, size_t count) {
+      for (size_t i = 0; i < count; ++i) LogView(stream, lines[i]);
     };
   };
-  process->SetOnStdOut(deliver(TWrenLogStream::StdOut, request.onStdOut));
-  process->SetOnStdErr(deliver(TWrenLogStream::StdErr, request.onStdErr));
-  if (flush_) process->SetOnChunkEnd(flush_);
+  if (request.onStdOut || !linesSink_)
+    process->SetOnStdOut(deliver(TWrenLogStream::StdOut, request.onStdOut));
+  else
+    process->SetOnStdOutLines(deliverLines(TWrenLogStream::StdOut));
+  if (request.onStdErr || !linesSink_)
+    process->SetOnStdErr(deliver(TWrenLogStream::StdErr, request.onStdErr));
+  else
+    process->SetOnStdErrLines(deliverLines(TWrenLogStream::StdErr));
+  if (flush_ || linesSink_)
+    process->SetOnChunkEnd([this] {
+      if (linesSink_) DeliverLines();
+      if (flush_) flush_();
+    });
   process->SetStopCheck([this] { return StopSignalled(); });
   processStarted_ = true;
+  struct TOutputScope {
+    TWrenStepHost& host;
+    TWrenLogStream stream;
+    bool inOutput;
+    ~TOutputScope() {
+      host.currentStream_ = stream;
+      host.inOutput_ = inOutput;
+    }
+  } scope{*this, currentStream_, inOutput_};
+  inOutput_ = true;
   lastResult_ = process->Run();
+  if (linesSink_) DeliverLines();
   if (lastResult_.status == TWrenProcessResult::TStatus::NotFound) processStarted_ = false;
   return lastResult_;
 }

@@ -2,9 +2,12 @@
 #pragma once
 
 #include <atomic>
+#include <cstring>
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "WrenActionAPI.h"
@@ -32,12 +35,75 @@ struct TWrenDryRunRecord {
 /// Log streams of a step. Command: the host's own line naming the program it starts.
 enum class TWrenLogStream { Message, StdOut, StdErr, Command };
 
+/// Lines of one log stream in arrival order, kept in one buffer: a tool's output is passed on a
+/// read at a time, so each layer pays a call per block rather than per line. The buffer is
+/// reused from block to block.
+class TWrenLogLines {
+ public:
+  TWrenLogStream Stream() const { return stream_; }
+  size_t Count() const { return count_; }
+  bool Empty() const { return count_ == 0; }
+  /// The bytes of Text().
+  size_t Bytes() const { return size_; }
+  /// Every line followed by a line break, as one block.
+  std::string_view Text() const { return {data_.get(), size_}; }
+  /// Calls f(std::string_view line) for each line, oldest first; from `first` on.
+  template <class F>
+  void ForEach(F&& f, size_t first = 0) const {
+    size_t begin = first == 0 ? 0 : ends_[first - 1] + 1;
+    for (size_t i = first; i < count_; ++i) {
+      f(std::string_view(data_.get() + begin, ends_[i] - begin));
+      begin = ends_[i] + 1;
+    }
+  }
+  /// Bytes past the last line that are always allocated: a line up to this long is copied
+  /// with a fixed-size copy that may run over its end, here and by readers.
+  static constexpr size_t kSlack = 16;
+  /// Whether a line of this size fits without growing.
+  bool HasRoom(size_t size) const {
+    return count_ < endsCapacity_ && size + 1 + kSlack <= capacity_ - size_;
+  }
+  void Add(const std::string& line) {
+    if (!HasRoom(line.size())) Grow(line.size() + 1 + kSlack);
+    char* at = data_.get() + size_;
+    // A std::string's buffer holds at least kSlack bytes, so a short one is copied whole.
+    if (line.size() < kSlack)
+      std::memcpy(at, line.data(), kSlack);
+    else
+      std::memcpy(at, line.data(), line.size());
+    size_ += line.size();
+    ends_[count_++] = size_;
+    data_[size_++] = '\n';
+  }
+  /// The same for a line in any memory.
+  void AddView(std::string_view line) {
+    if (!HasRoom(line.size())) Grow(line.size() + 1 + kSlack);
+    if (!line.empty()) std::memcpy(data_.get() + size_, line.data(), line.size());
+    size_ += line.size();
+    ends_[count_++] = size_;
+    data_[size_++] = '\n';
+  }
+  /// Empties the block for lines of another stream.
+  void Reset(TWrenLogStream stream);
+
+ private:
+  void Grow(size_t more);
+  TWrenLogStream stream_ = TWrenLogStream::Message;
+  std::unique_ptr<char[]> data_;
+  size_t size_ = 0;
+  size_t capacity_ = 0;
+  std::unique_ptr<size_t[]> ends_;  // where each line ends (its line break)
+  size_t count_ = 0;
+  size_t endsCapacity_ = 0;
+};
+
 /// Serves one action while it runs: logs through a sink, expands %NAME% from the project's
 /// variables then the environment, runs scripts, and starts programs with the real process runner
 /// (or records them in a dry run).
 class TWrenStepHost : public IWrenActionHost {
  public:
   using TLogSink = std::function<void(TWrenLogStream stream, const std::string& text)>;
+  using TLogLinesSink = std::function<void(const TWrenLogLines& lines)>;
 
   TWrenStepHost();
 
@@ -45,6 +111,9 @@ class TWrenStepHost : public IWrenActionHost {
   void SetVariables(std::map<std::string, std::string> variables);
   void SetVariable(const std::string& name, const std::string& value);
   void SetLogSink(TLogSink sink) { sink_ = std::move(sink); }
+  /// Instead of a line sink: lines come in blocks, a program's output one block per read of it
+  /// (each message outside that output in a block of its own, at once).
+  void SetLogLinesSink(TLogLinesSink sink) { linesSink_ = std::move(sink); }
   /// Called when the lines logged so far are all there is for now: after each message outside a
   /// program's output, and after each read of that output.
   void SetFlushSink(std::function<void()> flush) { flush_ = std::move(flush); }
@@ -71,8 +140,27 @@ class TWrenStepHost : public IWrenActionHost {
                                 const TWrenProcessRequest& request) override;
 
  private:
+  // Per line of a program's output: the common case stays small enough to inline.
+  void Log(TWrenLogStream stream, const std::string& text) {
+    if (inOutput_ && stream == lines_.Stream() && lines_.HasRoom(text.size()) &&
+        lines_.Bytes() < kLinesBlockBytes && linesSink_) {
+      lines_.Add(text);
+      return;
+    }
+    LogSlowly(stream, text);
+  }
+  void LogSlowly(TWrenLogStream stream, const std::string& text);
+  /// A line of output no action handles (only with a lines sink, while a program runs).
+  void LogView(TWrenLogStream stream, std::string_view text);
+  // A block of a program's output is passed on at a read's end, or sooner when it grew this
+  // big (an action may log several lines per line it reads).
+  static constexpr size_t kLinesBlockBytes = 256 * 1024;
+  void DeliverLines();
+
   std::map<std::string, std::string> variables_;  // keys upper-cased
   TLogSink sink_;
+  TLogLinesSink linesSink_;
+  TWrenLogLines lines_;  // logged, not yet passed to linesSink_
   std::function<void()> flush_;
   bool inOutput_ = false;  // lines come from a program's output: flushed per read, not per line
   const std::atomic<bool>* stop_;

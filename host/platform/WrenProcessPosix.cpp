@@ -106,12 +106,44 @@ class TLineSplitter {
     }
     pending_.append(data.substr(start));
   }
+  /// The same, all complete lines of the data in one call, as views into it (or, for a line
+  /// begun by an earlier read, into the part kept from then).
+  void Feed(std::string_view data, const IWrenProcess::TLinesHandler& handler) {
+    views_.clear();
+    const char* bytes = data.data();
+    size_t start = 0;
+    bool joined = false;
+    while (const void* found = std::memchr(bytes + start, '\n', data.size() - start)) {
+      const size_t end = static_cast<size_t>(static_cast<const char*>(found) - bytes);
+      std::string_view line(bytes + start, end - start);
+      if (!pending_.empty() && !joined) {
+        pending_.append(line);
+        line = pending_;
+        joined = true;
+      }
+      if (!line.empty() && line.back() == '\r') line.remove_suffix(1);
+      views_.push_back(line);
+      start = end + 1;
+    }
+    if (!views_.empty()) handler(views_.data(), views_.size());
+    if (joined) pending_.clear();
+    pending_.append(bytes + start, data.size() - start);
+    if (pending_.capacity() > kKeepCapacity && pending_.size() <= kKeepCapacity)
+      std::string(pending_).swap(pending_);
+  }
   /// The last line when the stream did not end with a line break.
   void Flush(const IWrenProcess::TLineHandler& handler) {
     if (pending_.empty()) return;
     line_.swap(pending_);
     pending_.clear();
     Emit(handler);
+  }
+  void Flush(const IWrenProcess::TLinesHandler& handler) {
+    if (pending_.empty()) return;
+    std::string_view line(pending_);
+    if (line.back() == '\r') line.remove_suffix(1);
+    handler(&line, 1);
+    pending_.clear();
   }
 
  private:
@@ -125,6 +157,7 @@ class TLineSplitter {
   static constexpr size_t kKeepCapacity = 64 * 1024;
   std::string line_;
   std::string pending_;
+  std::vector<std::string_view> views_;
 };
 
 /// One output pipe of the child and what becomes of its bytes.
@@ -132,10 +165,20 @@ struct TOutputStream {
   TFd fd;
   TLineSplitter lines;
   const IWrenProcess::TLineHandler* handler = nullptr;
+  const IWrenProcess::TLinesHandler* linesHandler = nullptr;  // taken instead when set
 
+  void Feed(std::string_view data) {
+    if (*linesHandler)
+      lines.Feed(data, *linesHandler);
+    else
+      lines.Feed(data, *handler);
+  }
   void Finish() {
     fd.Close();
-    lines.Flush(*handler);
+    if (*linesHandler)
+      lines.Flush(*linesHandler);
+    else
+      lines.Flush(*handler);
   }
 };
 
@@ -176,8 +219,7 @@ bool PumpOutput(TOutputStream* streams[2], TReadBuffer& buffer,
     } while (n < 0 && errno == EINTR);
     if (n > 0) {
       gotData = true;
-      stream.lines.Feed(std::string_view(buffer.bytes.get(), static_cast<size_t>(n)),
-                        *stream.handler);
+      stream.Feed(std::string_view(buffer.bytes.get(), static_cast<size_t>(n)));
     } else if (n == 0 || errno != EAGAIN) {
       stream.Finish();
       ended = true;
@@ -897,6 +939,8 @@ class TWrenProcessPosix final : public IWrenProcess {
   void SetWorkingDir(const std::string& dir) override { workingDir_ = dir; }
   void SetOnStdOut(TLineHandler handler) override { onStdOut_ = std::move(handler); }
   void SetOnStdErr(TLineHandler handler) override { onStdErr_ = std::move(handler); }
+  void SetOnStdOutLines(TLinesHandler handler) override { onStdOutLines_ = std::move(handler); }
+  void SetOnStdErrLines(TLinesHandler handler) override { onStdErrLines_ = std::move(handler); }
   void SetOnChunkEnd(std::function<void()> handler) override { onChunkEnd_ = std::move(handler); }
   void SetStopCheck(std::function<bool()> stopRequested) override {
     stopCheck_ = std::move(stopRequested);
@@ -911,6 +955,8 @@ class TWrenProcessPosix final : public IWrenProcess {
   std::string workingDir_;
   TLineHandler onStdOut_;
   TLineHandler onStdErr_;
+  TLinesHandler onStdOutLines_;
+  TLinesHandler onStdErrLines_;
   std::function<void()> onChunkEnd_;
   std::function<bool()> stopCheck_;
 };
@@ -975,6 +1021,8 @@ TWrenProcessResult TWrenProcessPosix::Run() {
   ::fcntl(err.fd.Get(), F_SETFL, O_NONBLOCK);
   out.handler = &onStdOut_;
   err.handler = &onStdErr_;
+  out.linesHandler = &onStdOutLines_;
+  err.linesHandler = &onStdErrLines_;
 
   // A pooled supervisor may have died since its last run (killed from outside): the request
   // then finds no one, and a new supervisor takes it.

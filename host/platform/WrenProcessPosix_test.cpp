@@ -224,6 +224,44 @@ TEST(WrenProcessPosix, EachReadEndsWithAChunkEndAfterItsLines) {
   EXPECT_EQ(*(second + 1), "|");
 }
 
+// The block handlers see exactly the lines the line handlers see, whatever the reads cut.
+TEST(WrenProcessPosix, BlocksOfLinesHoldWhatLineByLineDelivers) {
+  const std::string scripts[] = {
+      "printf 'alpha\\r\\nbeta\\n\\nmid\\rcr\\r\\nlast without break'; printf 'w1\\r\\nw2' >&2",
+      "printf 'first\\r'; sleep 0.1; printf '\\nsecond\\n'; sleep 0.1; "
+      "head -c 1048576 /dev/zero | tr '\\0' x; printf '\\ntail\\r'",
+      "(yes out | head -n 30000) & (yes err | head -n 30000 1>&2); wait",
+      "",
+  };
+  for (const std::string& script : scripts) {
+    const std::string commandLine = "-c \"" + script + "\"";
+    const TRun byLine = RunProgram("/bin/sh", commandLine);
+    ASSERT_EQ(byLine.result.status, TStatus::Exited) << script;
+
+    TRun byBlock;
+    size_t blocks = 0;
+    std::shared_ptr<IWrenProcess> process = CreateWrenProcess();
+    process->SetExecutable("/bin/sh");
+    process->SetCommandLine(commandLine);
+    auto collect = [&blocks](TLines& into) {
+      return [&blocks, &into](const std::string_view* lines, size_t count) {
+        ++blocks;
+        for (size_t i = 0; i < count; ++i) into.emplace_back(lines[i]);
+      };
+    };
+    process->SetOnStdOutLines(collect(byBlock.out));
+    process->SetOnStdErrLines(collect(byBlock.err));
+    byBlock.result = process->Run();
+    ASSERT_EQ(byBlock.result.status, TStatus::Exited) << script;
+    EXPECT_EQ(byBlock.out, byLine.out) << script;
+    EXPECT_EQ(byBlock.err, byLine.err) << script;
+    EXPECT_LE(blocks, byLine.out.size() + byLine.err.size()) << script;
+    if (byLine.out.size() > 1000) {
+      EXPECT_LT(blocks * 10, byLine.out.size()) << script;
+    }
+  }
+}
+
 TEST(WrenProcessPosix, ExitCodesArePassedThrough) {
   TTempDir dir;
   for (int code : {0, 1, 3, 255}) {

@@ -2,6 +2,10 @@
 // in the log's format, while failure reports and the JUnit report show its end, not all of it.
 #include <gtest/gtest.h>
 
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cctype>
 #include <sstream>
@@ -120,6 +124,67 @@ TEST(ToolOutput, FailureReportsShowTheEndOfALongOutput) {
                              &output),
             0)
       << "xmllint (libxml2-utils) must be installed and accept the report:\n" << output;
+}
+
+// The log is written by a thread of its own: whatever ends the build, the host's exit waits
+// for the whole of it, and one it could not write makes the run fail.
+TEST(ToolOutput, TheLogIsCompleteWhenABuildIsStopped) {
+  const struct {
+    int signal;
+    int exitCode;
+  } cases[] = {{SIGINT, 130}, {SIGTERM, 143}};
+  for (const auto& c : cases) {
+    // Prints its lines, says so through a file, and waits to be stopped.
+    CliMachine m("#!/bin/sh\nseq 1 " + std::to_string(kLines) +
+                 " | sed 's/^/line /'\ntouch \"$0.printed\"\nexec sleep 60\n");
+    // An older, longer log is replaced, not overwritten in part.
+    test::WriteFile(m.dir / "build.log", std::string(40u << 20, 'o'));
+    m.WriteProject("noisy.mbproj", SnStep("-x"));
+    const pid_t host = m.Start({"run", m.dir / "noisy.mbproj", "--log", m.dir / "build.log"});
+    ASSERT_GT(host, 0);
+    // Waits for the tool, however long the machine takes; not a timing.
+    for (int i = 0; i < 60000 && ::access((m.sn + ".printed").c_str(), F_OK) != 0; ++i)
+      ::usleep(1000);
+    ASSERT_EQ(::access((m.sn + ".printed").c_str(), F_OK), 0) << "the tool never finished printing";
+    ::kill(host, c.signal);
+    int status = 0;
+    ASSERT_EQ(::waitpid(host, &status, 0), host);
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), c.exitCode);
+
+    std::vector<std::string> texts;
+    for (const std::string& line : Lines(test::ReadFile(m.dir / "build.log"))) {
+      std::string text;
+      ASSERT_TRUE(StampedText(line, text)) << line.substr(0, 100);
+      texts.push_back(text);
+    }
+    EXPECT_EQ(CountedLines(texts, "    "), kLines) << c.signal;
+    ASSERT_FALSE(texts.empty());
+    EXPECT_EQ(texts.front(), "[1/1] Run SN.EXE");
+    EXPECT_EQ(texts.back().rfind("  FAILED in ", 0), 0u) << texts.back();
+    EXPECT_NE(texts.back().find(": stopped by user request"), std::string::npos) << texts.back();
+  }
+}
+
+TEST(ToolOutput, ALogThatCannotBeWrittenFailsTheRun) {
+  const struct {
+    const char* tool;
+    int exitCode;
+  } cases[] = {
+      {"#!/bin/sh\nseq 1 1000\n", 1},          // the build itself succeeds
+      {"#!/bin/sh\nseq 1 1000\nexit 3\n", 1},  // and fails
+  };
+  for (const auto& c : cases) {
+    CliMachine m(c.tool);
+    m.WriteProject("p.mbproj", SnStep("-x"));
+    std::string out, err;
+    EXPECT_EQ(m.Run({"run", m.dir / "p.mbproj", "--log", "/dev/full"}, &out, &err), c.exitCode)
+        << out << err;
+    EXPECT_NE(err.find("marrowby: cannot write the log file /dev/full: "), std::string::npos)
+        << err;
+    // The terminal still saw the whole build.
+    EXPECT_NE(out.find("    1000\n"), std::string::npos);
+  }
 }
 
 }  // namespace
