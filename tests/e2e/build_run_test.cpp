@@ -122,12 +122,6 @@ class PipedHost {
   FILE* in_ = nullptr;
 };
 
-bool Alive(pid_t pid) {
-  const std::string stat = test::ReadFile("/proc/" + std::to_string(pid) + "/stat");
-  const size_t close = stat.rfind(')');
-  return close != std::string::npos && close + 2 < stat.size() && stat[close + 2] != 'Z';
-}
-
 TEST(BuildRun, RelativePathsMeanTheProjectFolderWhereverTheHostStarts) {
   Machine m;
   test::WriteFile(m.dir / "work/sub/dir/Properties/AssemblyInfo.cs",
@@ -226,7 +220,7 @@ TEST(BuildRun, ToolOutputReachesAPipeAndTheLogAsItHappens) {
   // The tool is still sleeping: the line came while it ran, not when it ended.
   const json call = test::RecordedCall(m.sn);
   const pid_t tool = call["pid"].get<pid_t>();
-  EXPECT_TRUE(Alive(tool));
+  EXPECT_TRUE(test::ProcessRunning(tool));
   // A CI time-out kills the host outright: what was logged is on disk.
   kill(host.pid, SIGKILL);
   host.Wait();

@@ -144,15 +144,6 @@ TEST(Cli, ListsAndDescribesTheRegisteredActions) {
   EXPECT_NE(err.find("did you mean TSNGenerateKeyPair?"), std::string::npos) << err;
 }
 
-bool Running(pid_t pid) {
-  if (kill(pid, 0) != 0) return false;
-  // A zombie waiting for its reaper is not running.
-  std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
-  std::string text((std::istreambuf_iterator<char>(stat)), std::istreambuf_iterator<char>());
-  const size_t close = text.rfind(')');
-  return close != std::string::npos && close + 2 < text.size() && text[close + 2] != 'Z';
-}
-
 TEST(Cli, InterruptStopsTheBuildAndLeavesNoProcessBehind) {
   // Shells and CI runners tell an interrupted build by 128 + the signal.
   const struct {
@@ -192,10 +183,11 @@ TEST(Cli, InterruptStopsTheBuildAndLeavesNoProcessBehind) {
     ASSERT_EQ(waitpid(host, &status, 0), host);
     ASSERT_TRUE(WIFEXITED(status));
     EXPECT_EQ(WEXITSTATUS(status), c.exitCode);
-    for (int i = 0; i < 100 && (Running(tool) || Running(grandchild)); ++i)
+    for (int i = 0;
+         i < 100 && (test::ProcessRunning(tool) || test::ProcessRunning(grandchild)); ++i)
       std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    EXPECT_FALSE(Running(tool));
-    EXPECT_FALSE(Running(grandchild));
+    EXPECT_FALSE(test::ProcessRunning(tool));
+    EXPECT_FALSE(test::ProcessRunning(grandchild));
     // The second step never ran: the recorder's record is still the first call's.
     EXPECT_EQ(test::RecordedCall(m.sn)["argv"][1], "-wait");
   }

@@ -23,22 +23,6 @@ namespace {
 
 using ScriptMachine = CliMachine;
 
-bool Running(pid_t pid) {
-  if (::kill(pid, 0) != 0) return false;
-  // A zombie waiting for its reaper is not running.
-  const std::string text = test::ReadFile("/proc/" + std::to_string(pid) + "/stat");
-  const size_t close = text.rfind(')');
-  return close != std::string::npos && close + 2 < text.size() && text[close + 2] != 'Z';
-}
-
-std::vector<pid_t> Pids(const std::string& file) {
-  std::vector<pid_t> pids;
-  if (!test::Exists(file)) return pids;
-  std::istringstream in(test::ReadFile(file));
-  for (pid_t pid; in >> pid;) pids.push_back(pid);
-  return pids;
-}
-
 // The step's tool starts a background child and one that leaves the process group with setsid,
 // then waits; the host is ended by a closed terminal, Ctrl-C, or kill -9.
 TEST(Leftovers, NoProcessOfABuildOutlivesTheHost) {
@@ -60,9 +44,9 @@ TEST(Leftovers, NoProcessOfABuildOutlivesTheHost) {
     const pid_t host = m.Start({"run", m.dir / "long.mbproj"});
     ::unsetenv("MARROWBY_KILL_GRACE_MS");
     ASSERT_GT(host, 0);
-    for (int i = 0; i < 400 && Pids(pids).size() < 3; ++i)
+    for (int i = 0; i < 400 && test::ReadPids(pids).size() < 3; ++i)
       std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    const std::vector<pid_t> started = Pids(pids);
+    const std::vector<int> started = test::ReadPids(pids);
     ASSERT_EQ(started.size(), 3u) << "the tool never started";
 
     ASSERT_EQ(::kill(host, sig), 0);
@@ -76,9 +60,9 @@ TEST(Leftovers, NoProcessOfABuildOutlivesTheHost) {
           << "wait status " << status;
     }
     for (pid_t pid : started) {
-      for (int i = 0; i < 200 && Running(pid); ++i)
+      for (int i = 0; i < 200 && test::ProcessRunning(pid); ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
-      EXPECT_FALSE(Running(pid)) << pid << " outlived the host";
+      EXPECT_FALSE(test::ProcessRunning(pid)) << pid << " outlived the host";
     }
   }
 }

@@ -14,20 +14,6 @@
 namespace wren {
 namespace {
 
-bool Alive(pid_t pid) {
-  if (::kill(pid, 0) != 0) return false;
-  const std::string text = test::ReadFile("/proc/" + std::to_string(pid) + "/stat");
-  const size_t close = text.rfind(')');
-  return close != std::string::npos && close + 2 < text.size() && text[close + 2] != 'Z';
-}
-
-std::vector<pid_t> Pids(const std::string& file) {
-  std::vector<pid_t> pids;
-  std::istringstream in(test::ReadFile(file));
-  for (pid_t pid; in >> pid;) pids.push_back(pid);
-  return pids;
-}
-
 TEST(StepHelper, WhatAStepLeavesEndsBeforeTheNextStepAndTheHelperWithTheBuild) {
   test::TempDir state;
   const std::string pids = state / "pids";
@@ -49,15 +35,15 @@ TEST(StepHelper, WhatAStepLeavesEndsBeforeTheNextStepAndTheHelperWithTheBuild) {
   std::string out;
   EXPECT_EQ(m.Run({"run", m.dir / "steps.mbproj"}, &out), 0) << out;
 
-  const std::vector<pid_t> left = Pids(pids);
+  const std::vector<int> left = test::ReadPids(pids);
   EXPECT_EQ(left.size(), 4u);
-  for (pid_t pid : left) EXPECT_FALSE(Alive(pid)) << pid << " outlived its step";
-  const std::vector<pid_t> started = Pids(helpers);
+  for (int pid : left) EXPECT_FALSE(test::ProcessRunning(pid)) << pid << " outlived its step";
+  const std::vector<int> started = test::ReadPids(helpers);
   ASSERT_EQ(started.size(), 4u);
-  for (pid_t helper : started) EXPECT_EQ(helper, started[0]) << "the steps did not share a helper";
-  for (int i = 0; i < 200 && Alive(started[0]); ++i)
+  for (int helper : started) EXPECT_EQ(helper, started[0]) << "the steps did not share a helper";
+  for (int i = 0; i < 200 && test::ProcessRunning(started[0]); ++i)
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  EXPECT_FALSE(Alive(started[0])) << "the helper outlived the build";
+  EXPECT_FALSE(test::ProcessRunning(started[0])) << "the helper outlived the build";
 }
 
 }  // namespace

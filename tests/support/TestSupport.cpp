@@ -6,6 +6,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
+
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -49,6 +51,24 @@ std::string ReadFile(const std::string& path) {
 }
 
 bool Exists(const std::string& path) { return access(path.c_str(), F_OK) == 0; }
+
+bool ProcessRunning(int pid) {
+  if (kill(pid, 0) != 0) return false;
+  // Read without ReadFile's throw: the process may be reaped between the two looks.
+  std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
+  const std::string text((std::istreambuf_iterator<char>(stat)), std::istreambuf_iterator<char>());
+  // "pid (name) state ...": the name may hold anything, so look after its last ')'.
+  const size_t close = text.rfind(')');
+  return close != std::string::npos && close + 2 < text.size() && text[close + 2] != 'Z';
+}
+
+std::vector<int> ReadPids(const std::string& path) {
+  std::vector<int> pids;
+  if (!Exists(path)) return pids;
+  std::istringstream in(ReadFile(path));
+  for (int pid; in >> pid;) pids.push_back(pid);
+  return pids;
+}
 
 void InstallRecorder(const std::string& path) {
   std::filesystem::create_directories(std::filesystem::path(path).parent_path());

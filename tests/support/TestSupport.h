@@ -26,6 +26,11 @@ void WriteFile(const std::string& path, const std::string& bytes);
 std::string ReadFile(const std::string& path);
 bool Exists(const std::string& path);
 
+/// Whether the process runs: a zombie waiting for its reaper does not.
+bool ProcessRunning(int pid);
+/// The process ids a test program wrote to a file, one per line; none when there is no file.
+std::vector<int> ReadPids(const std::string& path);
+
 /// Copies the argv-recorder program to path (a tool's name in a test folder), executable.
 void InstallRecorder(const std::string& path);
 /// The JSON the recorder wrote beside the program at path; null when it did not run.
