@@ -1,5 +1,11 @@
-// `marrowby edit`: loads the editor module beside the executable and hands the command to it.
+// `marrowby edit`: hands the command to the editor executable where there is one, else loads the
+// editor module beside the executable and runs the command in it.
 #include <dlfcn.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <iostream>
 
 #include "Commands.h"
 #include "WrenFiles.h"
@@ -26,6 +32,27 @@ int RunEditorModule(TCliContext& ctx, const std::string& executableDir,
     return kExitFailed;
   }
   return entry(&ctx, projectFile.c_str(), port, noBrowser);
+}
+
+int HandOverToEditor(TCliContext& ctx, const std::string& executableDir, char** argv) {
+#ifdef MARROWBY_EDITOR_EXECUTABLE
+  // This executable has the C++ run-time inside the core library, and the editor's HTTP library
+  // needs the shared one: one process never gets both.
+  std::string path = executableDir + MARROWBY_EDITOR_EXECUTABLE;
+  if (!FileExists(path))
+    path = IncludeTrailingPathDelimiter(MARROWBY_DEFAULT_MODULE_DIR) + MARROWBY_EDITOR_EXECUTABLE;
+  std::cout.flush();
+  std::cerr.flush();
+  ::execv(path.c_str(), argv);
+  *ctx.err << "marrowby: cannot start the editor (" << path << "): " << std::strerror(errno)
+           << "\n";
+  return kExitFailed;
+#else
+  (void)ctx;
+  (void)executableDir;
+  (void)argv;
+  return -1;
+#endif
 }
 
 }  // namespace wren

@@ -49,6 +49,9 @@ int CmdEditor(TCliContext& ctx, const std::string& projectFile, int port, bool n
 /// CmdEditor in it.
 int RunEditorModule(TCliContext& ctx, const std::string& executableDir,
                     const std::string& projectFile, int port, bool noBrowser);
+/// Where the editor runs in an executable of its own, replaces this process with it, given the
+/// same arguments; returns the exit code when that fails, and -1 where the editor runs here.
+int HandOverToEditor(TCliContext& ctx, const std::string& executableDir, char** argv);
 
 /// `marrowby completion bash|zsh`: prints the shell's completion script.
 int CmdCompletion(TCliContext& ctx, const std::string& shell);

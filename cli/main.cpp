@@ -775,6 +775,10 @@ int main(int argc, char** argv) {
     std::cerr << "marrowby: options takes no arguments, or: set KEY NAME VALUE\n";
     return kExitUsage;
   }
+  if (Parsed(edit)) {
+    const int handedOver = HandOverToEditor(ctx, ExecutableDir(), argv);
+    if (handedOver >= 0) return handedOver;
+  }
   TWrenModule module;
   // The editor and describe need the pages, which only design time registers.
   if (!PrepareHost(ctx, module, modulePath, Parsed(describe) || Parsed(edit)))
