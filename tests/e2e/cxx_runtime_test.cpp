@@ -127,6 +127,9 @@ std::map<std::string, std::vector<std::string>> RunTimeDefiners(const StartedHos
   for (const std::string& file : host.MappedFiles()) {
     if (file.find(".so") == std::string::npos && file.find("marrowby") == std::string::npos)
       continue;
+    // A sanitizer's run-time defines __cxa_throw too, to look at the throw before passing it on.
+    if (file.find("libasan") != std::string::npos || file.find("clang_rt") != std::string::npos)
+      continue;
     const std::set<std::string> defined = DefinedSymbols(file);
     for (auto& [symbol, files] : definers)
       if (defined.count(symbol)) files.push_back(file);
