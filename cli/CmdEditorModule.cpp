@@ -1,5 +1,6 @@
-// `marrowby edit`: hands the command to the editor executable where there is one, else loads the
-// editor module beside the executable and runs the command in it.
+// `marrowby edit`: loads the editor module beside the executable and runs the command in it; and
+// the hand-over to the twin executable on the shared C++ run-time, for the editor and for packages
+// that need that run-time.
 #include <dlfcn.h>
 #include <unistd.h>
 
@@ -9,6 +10,7 @@
 
 #include "Commands.h"
 #include "WrenFiles.h"
+#include "runtime/WrenModule.h"
 #include "WrenUtils.h"
 
 namespace wren {
@@ -34,23 +36,27 @@ int RunEditorModule(TCliContext& ctx, const std::string& executableDir,
   return entry(&ctx, projectFile.c_str(), port, noBrowser);
 }
 
-int HandOverToEditor(TCliContext& ctx, const std::string& executableDir, char** argv) {
-#ifdef MARROWBY_EDITOR_EXECUTABLE
-  // This executable has the C++ run-time inside the core library, and the editor's HTTP library
-  // needs the shared one: one process never gets both.
-  std::string path = executableDir + MARROWBY_EDITOR_EXECUTABLE;
+int HandOverToSharedCxx(TCliContext& ctx, const std::string& executableDir, char** argv,
+                        bool editor, const std::string& packagePath) {
+#ifdef MARROWBY_SHARED_CXX_EXECUTABLE
+  // This executable's C++ run-time is inside the core library. The editor's HTTP library needs the
+  // system's shared one, and so does a package built against it: a process never gets both, so
+  // such commands run whole in the twin built on the shared run-time.
+  if (!editor && !ModuleNeedsSharedCxxRunTime(packagePath)) return -1;
+  std::string path = executableDir + MARROWBY_SHARED_CXX_EXECUTABLE;
   if (!FileExists(path))
-    path = IncludeTrailingPathDelimiter(MARROWBY_DEFAULT_MODULE_DIR) + MARROWBY_EDITOR_EXECUTABLE;
+    path = IncludeTrailingPathDelimiter(MARROWBY_DEFAULT_MODULE_DIR) + MARROWBY_SHARED_CXX_EXECUTABLE;
   std::cout.flush();
   std::cerr.flush();
   ::execv(path.c_str(), argv);
-  *ctx.err << "marrowby: cannot start the editor (" << path << "): " << std::strerror(errno)
-           << "\n";
+  *ctx.err << "marrowby: cannot start " << path << ": " << std::strerror(errno) << "\n";
   return kExitFailed;
 #else
   (void)ctx;
   (void)executableDir;
   (void)argv;
+  (void)editor;
+  (void)packagePath;
   return -1;
 #endif
 }

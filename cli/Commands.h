@@ -49,9 +49,12 @@ int CmdEditor(TCliContext& ctx, const std::string& projectFile, int port, bool n
 /// CmdEditor in it.
 int RunEditorModule(TCliContext& ctx, const std::string& executableDir,
                     const std::string& projectFile, int port, bool noBrowser);
-/// Where the editor runs in an executable of its own, replaces this process with it, given the
-/// same arguments; returns the exit code when that fails, and -1 where the editor runs here.
-int HandOverToEditor(TCliContext& ctx, const std::string& executableDir, char** argv);
+/// Where this executable carries the C++ run-time in its core and the command needs the system's
+/// shared one (the editor, or a package module linked to libstdc++.so), replaces this process with
+/// the twin built on the shared run-time, given the same arguments. Returns the exit code when
+/// that fails, and -1 when the command runs here.
+int HandOverToSharedCxx(TCliContext& ctx, const std::string& executableDir, char** argv,
+                        bool editor, const std::string& packagePath);
 
 /// `marrowby completion bash|zsh`: prints the shell's completion script.
 int CmdCompletion(TCliContext& ctx, const std::string& shell);

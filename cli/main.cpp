@@ -91,7 +91,18 @@ bool ConfigureRegistry(TCliContext& ctx, std::string& error) {
 
 /// Loads the options file and the package, and registers what the package supplies.
 /// designTime also registers the property pages, which only describe reads.
-bool PrepareHost(TCliContext& ctx, TWrenModule& module, const std::string& modulePath,
+/// The package module to load: --module, else $MARROWBY_PACKAGE, else the one beside the
+/// executable, else the build's.
+std::string PackagePath(const std::string& modulePath) {
+  std::string path = modulePath;
+  if (path.empty()) path = EnvOr("MARROWBY_PACKAGE", "");
+  const std::string file = ModuleFileName("Wren30DotNetFrameWork");
+  if (path.empty() && FileExists(ExecutableDir() + file)) path = ExecutableDir() + file;
+  if (path.empty()) path = IncludeTrailingPathDelimiter(MARROWBY_DEFAULT_MODULE_DIR) + file;
+  return path;
+}
+
+bool PrepareHost(TCliContext& ctx, TWrenModule& module, const std::string& path,
                  bool designTime) {
   std::string error;
   const std::string optionsPath = ctx.optionsFile.empty() ? DefaultOptionsPath() : ctx.optionsFile;
@@ -103,11 +114,6 @@ bool PrepareHost(TCliContext& ctx, TWrenModule& module, const std::string& modul
     *ctx.err << "marrowby: " << error << "\n";
     return false;
   }
-  std::string path = modulePath;
-  if (path.empty()) path = EnvOr("MARROWBY_PACKAGE", "");
-  const std::string file = ModuleFileName("Wren30DotNetFrameWork");
-  if (path.empty() && FileExists(ExecutableDir() + file)) path = ExecutableDir() + file;
-  if (path.empty()) path = IncludeTrailingPathDelimiter(MARROWBY_DEFAULT_MODULE_DIR) + file;
   if (!module.Load(path, error)) {
     *ctx.err << "marrowby: " << error << "\n";
     return false;
@@ -775,13 +781,13 @@ int main(int argc, char** argv) {
     std::cerr << "marrowby: options takes no arguments, or: set KEY NAME VALUE\n";
     return kExitUsage;
   }
-  if (Parsed(edit)) {
-    const int handedOver = HandOverToEditor(ctx, ExecutableDir(), argv);
-    if (handedOver >= 0) return handedOver;
-  }
+  const std::string packagePath = PackagePath(modulePath);
+  const int handedOver =
+      HandOverToSharedCxx(ctx, ExecutableDir(), argv, Parsed(edit), packagePath);
+  if (handedOver >= 0) return handedOver;
   TWrenModule module;
   // The editor and describe need the pages, which only design time registers.
-  if (!PrepareHost(ctx, module, modulePath, Parsed(describe) || Parsed(edit)))
+  if (!PrepareHost(ctx, module, packagePath, Parsed(describe) || Parsed(edit)))
     return kExitUsage;
 
   int code = kExitUsage;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "WrenRegister.h"
 
@@ -29,6 +30,13 @@ class TWrenModule {
   TWrenRegisterProc entry_ = nullptr;
   std::string path_;
 };
+
+/// The libraries a module file names as needed (ELF DT_NEEDED), read from the file without loading
+/// it; empty when it names none or is not a file of this platform's format.
+std::vector<std::string> ModuleNeededLibraries(const std::string& path);
+
+/// Whether loading the module would bring in the system's shared C++ run-time (libstdc++.so).
+bool ModuleNeedsSharedCxxRunTime(const std::string& path);
 
 /// The file name a package module has on this platform ("Wren30DotNetFrameWork.so").
 std::string ModuleFileName(const std::string& moduleName);

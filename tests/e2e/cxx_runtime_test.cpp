@@ -173,12 +173,21 @@ TEST(CxxRunTime, EveryProcessHasOneCopy) {
        {"Wren30DotNetFrameWork", "liblua"}},
       {"the editor", {"edit", m.dir / "edit.mbproj", "--no-browser"},
        {"Wren30DotNetFrameWork", "MarrowbyEditor", "httplib"}},
+      // Held in its registration (MARROWBY_TEST_HOLD) with the shared libstdc++ it needs loaded.
+      {"a package built against libstdc++.so", {"--module", SHARED_CXX_PACKAGE, "actions"},
+       {"shared-cxx-package", "libstdc++.so"}},
   };
   for (const Case& c : cases) {
+    const bool held = c.args[0] == "--module";
+    if (held) ::setenv("MARROWBY_TEST_HOLD", "1", 1);
     StartedHost host(m.Command(c.args));
+    ::unsetenv("MARROWBY_TEST_HOLD");
     ASSERT_GT(host.pid, 0) << c.name;
     if (c.args[0] == "edit") {
       EXPECT_NE(host.FirstLine().find("http://"), std::string::npos);
+    }
+    if (held) {
+      EXPECT_EQ(host.FirstLine(), "shared run-time package registered");
     }
     ASSERT_TRUE(host.WaitForMapped(c.loaded)) << c.name;
     const auto definers = RunTimeDefiners(host);
