@@ -572,6 +572,18 @@ void CloseLaunchFds(const TLaunch& launch) {
     if (fd >= 0) ::close(fd);
 }
 
+/// The supervisor's copies of a run's output pipes, closed once.
+struct TOutputCopies {
+  int out;
+  int err;
+  ~TOutputCopies() { Close(); }
+  void Close() {
+    if (out >= 0) ::close(out);
+    if (err >= 0) ::close(err);
+    out = err = -1;
+  }
+};
+
 // Reaps every child that has ended; true when none is left, so nothing of the run still runs:
 // the supervisor adopts every orphan of the program's tree.
 bool ReapedAll() {
@@ -604,10 +616,15 @@ bool SuperviseRun(int control, const TLaunch& launch, pid_t self) {
       },
       gCloneStack + sizeof gCloneStack, CLONE_VM | CLONE_VFORK | SIGCHLD, &start);
   const int cloneError = errno;
-  CloseLaunchFds(launch);
+  ::close(launch.dirFd);
+  // This process keeps its copies of the output pipes until it has seen the program exit: the
+  // host, woken by their end, then usually finds the report of the exit waiting too, instead of
+  // sleeping once more for it.
+  TOutputCopies output{launch.outFd, launch.errFd};
   if (program < 0) return SendMessage(control, {TSupervisorMessage::SpawnFailed, cloneError});
   if (start.error != 0) {
     ::waitpid(program, nullptr, 0);
+    output.Close();
     return SendMessage(control, {TSupervisorMessage::SpawnFailed, start.error});
   }
 
@@ -642,6 +659,7 @@ bool SuperviseRun(int control, const TLaunch& launch, pid_t self) {
     const int code = info.si_code == CLD_EXITED ? info.si_status : 128 + info.si_status;
     ::waitpid(program, nullptr, 0);
     exited = true;
+    output.Close();
     if (ReapedAll()) {
       if (exitFd >= 0) ::close(exitFd);
       return SendMessage(control, {TSupervisorMessage::Ended, code});
@@ -649,6 +667,7 @@ bool SuperviseRun(int control, const TLaunch& launch, pid_t self) {
     SendMessage(control, {TSupervisorMessage::Exited, code});
   }
   if (exitFd >= 0) ::close(exitFd);
+  output.Close();
 
   // Once reaped, the program's group is left to the walk over the children: its id could
   // belong to someone else by now.

@@ -641,8 +641,11 @@ TEST(WrenProcessPosix, StopCrossingTheEndLeavesTheHelperReady) {
   ASSERT_GT(helper, 0);
   for (int i = 0; i < 20; ++i) {
     SCOPED_TRACE(i);
+    // Whether the stop or the end came first is up to the scheduler.
     const TRun stopped = RunProgram("/bin/true", "", "", [] { return true; });
-    EXPECT_EQ(stopped.result.status, TStatus::Stopped) << stopped.result.error;
+    EXPECT_TRUE(stopped.result.status == TStatus::Stopped ||
+                stopped.result.status == TStatus::Exited)
+        << stopped.result.error;
     const TRun next = RunProgram("/bin/sh", "-c \"echo $PPID; exit 3\"");
     ASSERT_EQ(next.result.status, TStatus::Exited) << next.result.error;
     EXPECT_EQ(next.result.exitCode, 3);
