@@ -16,7 +16,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <pthread.h>
+
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <cstdint>
@@ -233,6 +236,7 @@ bool PumpOutput(TOutputStream* streams[2], TReadBuffer& buffer,
 struct TProgramFile {
   std::string path;
   std::string problem;  // empty when found
+  struct stat st {};    // of the file found
 };
 
 // The "MZ" signature of a Windows program, read with two bytes rather than a stream: this runs
@@ -260,7 +264,7 @@ TProgramFile FindProgram(const std::string& name, bool acceptManaged) {
     if (::stat(name.c_str(), &st) != 0) return {"", name + ": " + ErrnoText(errno)};
     if (!S_ISREG(st.st_mode)) return {"", name + ": not a file"};
     if (!IsRunnable(name, st, acceptManaged)) return {"", name + ": not executable"};
-    return {name, ""};
+    return {name, "", st};
   }
   const char* pathVar = std::getenv("PATH");
   const std::string searchPath = pathVar ? pathVar : "/usr/local/bin:/usr/bin:/bin";
@@ -271,11 +275,59 @@ TProgramFile FindProgram(const std::string& name, bool acceptManaged) {
     if (dir.empty()) dir = ".";  // an empty PATH entry means the current directory
     std::string candidate = dir + "/" + name;
     if (::stat(candidate.c_str(), &st) == 0 && IsRunnable(candidate, st, acceptManaged))
-      return {candidate, ""};
+      return {candidate, "", st};
     if (end >= searchPath.size()) break;
     start = end + 1;
   }
   return {"", name + ": not found on PATH"};
+}
+
+/// Whether a program file is a Windows one, remembered while the file stays the same: a build
+/// runs the same few programs step after step, and the answer needs the file opened and read.
+class TSignatureCache {
+ public:
+  bool IsWindowsProgram(const TProgramFile& file) {
+    const struct stat& st = file.st;
+    {
+      std::lock_guard lock(mutex_);
+      for (const TEntry& e : entries_) {
+        if (e.path == file.path && SameFile(e.st, st)) return e.windows;
+      }
+    }
+    const bool windows = HasWindowsSignature(file.path);
+    if (!Settled(st)) return windows;
+    std::lock_guard lock(mutex_);
+    if (entries_.size() >= kMaxEntries) entries_.erase(entries_.begin());
+    entries_.push_back({file.path, st, windows});
+    return windows;
+  }
+
+ private:
+  // Any later write to the file or change of its metadata moves its change time, as long as
+  // that time is not still the clock tick it was written in (file times are coarse).
+  static bool Settled(const struct stat& st) {
+    timespec now{};
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    return st.st_ctim.tv_sec + 2 < now.tv_sec;
+  }
+  static bool SameFile(const struct stat& a, const struct stat& b) {
+    return a.st_dev == b.st_dev && a.st_ino == b.st_ino && a.st_size == b.st_size &&
+           a.st_mtim.tv_sec == b.st_mtim.tv_sec && a.st_mtim.tv_nsec == b.st_mtim.tv_nsec &&
+           a.st_ctim.tv_sec == b.st_ctim.tv_sec && a.st_ctim.tv_nsec == b.st_ctim.tv_nsec;
+  }
+  struct TEntry {
+    std::string path;
+    struct stat st;
+    bool windows;
+  };
+  static constexpr size_t kMaxEntries = 16;
+  std::mutex mutex_;
+  std::vector<TEntry> entries_;
+};
+
+TSignatureCache& SignatureCache() {
+  static TSignatureCache cache;
+  return cache;
 }
 
 int KillGraceMs() {
@@ -843,6 +895,20 @@ class TSupervisor {
   std::string request_;  // kept between runs: a steady build allocates nothing for it
 };
 
+std::atomic<pid_t> gPid{0};
+
+// getpid() without a system call per run: kept up to date in every forked copy.
+pid_t CurrentPid() {
+  static const bool tracked = [] {
+    gPid.store(::getpid(), std::memory_order_relaxed);
+    ::pthread_atfork(nullptr, nullptr,
+                     [] { gPid.store(::getpid(), std::memory_order_relaxed); });
+    return true;
+  }();
+  (void)tracked;
+  return gPid.load(std::memory_order_relaxed);
+}
+
 /// Supervisors kept for reuse while a TWrenProcessReuse lives; one run at a time each, so
 /// runs on several threads take one each.
 struct TSupervisorPool {
@@ -850,13 +916,13 @@ struct TSupervisorPool {
   std::vector<std::unique_ptr<TSupervisor>> idle;
   int scopes = 0;
   // A forked copy of the host must not share its supervisors: its runs start their own.
-  const pid_t owner = ::getpid();
+  const pid_t owner = CurrentPid();
 
   static TSupervisorPool& Get() {
     static TSupervisorPool pool;
     return pool;
   }
-  bool Mine() const { return owner == ::getpid(); }
+  bool Mine() const { return owner == CurrentPid(); }
 };
 
 /// A supervisor for one run: an idle one from the pool, or a new one; null with the errno when
@@ -1018,7 +1084,7 @@ TWrenProcessResult TWrenProcessPosix::Run() {
 
   std::vector<std::string> args;
   std::string spawnPath;
-  if (HasWindowsSignature(program.path)) {
+  if (SignatureCache().IsWindowsProgram(program)) {
     const char* monoVar = std::getenv("MARROWBY_MONO");
     const std::string mono = monoVar && *monoVar ? monoVar : "mono";
     const TProgramFile runtime = FindProgram(mono, false);
@@ -1090,14 +1156,15 @@ TWrenProcessResult TWrenProcessPosix::Run() {
   TReadBuffer buffer;
   auto anyOpen = [&] { return out.fd.IsOpen() || err.fd.IsOpen(); };
 
+  // The supervisor's reports are read after each wait: before the first there is none to read.
   bool stopped = false;
-  while (!child.HasExited()) {
+  do {
     if (StopRequested()) {
       stopped = true;
       break;
     }
     PumpOutput(streams, buffer, onChunkEnd_, kPollSliceMs, child.WakeFd());
-  }
+  } while (!child.HasExited());
 
   if (stopped) {
     child.SignalGroup(SIGTERM);

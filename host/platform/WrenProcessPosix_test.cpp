@@ -312,6 +312,28 @@ TEST(WrenProcessPosix, WindowsProgramRunsThroughTheManagedRuntime) {
   }
 }
 
+// The same file rewritten between runs, from a script to a Windows program and back: each run
+// goes by what the file holds at that moment.
+TEST(WrenProcessPosix, RewrittenProgramIsLookedAtAgain) {
+  TTempDir dir;
+  const std::string record = (dir.Path() / "mono.json").string();
+  const std::string mono = InstallRecorder(dir.Path(), "fake-mono", {{"out", record}});
+  const TScopedEnv env("MARROWBY_MONO", mono);
+  const std::string exe = (dir.Path() / "Tool.exe").string();
+  const TWrenProcessReuse reuse;
+  for (const bool windows : {false, true, false, true}) {
+    SCOPED_TRACE(windows ? "windows" : "script");
+    fs::remove(record);
+    std::ofstream(exe, std::ios::binary | std::ios::trunc)
+        << (windows ? std::string("MZ\x90\0\x03\0", 6) : std::string("#!/bin/sh\necho native\n"));
+    fs::permissions(exe, fs::perms::owner_all);
+    const TRun run = RunProgram(exe, "x");
+    ASSERT_EQ(run.result.status, TStatus::Exited) << run.result.error;
+    EXPECT_EQ(fs::exists(record), windows);
+    EXPECT_EQ(run.out, windows ? TLines{} : TLines{"native"});
+  }
+}
+
 TEST(WrenProcessPosix, RealMonoRunsAWindowsProgram) {
   // mcs.exe lives beside the mono install: <prefix>/bin/mono, <prefix>/lib/mono/4.5/mcs.exe.
   const char* pathVar = std::getenv("PATH");
