@@ -800,31 +800,17 @@ class TSupervisor {
   /// Sends a Start request; false with the errno when the supervisor is gone.
   bool SendStart(const std::string& path, const std::vector<std::string>& args, int outFd,
                  int errFd, int dirFd, int& error) {
-    // Measured first, then copied in one go: this runs for every program started.
-    size_t size = path.size() + 1;
-    for (const std::string& arg : args) size += arg.size() + 1;
-    uint32_t envc = 0;
-    for (char** e = environ; e && *e; ++e, ++envc) size += std::strlen(*e) + 1;
-    request_.resize(size);
-    char* at = request_.data();
-    const char* end = at + size;
-    // Bounded: another thread may change the environment between the two passes.
-    auto put = [&at, end](const char* text, size_t length) {
-      if (length + 1 > static_cast<size_t>(end - at)) return false;
-      std::memcpy(at, text, length);
-      at[length] = '\0';
-      at += length + 1;
-      return true;
+    // One pass over each string: the buffer keeps its capacity from run to run, so a steady
+    // build neither measures twice nor allocates.
+    request_.clear();
+    auto put = [this](const char* text, size_t length) {
+      request_.append(text, length);
+      request_.push_back('\0');
     };
     put(path.data(), path.size());
     for (const std::string& arg : args) put(arg.data(), arg.size());
-    for (uint32_t i = 0; i < envc; ++i) {
-      if (!environ[i] || !put(environ[i], std::strlen(environ[i]))) {
-        envc = i;
-        break;
-      }
-    }
-    request_.resize(static_cast<size_t>(at - request_.data()));
+    uint32_t envc = 0;
+    for (char** e = environ; e && *e; ++e, ++envc) put(*e, std::strlen(*e));
     TRequestHeader header{TRequestHeader::Start, static_cast<uint32_t>(request_.size()),
                           static_cast<uint32_t>(args.size()), envc, 0};
     const size_t first = std::min(request_.size(), kChunk);
