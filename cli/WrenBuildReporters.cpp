@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -27,8 +28,14 @@ constexpr size_t kBatchBytes = 64 * 1024;
 
 std::string Seconds(double s) {
   char buf[32];
-  std::snprintf(buf, sizeof buf, "%.2f s", s);
-  return buf;
+  // to_chars rounds exactly as printf's %.2f does, at a fraction of the cost (once per step).
+  const std::to_chars_result end =
+      std::to_chars(buf, buf + sizeof buf - 3, s, std::chars_format::fixed, 2);
+  if (end.ec != std::errc()) {
+    std::snprintf(buf, sizeof buf, "%.2f s", s);
+    return buf;
+  }
+  return std::string(buf, end.ptr) + " s";
 }
 
 std::string StepTitle(const TWrenStepReport& step) {

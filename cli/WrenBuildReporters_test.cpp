@@ -55,6 +55,33 @@ std::string Line(size_t i) { return "line " + std::to_string(i) + std::string(i 
 
 // Far more than the writer's queue holds, over an older and longer log or into a device that
 // takes nothing: the file holds every line in order, or the run learns why not.
+// A step's time is shown to the hundredth, rounded as printf's %.2f rounds the double: halves
+// that are exact go to the even digit, the others by the value the double really holds.
+TEST(TerminalReporter, StepTimesAreRoundedToTheHundredth) {
+  const std::pair<double, const char*> cases[] = {
+      {0, "0.00"},       {0.004999, "0.00"}, {0.005, "0.01"},  {0.125, "0.12"},
+      {0.375, "0.38"},   {2.675, "2.67"},    {59.999, "60.00"}, {1234.5, "1234.50"},
+  };
+  for (const auto& [seconds, shown] : cases) {
+    for (const bool success : {true, false}) {
+      std::ostringstream out;
+      {
+        TTerminalReporter reporter(out);
+        TWrenStepReport step;
+        step.step = 1;
+        step.displayName = "Tool";
+        step.success = success;
+        step.seconds = seconds;
+        step.failureReason = "exit code 1";
+        reporter.OnStepStart(step, 1);
+        reporter.OnStepEnd(step);
+      }
+      const std::string expected = std::string(success ? "ok" : "FAILED") + " in " + shown + " s";
+      EXPECT_NE(out.str().find(expected), std::string::npos) << seconds << ": " << out.str();
+    }
+  }
+}
+
 TEST(LogFileWriter, WritesEveryLineInOrderOrSaysWhyNot) {
   test::TempDir dir;
   struct Case {

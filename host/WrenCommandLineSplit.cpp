@@ -45,7 +45,12 @@ std::vector<std::string> SplitCommandLine(const std::string& text) {
       // Backslashes not followed by a quote are plain characters.
       arg.append(backslashes, '\\');
       if (i >= size || (!quoted && IsBlank(text[i]))) break;
-      arg += text[i++];
+      // The plain characters up to the next one that matters, in one go.
+      size_t end = i + 1;
+      while (end < size && text[end] != '\\' && text[end] != '"' && (quoted || !IsBlank(text[end])))
+        ++end;
+      arg.append(text, i, end - i);
+      i = end;
     }
     args.push_back(std::move(arg));
   }

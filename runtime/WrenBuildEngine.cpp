@@ -140,9 +140,9 @@ class TCurrentDirScope {
 /// The text values of one property (one per line for a list).
 std::vector<std::string> PropertyTexts(const TCustomWrenAction& action,
                                        const TPublishedProperty& prop) {
-  const TPropertyValue value = prop.get(action);
-  if (prop.kind == TPropertyKind::pkStringList) return std::get<TStrings>(value);
-  if (prop.kind != TPropertyKind::pkString) return {};
+  if (prop.kind != TPropertyKind::pkStringList && prop.kind != TPropertyKind::pkString) return {};
+  TPropertyValue value = prop.get(action);
+  if (prop.kind == TPropertyKind::pkStringList) return std::move(std::get<TStrings>(value));
   return {PropertyValueToString(prop, value)};
 }
 
@@ -265,6 +265,8 @@ std::vector<TWrenValidationProblem> CheckSteps(const TWrenProject& project,
       std::set<std::string> undefined;
       bool windowsPath = false;
       for (const std::string& text : PropertyTexts(*step.action, prop)) {
+        if (PathDelim != '\\' && LooksLikeWindowsPath(text)) windowsPath = true;
+        if (text.find('%') == std::string::npos) continue;  // names no variable
         // Undefined names are collected rather than stopping at the first.
         const TVariableLookup collecting = [&](const std::string& name, std::string& out) {
           if (lookup(name, out)) return true;
@@ -274,7 +276,6 @@ std::vector<TWrenValidationProblem> CheckSteps(const TWrenProject& project,
         };
         std::string expanded, error;
         ExpandVariables(text, collecting, expanded, error);
-        if (PathDelim != '\\' && LooksLikeWindowsPath(text)) windowsPath = true;
       }
       for (const std::string& name : undefined) {
         std::vector<std::string> known;

@@ -16,7 +16,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <pthread.h>
+
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <cstdint>
@@ -233,6 +236,7 @@ bool PumpOutput(TOutputStream* streams[2], TReadBuffer& buffer,
 struct TProgramFile {
   std::string path;
   std::string problem;  // empty when found
+  struct stat st {};    // of the file found
 };
 
 // The "MZ" signature of a Windows program, read with two bytes rather than a stream: this runs
@@ -260,7 +264,7 @@ TProgramFile FindProgram(const std::string& name, bool acceptManaged) {
     if (::stat(name.c_str(), &st) != 0) return {"", name + ": " + ErrnoText(errno)};
     if (!S_ISREG(st.st_mode)) return {"", name + ": not a file"};
     if (!IsRunnable(name, st, acceptManaged)) return {"", name + ": not executable"};
-    return {name, ""};
+    return {name, "", st};
   }
   const char* pathVar = std::getenv("PATH");
   const std::string searchPath = pathVar ? pathVar : "/usr/local/bin:/usr/bin:/bin";
@@ -271,11 +275,59 @@ TProgramFile FindProgram(const std::string& name, bool acceptManaged) {
     if (dir.empty()) dir = ".";  // an empty PATH entry means the current directory
     std::string candidate = dir + "/" + name;
     if (::stat(candidate.c_str(), &st) == 0 && IsRunnable(candidate, st, acceptManaged))
-      return {candidate, ""};
+      return {candidate, "", st};
     if (end >= searchPath.size()) break;
     start = end + 1;
   }
   return {"", name + ": not found on PATH"};
+}
+
+/// Whether a program file is a Windows one, remembered while the file stays the same: a build
+/// runs the same few programs step after step, and the answer needs the file opened and read.
+class TSignatureCache {
+ public:
+  bool IsWindowsProgram(const TProgramFile& file) {
+    const struct stat& st = file.st;
+    {
+      std::lock_guard lock(mutex_);
+      for (const TEntry& e : entries_) {
+        if (e.path == file.path && SameFile(e.st, st)) return e.windows;
+      }
+    }
+    const bool windows = HasWindowsSignature(file.path);
+    if (!Settled(st)) return windows;
+    std::lock_guard lock(mutex_);
+    if (entries_.size() >= kMaxEntries) entries_.erase(entries_.begin());
+    entries_.push_back({file.path, st, windows});
+    return windows;
+  }
+
+ private:
+  // Any later write to the file or change of its metadata moves its change time, as long as
+  // that time is not still the clock tick it was written in (file times are coarse).
+  static bool Settled(const struct stat& st) {
+    timespec now{};
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    return st.st_ctim.tv_sec + 2 < now.tv_sec;
+  }
+  static bool SameFile(const struct stat& a, const struct stat& b) {
+    return a.st_dev == b.st_dev && a.st_ino == b.st_ino && a.st_size == b.st_size &&
+           a.st_mtim.tv_sec == b.st_mtim.tv_sec && a.st_mtim.tv_nsec == b.st_mtim.tv_nsec &&
+           a.st_ctim.tv_sec == b.st_ctim.tv_sec && a.st_ctim.tv_nsec == b.st_ctim.tv_nsec;
+  }
+  struct TEntry {
+    std::string path;
+    struct stat st;
+    bool windows;
+  };
+  static constexpr size_t kMaxEntries = 16;
+  std::mutex mutex_;
+  std::vector<TEntry> entries_;
+};
+
+TSignatureCache& SignatureCache() {
+  static TSignatureCache cache;
+  return cache;
 }
 
 int KillGraceMs() {
@@ -289,22 +341,27 @@ int KillGraceMs() {
 
 // The host and a supervisor talk over a SOCK_SEQPACKET socket pair, one message per write.
 // Each run: the host sends Start (with the program's stdout, stderr and starting directory as
-// descriptors), the supervisor answers Started or SpawnFailed, later Exited; the host sends
-// Finish, the supervisor kills what is left of the run and answers Done. EOF on either side
+// descriptors); the supervisor answers SpawnFailed, or, once the program exited, Ended when
+// nothing of the run is left (the usual case: one round trip per run), else Exited. After
+// Exited the host reads the rest of the output, then sends Finish; the supervisor kills what is
+// left of the run and answers Done. A stop reaches the program's group through Signal, sent by
+// the supervisor, which alone knows whether the group is still the program's. A Finish or
+// Signal that crossed an Ended is read by the idle supervisor and dropped. EOF on either side
 // means the other is gone: a supervisor whose host is gone kills the run and exits.
 
 /// What the host asks of a supervisor.
 struct TRequestHeader {
-  enum : int32_t { Start, Finish } kind;
+  enum : int32_t { Start, Finish, Signal } kind;
   uint32_t size;  // bytes that follow: path, arguments, environment, each ending in NUL
   uint32_t argc;
   uint32_t envc;
+  int32_t signal;  // for Signal: what the program's group gets
 };
 
 /// What the supervisor tells the host.
 struct TSupervisorMessage {
-  enum : int32_t { Started, SpawnFailed, Exited, Done } kind;
-  int32_t value;  // the program's pid, the errno of the failed start, or the exit code
+  enum : int32_t { SpawnFailed, Ended, Exited, Done } kind;
+  int32_t value;  // the errno of the failed start, or the exit code
 };
 
 // The largest message: well inside a socket's default send buffer. Bigger requests (a huge
@@ -431,8 +488,12 @@ int KillAndReapAll(pid_t program) {
   return programStatus;
 }
 
-// The program's own process, after the supervisor's clone.
-[[noreturn]] void StartProgram(const TLaunch& launch, pid_t supervisor, int execErrorFd) {
+// The supervisor's /dev/null, opened once: every program's standard input.
+int gNullFd = -1;
+
+// The program's own process, after the supervisor's clone. It shares the supervisor's memory
+// until it execs, so a failure is reported by writing *startError.
+[[noreturn]] void StartProgram(const TLaunch& launch, pid_t supervisor, int* startError) {
   ::setpgid(0, 0);  // own group, so a stop reaches the tools it starts too
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (::getppid() != supervisor) ::_exit(127);
@@ -444,18 +505,18 @@ int KillAndReapAll(pid_t program) {
   sigemptyset(&none);
   ::sigprocmask(SIG_SETMASK, &none, nullptr);
   int err = 0;
-  const int null = ::open("/dev/null", O_RDONLY);
   if (::fchdir(launch.dirFd) != 0) {
     err = errno;
-  } else if (null < 0 || ::dup2(null, STDIN_FILENO) < 0 ||
+  } else if (gNullFd < 0) {
+    err = ENOENT;
+  } else if (::dup2(gNullFd, STDIN_FILENO) < 0 ||
              ::dup2(launch.outFd, STDOUT_FILENO) < 0 || ::dup2(launch.errFd, STDERR_FILENO) < 0) {
     err = errno;
   } else {
     ::execve(launch.path, launch.argv, launch.envp);
     err = errno;
   }
-  while (::write(execErrorFd, &err, sizeof err) < 0 && errno == EINTR) {
-  }
+  *startError = err;
   ::_exit(127);
 }
 
@@ -563,61 +624,73 @@ void CloseLaunchFds(const TLaunch& launch) {
     if (fd >= 0) ::close(fd);
 }
 
-// Runs one program to the end of its run: false when the host is gone.
-bool SuperviseRun(int control, const TLaunch& launch) {
-  int execError[2];
-  if (::pipe2(execError, O_CLOEXEC) != 0) {
-    CloseLaunchFds(launch);
-    return SendMessage(control, {TSupervisorMessage::SpawnFailed, errno});
+/// The supervisor's copies of a run's output pipes, closed once.
+struct TOutputCopies {
+  int out;
+  int err;
+  ~TOutputCopies() { Close(); }
+  void Close() {
+    if (out >= 0) ::close(out);
+    if (err >= 0) ::close(err);
+    out = err = -1;
   }
-  const pid_t self = ::getpid();
+};
+
+// Reaps every child that has ended; true when none is left, so nothing of the run still runs:
+// the supervisor adopts every orphan of the program's tree.
+bool ReapedAll() {
+  for (;;) {
+    const pid_t reaped = ::waitpid(-1, nullptr, WNOHANG);
+    if (reaped > 0) continue;
+    return reaped < 0 && errno == ECHILD;
+  }
+}
+
+// Runs one program to the end of its run: false when the host is gone.
+bool SuperviseRun(int control, const TLaunch& launch, pid_t self) {
   // The program's process borrows this one's memory until it execs, as posix_spawn does: a
   // copy of the page tables per run would cost more than the rest of the start. This process
-  // waits meanwhile, and nothing here has a signal handler that could run there.
+  // waits meanwhile (so the program's failure to start is known when clone returns), and
+  // nothing here has a signal handler that could run there.
   struct TStart {
     const TLaunch* launch;
     pid_t supervisor;
-    int execErrorFd;
-  } start{&launch, self, execError[1]};
+    int error;
+  } start{&launch, self, 0};
 #if defined(__SANITIZE_ADDRESS__)
   // The last program's frames never returned: their stale redzones would fault this one.
   ASAN_UNPOISON_MEMORY_REGION(gCloneStack, sizeof gCloneStack);
 #endif
   const pid_t program = ::clone(
       [](void* arg) -> int {
-        const TStart& s = *static_cast<const TStart*>(arg);
-        StartProgram(*s.launch, s.supervisor, s.execErrorFd);
+        TStart& s = *static_cast<TStart*>(arg);
+        StartProgram(*s.launch, s.supervisor, &s.error);
       },
       gCloneStack + sizeof gCloneStack, CLONE_VM | CLONE_VFORK | SIGCHLD, &start);
   const int cloneError = errno;
-  ::close(execError[1]);
-  CloseLaunchFds(launch);
-  if (program < 0) {
-    ::close(execError[0]);
-    return SendMessage(control, {TSupervisorMessage::SpawnFailed, cloneError});
-  }
-  ::setpgid(program, program);  // before the host may signal the group
-  int startError = 0;
-  ssize_t got;
-  do {
-    got = ::read(execError[0], &startError, sizeof startError);
-  } while (got < 0 && errno == EINTR);
-  ::close(execError[0]);
-  if (got == static_cast<ssize_t>(sizeof startError)) {
+  ::close(launch.dirFd);
+  // This process keeps its copies of the output pipes until it has seen the program exit: the
+  // host, woken by their end, then usually finds the report of the exit waiting too, instead of
+  // sleeping once more for it.
+  TOutputCopies output{launch.outFd, launch.errFd};
+  if (program < 0) return SendMessage(control, {TSupervisorMessage::SpawnFailed, cloneError});
+  if (start.error != 0) {
     ::waitpid(program, nullptr, 0);
-    return SendMessage(control, {TSupervisorMessage::SpawnFailed, startError});
+    output.Close();
+    return SendMessage(control, {TSupervisorMessage::SpawnFailed, start.error});
   }
-  SendMessage(control, {TSupervisorMessage::Started, program});
 
-  // Until the host ends the run: report the program's exit (it stays an unreaped zombie, so
-  // its group id cannot be reused while the host may signal it) and reap orphans meanwhile.
+  // Until the program exits: pass on the host's signals to its group (the program stays
+  // unreaped till then, so the group id cannot have been reused) and reap orphans meanwhile.
+  // Then, when nothing else of the run is left, the run is over; otherwise the host reads the
+  // rest of the output and ends the run with Finish.
   const int exitFd = static_cast<int>(::syscall(SYS_pidfd_open, program, 0));
-  bool reported = false;
+  bool exited = false;  // reported, and reaped
   bool hostGone = false;
   for (;;) {
     pollfd fds[2] = {{control, POLLIN, 0}, {exitFd, POLLIN, 0}};
-    const nfds_t count = (exitFd >= 0 && !reported) ? 2 : 1;
-    ::poll(fds, count, reported ? -1 : 100);
+    const nfds_t count = (exitFd >= 0 && !exited) ? 2 : 1;
+    ::poll(fds, count, exited ? -1 : 100);
     if (fds[0].revents != 0) {
       TRequestHeader header{};
       const ssize_t r = ::recv(control, &header, sizeof header, MSG_DONTWAIT);
@@ -626,8 +699,9 @@ bool SuperviseRun(int control, const TLaunch& launch) {
         break;
       }
       if (r > 0 && header.kind == TRequestHeader::Finish) break;
+      if (r > 0 && header.kind == TRequestHeader::Signal && !exited) ::kill(-program, header.signal);
     }
-    if (reported) continue;
+    if (exited) continue;
     siginfo_t info{};
     if (::waitid(P_ALL, 0, &info, WEXITED | WNOHANG | WNOWAIT) != 0 || info.si_pid == 0) continue;
     if (info.si_pid != program) {
@@ -635,14 +709,23 @@ bool SuperviseRun(int control, const TLaunch& launch) {
       continue;
     }
     const int code = info.si_code == CLD_EXITED ? info.si_status : 128 + info.si_status;
+    ::waitpid(program, nullptr, 0);
+    exited = true;
+    output.Close();
+    if (ReapedAll()) {
+      if (exitFd >= 0) ::close(exitFd);
+      return SendMessage(control, {TSupervisorMessage::Ended, code});
+    }
     SendMessage(control, {TSupervisorMessage::Exited, code});
-    reported = true;
   }
   if (exitFd >= 0) ::close(exitFd);
+  output.Close();
 
-  const int programStatus = KillAndReapAll(program);
+  // Once reaped, the program's group is left to the walk over the children: its id could
+  // belong to someone else by now.
+  const int programStatus = KillAndReapAll(exited ? -1 : program);
   if (hostGone) return false;
-  if (!reported) SendMessage(control, {TSupervisorMessage::Exited, ExitCodeOf(programStatus)});
+  if (!exited) SendMessage(control, {TSupervisorMessage::Exited, ExitCodeOf(programStatus)});
   return SendMessage(control, {TSupervisorMessage::Done, 0});
 }
 
@@ -657,6 +740,8 @@ bool SuperviseRun(int control, const TLaunch& launch) {
   // decides what the program gets.
   for (int sig : {SIGHUP, SIGINT, SIGTERM, SIGQUIT, SIGPIPE}) ::sigaction(sig, &ignore, nullptr);
   ::prctl(PR_SET_CHILD_SUBREAPER, 1);
+  gNullFd = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+  const pid_t self = ::getpid();
   for (;;) {
     TLaunch launch;
     TRequestMemory memory;
@@ -671,7 +756,7 @@ bool SuperviseRun(int control, const TLaunch& launch) {
         if (!SendMessage(control, {TSupervisorMessage::SpawnFailed, EPROTO})) ::_exit(0);
         continue;
       case TReceived::Start:
-        if (!SuperviseRun(control, launch)) ::_exit(0);
+        if (!SuperviseRun(control, launch, self)) ::_exit(0);
         continue;
     }
   }
@@ -715,33 +800,19 @@ class TSupervisor {
   /// Sends a Start request; false with the errno when the supervisor is gone.
   bool SendStart(const std::string& path, const std::vector<std::string>& args, int outFd,
                  int errFd, int dirFd, int& error) {
-    // Measured first, then copied in one go: this runs for every program started.
-    size_t size = path.size() + 1;
-    for (const std::string& arg : args) size += arg.size() + 1;
-    uint32_t envc = 0;
-    for (char** e = environ; e && *e; ++e, ++envc) size += std::strlen(*e) + 1;
-    request_.resize(size);
-    char* at = request_.data();
-    const char* end = at + size;
-    // Bounded: another thread may change the environment between the two passes.
-    auto put = [&at, end](const char* text, size_t length) {
-      if (length + 1 > static_cast<size_t>(end - at)) return false;
-      std::memcpy(at, text, length);
-      at[length] = '\0';
-      at += length + 1;
-      return true;
+    // One pass over each string: the buffer keeps its capacity from run to run, so a steady
+    // build neither measures twice nor allocates.
+    request_.clear();
+    auto put = [this](const char* text, size_t length) {
+      request_.append(text, length);
+      request_.push_back('\0');
     };
     put(path.data(), path.size());
     for (const std::string& arg : args) put(arg.data(), arg.size());
-    for (uint32_t i = 0; i < envc; ++i) {
-      if (!environ[i] || !put(environ[i], std::strlen(environ[i]))) {
-        envc = i;
-        break;
-      }
-    }
-    request_.resize(static_cast<size_t>(at - request_.data()));
+    uint32_t envc = 0;
+    for (char** e = environ; e && *e; ++e, ++envc) put(*e, std::strlen(*e));
     TRequestHeader header{TRequestHeader::Start, static_cast<uint32_t>(request_.size()),
-                          static_cast<uint32_t>(args.size()), envc};
+                          static_cast<uint32_t>(args.size()), envc, 0};
     const size_t first = std::min(request_.size(), kChunk);
     iovec iov[2] = {{&header, sizeof header}, {request_.data(), first}};
     alignas(cmsghdr) char cmsgSpace[CMSG_SPACE(sizeof(int) * kRequestFds)]{};
@@ -769,15 +840,8 @@ class TSupervisor {
     return true;
   }
 
-  bool SendFinish() {
-    TRequestHeader header{TRequestHeader::Finish, 0, 0, 0};
-    iovec iov{&header, sizeof header};
-    msghdr msg{};
-    msg.msg_iov = &iov;
-    msg.msg_iovlen = 1;
-    int error = 0;
-    return Send(msg, error);
-  }
+  bool SendFinish() { return SendHeader({TRequestHeader::Finish, 0, 0, 0, 0}); }
+  bool SendSignal(int signal) { return SendHeader({TRequestHeader::Signal, 0, 0, 0, signal}); }
 
   enum class TRead { Message, None, Gone };
   TRead Read(TSupervisorMessage& m, bool block) {
@@ -792,6 +856,15 @@ class TSupervisor {
 
  private:
   TSupervisor(pid_t pid, int fd) : pid_(pid), control_(fd) {}
+
+  bool SendHeader(TRequestHeader header) {
+    iovec iov{&header, sizeof header};
+    msghdr msg{};
+    msg.msg_iov = &iov;
+    msg.msg_iovlen = 1;
+    int error = 0;
+    return Send(msg, error);
+  }
 
   bool Send(const msghdr& msg, int& error) {
     ssize_t sent;
@@ -808,6 +881,20 @@ class TSupervisor {
   std::string request_;  // kept between runs: a steady build allocates nothing for it
 };
 
+std::atomic<pid_t> gPid{0};
+
+// getpid() without a system call per run: kept up to date in every forked copy.
+pid_t CurrentPid() {
+  static const bool tracked = [] {
+    gPid.store(::getpid(), std::memory_order_relaxed);
+    ::pthread_atfork(nullptr, nullptr,
+                     [] { gPid.store(::getpid(), std::memory_order_relaxed); });
+    return true;
+  }();
+  (void)tracked;
+  return gPid.load(std::memory_order_relaxed);
+}
+
 /// Supervisors kept for reuse while a TWrenProcessReuse lives; one run at a time each, so
 /// runs on several threads take one each.
 struct TSupervisorPool {
@@ -815,13 +902,13 @@ struct TSupervisorPool {
   std::vector<std::unique_ptr<TSupervisor>> idle;
   int scopes = 0;
   // A forked copy of the host must not share its supervisors: its runs start their own.
-  const pid_t owner = ::getpid();
+  const pid_t owner = CurrentPid();
 
   static TSupervisorPool& Get() {
     static TSupervisorPool pool;
     return pool;
   }
-  bool Mine() const { return owner == ::getpid(); }
+  bool Mine() const { return owner == CurrentPid(); }
 };
 
 /// A supervisor for one run: an idle one from the pool, or a new one; null with the errno when
@@ -848,9 +935,9 @@ void GiveBackSupervisor(std::unique_ptr<TSupervisor> supervisor) {
   if (pool.scopes > 0) pool.idle.push_back(std::move(supervisor));
 }
 
-/// The running program, seen from the host: through its supervisor's messages, and its process
-/// group for stop signals. Finish (or the destructor when Run leaves early) makes the
-/// supervisor kill everything the program started.
+/// The running program, seen from the host through its supervisor's messages. Finish (or the
+/// destructor when Run leaves early) makes the supervisor kill everything the program started,
+/// unless the supervisor already reported that nothing is left.
 class TChild {
  public:
   explicit TChild(std::unique_ptr<TSupervisor> supervisor) : supervisor_(std::move(supervisor)) {}
@@ -858,68 +945,74 @@ class TChild {
   TChild& operator=(const TChild&) = delete;
   ~TChild() { Finish(); }
 
-  /// Waits for the start; false with the errno when the program could not be started.
-  bool WaitStarted(int& error) {
-    TSupervisorMessage m{};
-    if (supervisor_->Read(m, true) != TSupervisor::TRead::Message) {
-      error = EIO;
-      supervisor_.reset();
-      return false;
-    }
-    if (m.kind == TSupervisorMessage::SpawnFailed) {
-      error = m.value;
-      GiveBackSupervisor(std::move(supervisor_));
-      return false;
-    }
-    program_ = m.value;
-    return true;
-  }
-
   /// A descriptor that turns readable when the program's state changes.
   int WakeFd() const { return supervisor_ ? supervisor_->Fd() : -1; }
 
+  /// True once the program exited, could not start, or its supervisor was lost.
   bool HasExited() {
     TSupervisorMessage m{};
-    while (!exitCode_ && supervisor_) {
+    while (!Over() && supervisor_) {
       const TSupervisor::TRead r = supervisor_->Read(m, false);
       if (r == TSupervisor::TRead::None) break;
       if (r == TSupervisor::TRead::Gone) {
         Lost();
         break;
       }
-      if (m.kind == TSupervisorMessage::Exited) exitCode_ = m.value;
+      Take(m);
     }
-    return exitCode_.has_value();
+    return Over();
   }
 
+  /// The errno of a failed start, 0 when the program started.
+  int StartError() const { return startError_; }
+
+  /// Signals the program's process group while the program runs.
   void SignalGroup(int signal) {
-    if (program_ > 0) ::kill(-program_, signal);
+    if (supervisor_ && !HasExited()) supervisor_->SendSignal(signal);
   }
 
   /// Ends the run: everything the program started is killed; returns its exit code
   /// (128 + signal for a signal death, -1 when the supervisor was lost).
   int Finish() {
     if (!supervisor_) return exitCode_.value_or(-1);
-    if (!supervisor_->SendFinish()) {
+    if (!idle_ && !supervisor_->SendFinish()) {
       Lost();
       return exitCode_.value_or(-1);
     }
-    for (;;) {
+    while (!idle_) {
       TSupervisorMessage m{};
       if (supervisor_->Read(m, true) != TSupervisor::TRead::Message) {
         Lost();
-        break;
+        return exitCode_.value_or(-1);
       }
-      if (m.kind == TSupervisorMessage::Exited && !exitCode_) exitCode_ = m.value;
-      if (m.kind == TSupervisorMessage::Done) {
-        GiveBackSupervisor(std::move(supervisor_));
-        break;
-      }
+      Take(m);
     }
+    GiveBackSupervisor(std::move(supervisor_));
     return exitCode_.value_or(-1);
   }
 
  private:
+  bool Over() const { return exitCode_.has_value() || startError_ != 0; }
+
+  void Take(const TSupervisorMessage& m) {
+    switch (m.kind) {
+      case TSupervisorMessage::SpawnFailed:
+        startError_ = m.value != 0 ? m.value : EIO;
+        idle_ = true;
+        break;
+      case TSupervisorMessage::Ended:
+        if (!exitCode_) exitCode_ = m.value;
+        idle_ = true;
+        break;
+      case TSupervisorMessage::Exited:
+        if (!exitCode_) exitCode_ = m.value;
+        break;
+      case TSupervisorMessage::Done:
+        idle_ = true;
+        break;
+    }
+  }
+
   // The supervisor died under the run (killed from outside): its programs died with it.
   void Lost() {
     exitCode_ = exitCode_.value_or(-1);
@@ -927,8 +1020,9 @@ class TChild {
   }
 
   std::unique_ptr<TSupervisor> supervisor_;
-  pid_t program_ = -1;
   std::optional<int> exitCode_;
+  int startError_ = 0;
+  bool idle_ = false;  // the supervisor serves no run any more: it may take the next one
 };
 
 /// The POSIX implementation of IWrenProcess.
@@ -976,7 +1070,7 @@ TWrenProcessResult TWrenProcessPosix::Run() {
 
   std::vector<std::string> args;
   std::string spawnPath;
-  if (HasWindowsSignature(program.path)) {
+  if (SignatureCache().IsWindowsProgram(program)) {
     const char* monoVar = std::getenv("MARROWBY_MONO");
     const std::string mono = monoVar && *monoVar ? monoVar : "mono";
     const TProgramFile runtime = FindProgram(mono, false);
@@ -1043,23 +1137,20 @@ TWrenProcessResult TWrenProcessPosix::Run() {
   errWrite.Close();
   dir.Close();
   TChild child(std::move(supervisor));
-  int startError = 0;
-  if (!child.WaitStarted(startError)) {
-    return Failure(TStatus::Failed, "cannot start " + executable_ + ": " + ErrnoText(startError));
-  }
 
   TOutputStream* streams[2] = {&out, &err};
   TReadBuffer buffer;
   auto anyOpen = [&] { return out.fd.IsOpen() || err.fd.IsOpen(); };
 
+  // The supervisor's reports are read after each wait: before the first there is none to read.
   bool stopped = false;
-  while (!child.HasExited()) {
+  do {
     if (StopRequested()) {
       stopped = true;
       break;
     }
     PumpOutput(streams, buffer, onChunkEnd_, kPollSliceMs, child.WakeFd());
-  }
+  } while (!child.HasExited());
 
   if (stopped) {
     child.SignalGroup(SIGTERM);
@@ -1073,6 +1164,10 @@ TWrenProcessResult TWrenProcessPosix::Run() {
                  static_cast<int>(std::min<int64_t>(left, kPollSliceMs)), child.WakeFd());
     }
     child.SignalGroup(SIGKILL);
+  }
+  if (child.StartError() != 0) {
+    return Failure(TStatus::Failed,
+                   "cannot start " + executable_ + ": " + ErrnoText(child.StartError()));
   }
 
   // The rest of the output. A grandchild left running in the background may hold the pipes open

@@ -312,6 +312,28 @@ TEST(WrenProcessPosix, WindowsProgramRunsThroughTheManagedRuntime) {
   }
 }
 
+// The same file rewritten between runs, from a script to a Windows program and back: each run
+// goes by what the file holds at that moment.
+TEST(WrenProcessPosix, RewrittenProgramIsLookedAtAgain) {
+  TTempDir dir;
+  const std::string record = (dir.Path() / "mono.json").string();
+  const std::string mono = InstallRecorder(dir.Path(), "fake-mono", {{"out", record}});
+  const TScopedEnv env("MARROWBY_MONO", mono);
+  const std::string exe = (dir.Path() / "Tool.exe").string();
+  const TWrenProcessReuse reuse;
+  for (const bool windows : {false, true, false, true}) {
+    SCOPED_TRACE(windows ? "windows" : "script");
+    fs::remove(record);
+    std::ofstream(exe, std::ios::binary | std::ios::trunc)
+        << (windows ? std::string("MZ\x90\0\x03\0", 6) : std::string("#!/bin/sh\necho native\n"));
+    fs::permissions(exe, fs::perms::owner_all);
+    const TRun run = RunProgram(exe, "x");
+    ASSERT_EQ(run.result.status, TStatus::Exited) << run.result.error;
+    EXPECT_EQ(fs::exists(record), windows);
+    EXPECT_EQ(run.out, windows ? TLines{} : TLines{"native"});
+  }
+}
+
 TEST(WrenProcessPosix, RealMonoRunsAWindowsProgram) {
   // mcs.exe lives beside the mono install: <prefix>/bin/mono, <prefix>/lib/mono/4.5/mcs.exe.
   const char* pathVar = std::getenv("PATH");
@@ -576,6 +598,94 @@ TEST(WrenProcessPosix, KilledHelperGivesWayToANewOne) {
   ASSERT_EQ(third.result.status, TStatus::Exited) << third.result.error;
   EXPECT_EQ(third.result.exitCode, 4);
   EXPECT_NE(SupervisorOf(third), nextHelper);
+}
+
+// How a run ends, as the helper reports it: alone, with a signal, with a background process
+// (in the group or not, still writing output or silent) that the run still kills, or with a
+// start that failed inside the helper.
+TEST(WrenProcessPosix, EveryWayARunEndsIsReportedAndCleanedUp) {
+  const TWrenProcessReuse reuse;
+  TTempDir dir;
+  const std::string pids = (dir.Path() / "pids").string();
+  const fs::path badFormat = dir.Path() / "bad-format";
+  std::ofstream(badFormat) << std::string("\x7f" "ELF\x01\x01", 6);
+  fs::permissions(badFormat, fs::perms::owner_all);
+  struct TCase {
+    std::string exe;
+    std::string commandLine;
+    TStatus status;
+    int exitCode;
+    TLines out;
+    int leftovers;  // pids the program wrote to the pids file
+  };
+  const std::string record = " echo $! >> " + pids + ";";
+  const TCase cases[] = {
+      {"/bin/sh", "-c \"echo alone; exit 7\"", TStatus::Exited, 7, {"alone"}, 0},
+      {"/bin/sh", "-c \"echo hit; kill -TERM $$\"", TStatus::Exited, 128 + SIGTERM, {"hit"}, 0},
+      {"/bin/sh", "-c \"sleep 30 &" + record + " kill -KILL $$\"", TStatus::Exited, 128 + SIGKILL,
+       {}, 1},
+      // The grandchild left the group and still holds the output when the program exits: its
+      // later line is read, then it is killed.
+      {"/bin/sh",
+       "-c \"setsid sh -c 'sleep 0.2; echo late; exec sleep 30' &" + record + " echo early\"",
+       TStatus::Exited, 0, {"early", "late"}, 1},
+      // A silent one that let go of the output is killed all the same.
+      {"/bin/sh", "-c \"setsid sleep 30 > /dev/null 2>&1 &" + record + " exit 2\"", TStatus::Exited,
+       2, {}, 1},
+      {badFormat.string(), "", TStatus::Failed, -1, {}, 0},
+  };
+  for (const TCase& c : cases) {
+    SCOPED_TRACE(c.commandLine.empty() ? c.exe : c.commandLine);
+    const TRun run = RunProgram(c.exe, c.commandLine);
+    EXPECT_EQ(run.result.status, c.status) << run.result.error;
+    EXPECT_EQ(run.result.exitCode, c.exitCode);
+    EXPECT_EQ(run.out, c.out);
+    if (c.status == TStatus::Failed) {
+      EXPECT_NE(run.result.error.find("cannot start " + c.exe + ": "), std::string::npos)
+          << run.result.error;
+    }
+    std::istringstream in(fs::exists(pids) ? ReadText(pids) : "");
+    fs::remove(pids);
+    int count = 0;
+    for (pid_t pid; in >> pid; ++count) EXPECT_TRUE(EndsSoon(pid)) << pid << " outlived the run";
+    EXPECT_EQ(count, c.leftovers);
+  }
+  // The helper that saw all of that still serves runs.
+  const TRun after = RunProgram("/bin/sh", "-c \"exit 5\"");
+  EXPECT_EQ(after.result.exitCode, 5) << after.result.error;
+}
+
+// A stop that comes as the program exits by itself may cross the helper's report of the end;
+// the helper is then idle and the stray request must not disturb the next run.
+TEST(WrenProcessPosix, StopCrossingTheEndLeavesTheHelperReady) {
+  const TWrenProcessReuse reuse;
+  const pid_t helper = SupervisorOf(RunProgram("/bin/sh", "-c \"echo $PPID\""));
+  ASSERT_GT(helper, 0);
+  for (int i = 0; i < 20; ++i) {
+    SCOPED_TRACE(i);
+    // Whether the stop or the end came first is up to the scheduler.
+    const TRun stopped = RunProgram("/bin/true", "", "", [] { return true; });
+    EXPECT_TRUE(stopped.result.status == TStatus::Stopped ||
+                stopped.result.status == TStatus::Exited)
+        << stopped.result.error;
+    const TRun next = RunProgram("/bin/sh", "-c \"echo $PPID; exit 3\"");
+    ASSERT_EQ(next.result.status, TStatus::Exited) << next.result.error;
+    EXPECT_EQ(next.result.exitCode, 3);
+    EXPECT_EQ(SupervisorOf(next), helper);
+  }
+}
+
+// The program gets standard input, output and error and nothing else of the host or its helper.
+TEST(WrenProcessPosix, ProgramGetsOnlyTheStandardDescriptors) {
+  for (const bool reuse : {false, true}) {
+    std::optional<TWrenProcessReuse> scope;
+    if (reuse) scope.emplace();
+    for (int i = 0; i < 2; ++i) {
+      const TRun run = RunProgram("/bin/sh", "-c \"ls /proc/$$/fd\"");
+      ASSERT_EQ(run.result.status, TStatus::Exited) << run.result.error;
+      EXPECT_EQ(run.out, (TLines{"0", "1", "2"})) << (reuse ? "reuse" : "no reuse");
+    }
+  }
 }
 
 // A forked copy of the host starts its own helper and leaves the host's one serving the host.
