@@ -111,13 +111,19 @@ bool TWrenAssemblyInfoUpdaterAction::Execute() {
   // two file-system syncs rather than two flushes per file.
   TWrenWriteBatch batch;
   try {
-    for (const std::string& file : fileList_) {
+    TWrenAssemblyInfo& info = *updater->GetImplementation();
+    for (size_t i = 0; i < fileList_.size(); ++i) {
+      const std::string& file = fileList_[i];
       SendMessage("Processing File : " + file);
       if (!AddEntriesToUpdater(*updater)) {
         result = false;
         break;
       }
-      result = updater->ProcessFile(file, BackupFiles);
+      TFileSpot& spot = spots_[i];
+      result = spot.folder ? info.ProcessFileIn(spot.folder, spot.name, file, BackupFiles)
+                           : updater->ProcessFile(file, BackupFiles);
+      // Done with the folder here: its handle closes once no pending write needs it.
+      spot.folder.reset();
       if (!result || Stopped()) break;
     }
   } catch (const std::exception& e) {
@@ -126,6 +132,7 @@ bool TWrenAssemblyInfoUpdaterAction::Execute() {
     result = false;
   }
   updater->SetCallBack(nullptr);
+  spots_.clear();
   entryScript_ = true;
   literalReady_ = false;
   std::string error;
@@ -139,14 +146,17 @@ bool TWrenAssemblyInfoUpdaterAction::Execute() {
 
 bool TWrenAssemblyInfoUpdaterAction::BuildFileList() {
   fileList_.clear();
+  spots_.clear();
   for (const std::string& line : Selection) {
     if (Stopped()) break;
     std::string expanded;
     if (!TryExpandExpression("Selection", line, false, expanded)) return false;
-    if (expanded.find_first_of("*?") == std::string::npos)
+    if (expanded.find_first_of("*?") == std::string::npos) {
       fileList_.push_back(expanded);
-    else
+      spots_.push_back({});
+    } else {
       processWildCard(expanded, ExtractFileName(expanded), Recurse);
+    }
   }
   return true;
 }
@@ -154,14 +164,41 @@ bool TWrenAssemblyInfoUpdaterAction::BuildFileList() {
 void TWrenAssemblyInfoUpdaterAction::processWildCard(const std::string& path,
                                                      const std::string& mask, bool recurse) {
   const std::string dir = ExtractFilePath(path);
+  if (dir.find('\\') == std::string::npos) {
+    WalkFolder(std::make_shared<TWrenFolder>(dir), mask, recurse);
+    return;
+  }
+  // A folder spelt with backslashes is listed, but its files are then looked for by that very
+  // name: only the path functions treat it alike.
   for (const TWrenFindData& found : FindFileNames(dir + "*.*", recurse)) {
     if (Stopped()) return;
     if (!found.isDirectory) {
-      if (MatchesMask(found.name, mask)) fileList_.push_back(dir + found.name);
+      if (MatchesMask(found.name, mask)) {
+        fileList_.push_back(dir + found.name);
+        spots_.push_back({});
+      }
     } else if (recurse && found.name != "." && found.name != "..") {
       processWildCard(dir + found.name + PathDelim + "*.*", mask, recurse);
     }
   }
+}
+
+void TWrenAssemblyInfoUpdaterAction::WalkFolder(const TWrenFolderRef& folder,
+                                                const std::string& mask, bool recurse) {
+  for (const TWrenFindData& found : FindFileNames(*folder, "*.*", recurse)) {
+    if (Stopped()) return;
+    if (!found.isDirectory) {
+      if (MatchesMask(found.name, mask)) {
+        fileList_.push_back(folder->Path() + found.name);
+        spots_.push_back({folder, found.name});
+      }
+    } else if (recurse && found.name != "." && found.name != "..") {
+      // A subfolder that cannot be opened has nothing to list.
+      if (const TWrenFolderRef sub = OpenSubfolder(*folder, found.name))
+        WalkFolder(sub, mask, recurse);
+    }
+  }
+  folder->Settle();
 }
 
 // Text without a '%' names no variable and stands as it is: the host need not be asked again for

@@ -66,10 +66,19 @@ class TWrenAssemblyInfoUpdaterAction : public TCustomWrenAction, public IWrenAss
   /// are then the same for every file); false when one does.
   bool PrepareLiteralEntries();
   std::shared_ptr<TWrenScriptObject> ActionObject();
+  /// processWildCard over an open folder: files are kept with it, subfolders opened from it.
+  void WalkFolder(const TWrenFolderRef& folder, const std::string& mask, bool recurse);
   /// Runs a script that has text; a failed script aborts the file being processed.
   void RunScript(TWrenActionScript& script);
 
   TStrings fileList_;
+  /// Where each file of fileList_ was found: its folder and name, or no folder for a file named
+  /// by its path.
+  struct TFileSpot {
+    TWrenFolderRef folder;
+    std::string name;
+  };
+  std::vector<TFileSpot> spots_;
   std::atomic<bool> terminated_{false};
   // False while a run has no OnProcessEntry script to ask; outside a run the script is looked up.
   bool entryScript_ = true;
