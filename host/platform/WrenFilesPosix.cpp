@@ -694,9 +694,14 @@ TWrenFolderRef OpenSubfolder(TWrenFolder& parent, const std::string& name) {
   }
   int links = TWrenFolderAccess::Links(parent);
   int fd = ::openat(dfd, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-  if (fd < 0 && errno == ELOOP) {
-    if (++links > kMaxLinks) return nullptr;
+  if (fd < 0 && (errno == ELOOP || errno == ENOTDIR)) {
+    // A link (or no directory at all): followed, it counts against the limit.
     fd = ::openat(dfd, name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd >= 0 && ++links > kMaxLinks) {
+      ::close(fd);
+      errno = ELOOP;
+      return nullptr;
+    }
   }
   if (fd < 0) return nullptr;
   auto folder = std::make_shared<TWrenFolder>(parent.Path() + name + "/");
