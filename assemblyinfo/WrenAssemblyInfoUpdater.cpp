@@ -101,15 +101,19 @@ char FoldAscii(char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - '
 
 bool SameTextView(std::string_view a, std::string_view b) {
   if (a.size() != b.size()) return false;
+  if (std::memcmp(a.data(), b.data(), a.size()) == 0) return true;  // mostly spelt alike
   for (size_t i = 0; i < a.size(); ++i)
     if (FoldAscii(a[i]) != FoldAscii(b[i])) return false;
   return true;
 }
 
 // The name of an entry "Name=Value" is name, case aside; compared in place, as it runs for every
-// attribute of every file.
+// attribute of every file: an entry whose name is not as long as name is passed over at once.
 bool EntryNamed(const std::string& entry, std::string_view name) {
-  return SameTextView(std::string_view(entry).substr(0, entry.find('=')), name);
+  const size_t n = name.size();
+  if (entry.size() < n || (entry.size() > n && entry[n] != '=')) return false;
+  const std::string_view head(entry.data(), n);
+  return head.find('=') == std::string_view::npos && SameTextView(head, name);
 }
 
 }  // namespace

@@ -95,41 +95,58 @@ bool TWrenAssemblyInfoUpdaterAction::Stopped() { return terminated_ || StopSigna
 
 bool TWrenAssemblyInfoUpdaterAction::Execute() {
   terminated_ = false;
-  bool result = true;
-  if (!BuildFileList() || Stopped() || fileList_.empty()) {
+  TStrings selection;
+  if (!ExpandSelection(selection) || Stopped()) {
     // A selection that cannot be expanded ends the step without an error result.
     terminated_ = false;
     return true;
   }
-
   const TWrenActionScript* entryScript = GetScriptByName(kOnProcessEntry);
   entryScript_ = entryScript && !Trim(entryScript->text).empty();
+  const TWrenActionScript* fileScript = GetScriptByName(kOnProcessFile);
+  // Without backups or scripts a rewrite adds and removes no names, so the walk lists the same
+  // files whether each is rewritten as it is found or after the whole walk; found, its folder is
+  // still fresh in the caches.
+  const bool stream =
+      !BackupFiles && !entryScript_ && !(fileScript && !Trim(fileScript->text).empty());
+  fileList_.clear();
+  spots_.clear();
+  if (!stream) {
+    for (const std::string& line : selection) {
+      if (Stopped()) break;
+      AddSelection(line);
+    }
+    if (Stopped() || fileList_.empty()) {
+      terminated_ = false;
+      entryScript_ = true;
+      return true;
+    }
+  }
+
   const std::shared_ptr<IWrenAssemblyInfoUpdater> updater = NewAssemblyInfoUpdater(UpdateOnly);
   updater->SetCallBack(this);
   literalReady_ = PrepareLiteralEntries();
   // The rewritten files are replaced together at the end: a tree of thousands of files then costs
   // two file-system syncs rather than two flushes per file.
   TWrenWriteBatch batch;
+  TRun run{*updater, *updater->GetImplementation(), std::string(), true, false};
   try {
-    TWrenAssemblyInfo& info = *updater->GetImplementation();
-    for (size_t i = 0; i < fileList_.size(); ++i) {
-      const std::string& file = fileList_[i];
-      SendMessage("Processing File : " + file);
-      if (!AddEntriesToUpdater(*updater)) {
-        result = false;
-        break;
+    if (stream) {
+      streaming_ = &run;
+      for (const std::string& line : selection) {
+        if (Stopped() || run.over) break;
+        AddSelection(line);
       }
-      TFileSpot& spot = spots_[i];
-      result = spot.folder ? info.ProcessFileIn(spot.folder, spot.name, file, BackupFiles)
-                           : updater->ProcessFile(file, BackupFiles);
-      // Done with the folder here: its handle closes once no pending write needs it.
-      spot.folder.reset();
-      if (!result || Stopped()) break;
+      streaming_ = nullptr;
+    } else {
+      for (size_t i = 0; i < fileList_.size() && ProcessListed(i, run); ++i) {
+      }
     }
   } catch (const std::exception& e) {
     // The host gets a result, never an exception: the step fails with the reason logged.
+    streaming_ = nullptr;
     SendMessage(e.what());
-    result = false;
+    run.result = false;
   }
   updater->SetCallBack(nullptr);
   spots_.clear();
@@ -138,25 +155,67 @@ bool TWrenAssemblyInfoUpdaterAction::Execute() {
   std::string error;
   if (!batch.Commit(error)) {
     SendMessage(error);
-    result = false;
+    run.result = false;
   }
   terminated_ = false;
-  return result;
+  return run.result;
+}
+
+bool TWrenAssemblyInfoUpdaterAction::ProcessListed(size_t i, TRun& run) {
+  const std::string& file = fileList_[i];
+  run.line.assign("Processing File : ").append(file);
+  SendMessage(run.line);
+  if (!AddEntriesToUpdater(run.updater)) {
+    run.result = false;
+    run.over = true;
+    return false;
+  }
+  TFileSpot& spot = spots_[i];
+  run.result = spot.folder ? run.info.ProcessFileIn(spot.folder, spot.name, file, BackupFiles)
+                           : run.updater.ProcessFile(file, BackupFiles);
+  // Done with the folder here: its handle closes once no pending write needs it.
+  spot.folder.reset();
+  run.over = !run.result || Stopped();
+  return !run.over;
+}
+
+bool TWrenAssemblyInfoUpdaterAction::Walking() {
+  return !Stopped() && !(streaming_ && streaming_->over);
+}
+
+void TWrenAssemblyInfoUpdaterAction::AddFile(std::string path, TWrenFolderRef folder,
+                                             std::string name) {
+  fileList_.push_back(std::move(path));
+  spots_.push_back({std::move(folder), std::move(name)});
+  if (streaming_) ProcessListed(fileList_.size() - 1, *streaming_);
+}
+
+bool TWrenAssemblyInfoUpdaterAction::ExpandSelection(TStrings& expanded) {
+  expanded.clear();
+  for (const std::string& line : Selection) {
+    if (Stopped()) break;
+    std::string text;
+    if (!TryExpandExpression("Selection", line, false, text)) return false;
+    expanded.push_back(std::move(text));
+  }
+  return true;
+}
+
+void TWrenAssemblyInfoUpdaterAction::AddSelection(const std::string& expanded) {
+  if (expanded.find_first_of("*?") == std::string::npos)
+    AddFile(expanded, nullptr, std::string());
+  else
+    processWildCard(expanded, ExtractFileName(expanded), Recurse);
 }
 
 bool TWrenAssemblyInfoUpdaterAction::BuildFileList() {
   fileList_.clear();
   spots_.clear();
-  for (const std::string& line : Selection) {
+  TStrings selection;
+  if (!ExpandSelection(selection)) return false;
+  for (const std::string& line : selection) {
     if (Stopped()) break;
-    std::string expanded;
-    if (!TryExpandExpression("Selection", line, false, expanded)) return false;
-    if (expanded.find_first_of("*?") == std::string::npos) {
-      fileList_.push_back(expanded);
-      spots_.push_back({});
-    } else {
-      processWildCard(expanded, ExtractFileName(expanded), Recurse);
-    }
+    AddSelection(line);
   }
   return true;
 }
@@ -171,12 +230,9 @@ void TWrenAssemblyInfoUpdaterAction::processWildCard(const std::string& path,
   // A folder spelt with backslashes is listed, but its files are then looked for by that very
   // name: only the path functions treat it alike.
   for (const TWrenFindData& found : FindFileNames(dir + "*.*", recurse)) {
-    if (Stopped()) return;
+    if (!Walking()) return;
     if (!found.isDirectory) {
-      if (MatchesMask(found.name, mask)) {
-        fileList_.push_back(dir + found.name);
-        spots_.push_back({});
-      }
+      if (MatchesMask(found.name, mask)) AddFile(dir + found.name, nullptr, std::string());
     } else if (recurse && found.name != "." && found.name != "..") {
       processWildCard(dir + found.name + PathDelim + "*.*", mask, recurse);
     }
@@ -186,12 +242,9 @@ void TWrenAssemblyInfoUpdaterAction::processWildCard(const std::string& path,
 void TWrenAssemblyInfoUpdaterAction::WalkFolder(const TWrenFolderRef& folder,
                                                 const std::string& mask, bool recurse) {
   for (const TWrenFindData& found : FindFileNames(*folder, "*.*", recurse)) {
-    if (Stopped()) return;
+    if (!Walking()) return;
     if (!found.isDirectory) {
-      if (MatchesMask(found.name, mask)) {
-        fileList_.push_back(folder->Path() + found.name);
-        spots_.push_back({folder, found.name});
-      }
+      if (MatchesMask(found.name, mask)) AddFile(folder->Path() + found.name, folder, found.name);
     } else if (recurse && found.name != "." && found.name != "..") {
       // A subfolder that cannot be opened has nothing to list.
       if (const TWrenFolderRef sub = OpenSubfolder(*folder, found.name))

@@ -496,34 +496,38 @@ struct TWritePlace {
   std::string prefix;
   std::string target;
   TWrenFolderRef folder;
+  const std::string* shown = nullptr;  // the path messages name, else the folder's and target
+
+  // Put together only when needed: most writes never name their file.
+  std::string Full() const { return folder ? folder->Path() + target : target; }
+  std::string Shown() const { return shown ? *shown : Full(); }
 };
 
 // The checks of a rewrite that refuse it: a directory, or a file the user marked read-only.
-bool MayWrite(const std::string& path, const TWrenFileStatus& status, std::string& error) {
+bool MayWrite(const TWritePlace& place, const TWrenFileStatus& status, std::string& error) {
   if (!status.exists) return true;
   if (status.isDirectory) {
-    error = OsError("Cannot write", path, EISDIR);
+    error = OsError("Cannot write", place.Shown(), EISDIR);
     return false;
   }
   // The user marked it read-only: a rename would silently override that, so refuse.
   if (status.readOnly) {
-    error = path + " is read only";
+    error = place.Shown() + " is read only";
     return false;
   }
   return true;
 }
 
 // Writes bytes to a scratch file beside the target and renames it over the target (at the
-// batch's commit when one is open); path names the file in messages.
-bool WriteReplacing(const TWritePlace& place, const std::string& path,
-                    const TWrenFileStatus& status, const std::string& bytes, std::string& error) {
+// batch's commit when one is open).
+bool WriteReplacing(const TWritePlace& place, const TWrenFileStatus& status,
+                    const std::string& bytes, std::string& error) {
   const bool exists = status.exists;
-  const std::string rewritePath = place.folder ? place.folder->Path() + place.target : place.target;
   const uid_t euid = tBatch ? tBatch->euid : ::geteuid();
   const gid_t egid = tBatch ? tBatch->egid : ::getegid();
   // A rename would cut the other names off or hand the file to us.
   if (exists && (status.links > 1 || !RenameKeepsOwner(status.owner, status.group, euid, egid)))
-    return RewriteInPlace(rewritePath, bytes, error);
+    return RewriteInPlace(place.Full(), bytes, error);
 
   int err = 0;
   std::string temp;
@@ -531,15 +535,15 @@ bool WriteReplacing(const TWritePlace& place, const std::string& path,
   if (fd < 0) {
     // A directory we may not write to: the file itself may still be writable.
     if (exists && (err == EACCES || err == EPERM || err == EROFS))
-      return RewriteInPlace(rewritePath, bytes, error);
-    error = OsError("Cannot create a temporary file to write", path, err);
+      return RewriteInPlace(place.Full(), bytes, error);
+    error = OsError("Cannot create a temporary file to write", place.Shown(), err);
     return false;
   }
 
   auto fail = [&](const char* what, int e) {
     ::close(fd);
     ::unlinkat(place.dirfd, temp.c_str(), 0);
-    error = OsError(what, path, e);
+    error = OsError(what, place.Shown(), e);
     return false;
   };
 
@@ -560,14 +564,14 @@ bool WriteReplacing(const TWritePlace& place, const std::string& path,
     if (::close(fd) != 0) {
       err = errno;
       ::unlinkat(place.dirfd, temp.c_str(), 0);
-      error = OsError("Cannot write", path, err);
+      error = OsError("Cannot write", place.Shown(), err);
       return false;
     }
     TBatchState& batch = *tBatch;
     TPendingWrite* pending = nullptr;
     if (exists) {
       pending = PendingFor(status.device, status.inode);
-    } else if (const auto found = batch.created.find(rewritePath); found != batch.created.end()) {
+    } else if (const auto found = batch.created.find(place.Full()); found != batch.created.end()) {
       pending = &batch.pending[found->second];
     }
     if (pending) {
@@ -579,11 +583,11 @@ bool WriteReplacing(const TWritePlace& place, const std::string& path,
       return true;
     }
     if (batch.pending.size() >= kMaxPending) CommitPending(batch, batch.errors);
-    KeepSyncHandle(batch, device, rewritePath, place.folder.get());
+    KeepSyncHandle(batch, device, place.target, place.folder.get());
     if (exists)
       batch.existing.emplace(std::make_pair(status.device, status.inode), batch.pending.size());
     else
-      batch.created.emplace(rewritePath, batch.pending.size());
+      batch.created.emplace(place.Full(), batch.pending.size());
     batch.pending.push_back({temp, place.target, device, place.folder});
     if (place.folder) place.folder->Settle();
     return true;
@@ -592,13 +596,13 @@ bool WriteReplacing(const TWritePlace& place, const std::string& path,
   if (::close(fd) != 0) {
     err = errno;
     ::unlinkat(place.dirfd, temp.c_str(), 0);
-    error = OsError("Cannot write", path, err);
+    error = OsError("Cannot write", place.Shown(), err);
     return false;
   }
   if (::renameat(place.dirfd, temp.c_str(), place.dirfd, place.target.c_str()) != 0) {
     err = errno;
     ::unlinkat(place.dirfd, temp.c_str(), 0);
-    error = OsError("Cannot replace", path, err);
+    error = OsError("Cannot replace", place.Shown(), err);
     return false;
   }
   if (place.folder)
@@ -620,12 +624,13 @@ bool WriteFileAtomic(const std::string& path, const TWrenFileStatus& status,
       std::free(real);
     }
   }
-  if (!MayWrite(path, status, error)) return false;
-  CleanUpDirectoryOnce(DirWithSlash(target));
   TWritePlace place;
+  place.shown = &path;
+  if (!MayWrite(place, status, error)) return false;
   place.prefix = DirWithSlash(target);
+  CleanUpDirectoryOnce(place.prefix);
   place.target = std::move(target);
-  return WriteReplacing(place, path, status, bytes, error);
+  return WriteReplacing(place, status, bytes, error);
 }
 
 namespace {
@@ -762,20 +767,19 @@ bool ReadFileBytes(TWrenFolder& folder, const std::string& name, const TWrenFile
 
 bool WriteFileAtomic(const TWrenFolderRef& folder, const std::string& name,
                      const TWrenFileStatus& status, const std::string& bytes, std::string& error) {
-  const std::string path = folder->Path() + name;
   // Through a symbolic link the file may live anywhere: the path writer finds it.
-  if (status.isLink) return WriteFileAtomic(path, status, bytes, error);
-  if (!MayWrite(path, status, error)) return false;
-  if (!TWrenFolderAccess::CleanedUp(*folder)) CleanUpDirectoryOnce(folder->Path());
+  if (status.isLink) return WriteFileAtomic(folder->Path() + name, status, bytes, error);
   TWritePlace place;
-  place.dirfd = folder->Handle();
-  if (place.dirfd < 0) {
-    error = OsError("Cannot create a temporary file to write", path, errno);
-    return false;
-  }
   place.target = name;
   place.folder = folder;
-  return WriteReplacing(place, path, status, bytes, error);
+  if (!MayWrite(place, status, error)) return false;
+  if (!TWrenFolderAccess::CleanedUp(*folder)) CleanUpDirectoryOnce(folder->Path());
+  place.dirfd = folder->Handle();
+  if (place.dirfd < 0) {
+    error = OsError("Cannot create a temporary file to write", place.Shown(), errno);
+    return false;
+  }
+  return WriteReplacing(place, status, bytes, error);
 }
 
 bool DeleteFileIn(TWrenFolder& folder, const std::string& name) {
