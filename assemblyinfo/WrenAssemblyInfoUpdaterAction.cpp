@@ -104,11 +104,12 @@ bool TWrenAssemblyInfoUpdaterAction::Execute() {
   const TWrenActionScript* entryScript = GetScriptByName(kOnProcessEntry);
   entryScript_ = entryScript && !Trim(entryScript->text).empty();
   const TWrenActionScript* fileScript = GetScriptByName(kOnProcessFile);
+  fileScript_ = fileScript && !Trim(fileScript->text).empty();
   // Without backups or scripts a rewrite adds and removes no names, so the walk lists the same
   // files whether each is rewritten as it is found or after the whole walk; found, its folder is
   // still fresh in the caches.
   const bool stream =
-      !BackupFiles && !entryScript_ && !(fileScript && !Trim(fileScript->text).empty());
+      !BackupFiles && !entryScript_ && !fileScript_;
   fileList_.clear();
   spots_.clear();
   if (!stream) {
@@ -118,7 +119,7 @@ bool TWrenAssemblyInfoUpdaterAction::Execute() {
     }
     if (Stopped() || fileList_.empty()) {
       terminated_ = false;
-      entryScript_ = true;
+      entryScript_ = fileScript_ = true;
       return true;
     }
   }
@@ -150,7 +151,7 @@ bool TWrenAssemblyInfoUpdaterAction::Execute() {
   }
   updater->SetCallBack(nullptr);
   spots_.clear();
-  entryScript_ = true;
+  entryScript_ = fileScript_ = true;
   literalReady_ = false;
   std::string error;
   if (!batch.Commit(error)) {
@@ -312,6 +313,7 @@ void TWrenAssemblyInfoUpdaterAction::RunScript(TWrenActionScript& script) {
 
 void TWrenAssemblyInfoUpdaterAction::OnProcessFile(
     const std::string& fileName, const std::shared_ptr<IWrenAssemblyInfoUpdater>& updater) {
+  if (!fileScript_) return;  // asked for every file: most runs have no such script
   TWrenActionScript* script = GetScriptByName(kOnProcessFile);
   if (!script || Trim(script->text).empty()) return;
   InitialiseScriptParams(*script);

@@ -103,6 +103,7 @@ class TWrenAssemblyInfoUpdaterAction : public TCustomWrenAction, public IWrenAss
   std::atomic<bool> terminated_{false};
   // False while a run has no OnProcessEntry script to ask; outside a run the script is looked up.
   bool entryScript_ = true;
+  bool fileScript_ = true;  // the same for OnProcessFile
   /// One attribute as given to the updater.
   struct TLiteralEntry {
     std::string name;

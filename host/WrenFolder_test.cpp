@@ -196,6 +196,15 @@ TEST_F(WrenFolder, BatchedRewritesByName) {
   EXPECT_EQ(st.st_mode & 07777, 0640u);
   EXPECT_EQ(Entries("f"), (std::vector<std::string>{"a.cs", "a.cs.bak", "link.cs", "locked.cs",
                                                     "sub", "target.cs"}));
+  // The permission bits stay, whether or not the umask would clear some of them.
+  const mode_t umask = ::umask(022);
+  for (const mode_t mode : {0600u, 0666u, 0757u, 01644u}) {
+    ASSERT_EQ(::chmod((dir_ + "f/a.cs").c_str(), mode), 0);
+    ASSERT_TRUE(WriteFileAtomic(f, "a.cs", FileStatus(*f, "a.cs"), "moded", error)) << error;
+    ASSERT_EQ(::stat((dir_ + "f/a.cs").c_str(), &st), 0);
+    EXPECT_EQ(st.st_mode & 07777, mode);
+  }
+  ::umask(umask);
   EXPECT_TRUE(DeleteFileIn(*f, "a.cs.bak"));
   EXPECT_FALSE(DeleteFileIn(*f, "sub"));
   EXPECT_FALSE(DeleteFileIn(*f, "a.cs.bak"));

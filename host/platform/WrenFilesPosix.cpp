@@ -82,7 +82,7 @@ pid_t CurrentPid() {
 }
 
 int CreateScratchAt(int dirfd, const std::string& prefix, const std::string& target,
-                    std::string& scratchName, int& err) {
+                    std::string& scratchName, int& err, mode_t mode) {
   const size_t slash = target.rfind('/');
   const size_t start = slash == std::string::npos ? 0 : slash + 1;
   // Keep the name well under NAME_MAX however long the target's name is.
@@ -103,7 +103,7 @@ int CreateScratchAt(int dirfd, const std::string& prefix, const std::string& tar
     scratchName += '-';
     number(random() % 1000000);
     const int fd =
-        ::openat(dirfd, scratchName.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        ::openat(dirfd, scratchName.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
     if (fd >= 0) return fd;
     if (errno != EEXIST) {
       err = errno;
@@ -392,12 +392,13 @@ std::vector<TWrenFindData> FindIn(int dfd, const std::string& dir, const std::st
   };
 
   // Windows lists "." and ".." first when directories are asked for; readdir's order is arbitrary.
-  std::vector<TWrenFindData> dots;
+  found.reserve(8);
   for (const char* dot : {".", ".."}) {
     TWrenFindData data;
     if (withDirectories && MatchesMask(dot, mask) && entryOf(dot, DT_DIR, data))
-      dots.push_back(data);
+      found.push_back(std::move(data));
   }
+  const auto dots = static_cast<std::ptrdiff_t>(found.size());
 
   // The directory read in large gulps without opendir, which would also stat it.
   alignas(dirent64) char buffer[32768];
@@ -420,8 +421,7 @@ std::vector<TWrenFindData> FindIn(int dfd, const std::string& dir, const std::st
     }
   }
 
-  std::sort(found.begin(), found.end(), NameLess);
-  found.insert(found.begin(), dots.begin(), dots.end());
+  std::sort(found.begin() + dots, found.end(), NameLess);
   return found;
 }
 
@@ -531,7 +531,10 @@ bool WriteReplacing(const TWritePlace& place, const TWrenFileStatus& status,
 
   int err = 0;
   std::string temp;
-  const int fd = CreateScratchAt(place.dirfd, place.prefix, place.target, temp, err);
+  // With the target's permission bits from the start: they then need setting only where a umask,
+  // a default ACL or special bits change them.
+  const int fd = CreateScratchAt(place.dirfd, place.prefix, place.target, temp, err,
+                                 exists ? (status.mode & 0777) : 0666);
   if (fd < 0) {
     // A directory we may not write to: the file itself may still be writable.
     if (exists && (err == EACCES || err == EPERM || err == EROFS))
@@ -549,7 +552,10 @@ bool WriteReplacing(const TWritePlace& place, const TWrenFileStatus& status,
 
   if (!WriteAll(fd, bytes, err)) return fail("Cannot write", err);
   if (exists) {
-    if (::fchmod(fd, status.mode) != 0) return fail("Cannot set the permissions of", errno);
+    struct stat made;
+    if ((::fstat(fd, &made) != 0 || (made.st_mode & 07777) != status.mode) &&
+        ::fchmod(fd, status.mode) != 0)
+      return fail("Cannot set the permissions of", errno);
     // Keep the owner where we may (root rewriting a user's file); others cannot and need not.
     if (status.owner != euid || status.group != egid)
       (void)!::fchown(fd, status.owner, status.group);

@@ -28,7 +28,7 @@ int CreateScratch(const std::string& dir, const std::string& target, std::string
                   int& err);
 /// CreateScratch relative to the open directory dirfd, the name put after prefix.
 int CreateScratchAt(int dirfd, const std::string& prefix, const std::string& target,
-                    std::string& scratchName, int& err);
+                    std::string& scratchName, int& err, mode_t mode = 0666);
 /// The name scratchName gets as the given kind (same suffix, the kind's tag).
 std::string ScratchNameAs(const std::string& scratchName, TScratchKind kind);
 
