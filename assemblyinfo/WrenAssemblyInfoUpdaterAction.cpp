@@ -108,8 +108,7 @@ bool TWrenAssemblyInfoUpdaterAction::Execute() {
   // Without backups or scripts a rewrite adds and removes no names, so the walk lists the same
   // files whether each is rewritten as it is found or after the whole walk; found, its folder is
   // still fresh in the caches.
-  const bool stream =
-      !BackupFiles && !entryScript_ && !fileScript_;
+  const bool stream = !BackupFiles && !entryScript_ && !fileScript_;
   fileList_.clear();
   spots_.clear();
   if (!stream) {
@@ -140,8 +139,8 @@ bool TWrenAssemblyInfoUpdaterAction::Execute() {
       }
       streaming_ = nullptr;
     } else {
-      for (size_t i = 0; i < fileList_.size() && ProcessListed(i, run); ++i) {
-      }
+      size_t i = 0;
+      while (i < fileList_.size() && ProcessListed(i, run)) ++i;
     }
   } catch (const std::exception& e) {
     // The host gets a result, never an exception: the step fails with the reason logged.
