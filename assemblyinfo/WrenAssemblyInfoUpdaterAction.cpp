@@ -247,8 +247,10 @@ void TWrenAssemblyInfoUpdaterAction::WalkFolder(const TWrenFolderRef& folder,
       if (MatchesMask(found.name, mask)) AddFile(folder->Path() + found.name, folder, found.name);
     } else if (recurse && found.name != "." && found.name != "..") {
       // A subfolder that cannot be opened has nothing to list.
-      if (const TWrenFolderRef sub = OpenSubfolder(*folder, found.name))
+      if (const TWrenFolderRef sub = OpenSubfolder(*folder, found.name)) {
+        folder->Settle();  // a deep walk holds no more folders open than it may
         WalkFolder(sub, mask, recurse);
+      }
     }
   }
   folder->Settle();

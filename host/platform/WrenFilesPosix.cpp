@@ -175,8 +175,17 @@ struct TPendingWrite {
   TWrenFolderRef folder;
 };
 
-// The directory the names of w are relative to.
-int DirOf(const TPendingWrite& w) { return w.folder ? w.folder->Handle() : AT_FDCWD; }
+// The directory the names of w are relative to. A folder that cannot be opened again (no
+// descriptor to spare) leaves w to its paths.
+int DirOf(TPendingWrite& w) {
+  if (!w.folder) return AT_FDCWD;
+  const int fd = w.folder->Handle();
+  if (fd >= 0) return fd;
+  w.temp.insert(0, w.folder->Path());
+  w.target.insert(0, w.folder->Path());
+  w.folder.reset();
+  return AT_FDCWD;
+}
 
 std::string TargetPath(const TPendingWrite& w) {
   return w.folder ? w.folder->Path() + w.target : w.target;
@@ -286,6 +295,7 @@ void CommitPending(TBatchState& batch, std::string& errors) {
       if (std::find(renamedIn.begin(), renamedIn.end(), dir) == renamedIn.end())
         renamedIn.push_back(dir);
     }
+    if (w.folder) w.folder->Settle();
   }
   // Best effort: the renames are done, this only makes them last.
   if (flushEach) {
@@ -459,7 +469,7 @@ bool ReadFileBytes(const std::string& path, const TWrenFileStatus& status, std::
                    std::string& error) {
   bytes.clear();
   // A file rewritten under the open batch reads as its new content.
-  const TPendingWrite* pending =
+  TPendingWrite* pending =
       status.exists && tBatch ? PendingFor(status.device, status.inode) : nullptr;
   const int fd = pending ? ::openat(DirOf(*pending), pending->temp.c_str(), O_RDONLY | O_CLOEXEC)
                          : ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
@@ -755,7 +765,7 @@ TWrenFileStatus FileStatus(TWrenFolder& folder, const std::string& name) {
 bool ReadFileBytes(TWrenFolder& folder, const std::string& name, const TWrenFileStatus& status,
                    std::string& bytes, std::string& error) {
   bytes.clear();
-  const TPendingWrite* pending =
+  TPendingWrite* pending =
       status.exists && tBatch ? PendingFor(status.device, status.inode) : nullptr;
   const int fd = pending ? ::openat(DirOf(*pending), pending->temp.c_str(), O_RDONLY | O_CLOEXEC)
                          : ::openat(folder.Handle(), name.c_str(), O_RDONLY | O_CLOEXEC);
