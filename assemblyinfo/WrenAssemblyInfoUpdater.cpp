@@ -56,8 +56,10 @@ TWrenAssemblyInfoLanguage LanguageOf(const std::string& extension) {
 }
 
 // A read-only file cannot be deleted, as on Windows; the host treats read-only the same way.
-bool DeleteFileIfWritable(const std::string& path, const TWrenFileStatus& status) {
-  return !status.readOnly && std::remove(path.c_str()) == 0;
+bool DeleteFileIfWritable(TWrenFolder* folder, const std::string& name,
+                          const TWrenFileStatus& status) {
+  if (status.readOnly) return false;
+  return folder ? DeleteFileIn(*folder, name) : std::remove(name.c_str()) == 0;
 }
 
 }  // namespace
@@ -99,15 +101,19 @@ char FoldAscii(char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - '
 
 bool SameTextView(std::string_view a, std::string_view b) {
   if (a.size() != b.size()) return false;
+  if (std::memcmp(a.data(), b.data(), a.size()) == 0) return true;  // mostly spelt alike
   for (size_t i = 0; i < a.size(); ++i)
     if (FoldAscii(a[i]) != FoldAscii(b[i])) return false;
   return true;
 }
 
 // The name of an entry "Name=Value" is name, case aside; compared in place, as it runs for every
-// attribute of every file.
+// attribute of every file: an entry whose name is not as long as name is passed over at once.
 bool EntryNamed(const std::string& entry, std::string_view name) {
-  return SameTextView(std::string_view(entry).substr(0, entry.find('=')), name);
+  const size_t n = name.size();
+  if (entry.size() < n || (entry.size() > n && entry[n] != '=')) return false;
+  const std::string_view head(entry.data(), n);
+  return head.find('=') == std::string_view::npos && SameTextView(head, name);
 }
 
 }  // namespace
@@ -198,6 +204,22 @@ const std::string& TWrenAssemblyInfo::JoinLines() {
 }
 
 bool TWrenAssemblyInfo::ProcessFile(const std::string& fileName, bool createBackup) {
+  folder_.reset();
+  return Process(fileName, createBackup);
+}
+
+bool TWrenAssemblyInfo::ProcessFileIn(const TWrenFolderRef& folder, const std::string& name,
+                                      const std::string& fileName, bool createBackup) {
+  struct TDropFolder {
+    TWrenFolderRef& folder;
+    ~TDropFolder() { folder.reset(); }
+  } dropFolder{folder_};
+  folder_ = folder;
+  fileName_ = fileName;
+  return Process(name, createBackup);
+}
+
+bool TWrenAssemblyInfo::Process(const std::string& name, bool createBackup) {
   // The entries belong to one file: they are gone however this call ends.
   struct TEmptyEntries {
     std::vector<TEntry>& entries;
@@ -205,8 +227,9 @@ bool TWrenAssemblyInfo::ProcessFile(const std::string& fileName, bool createBack
   } emptyEntries{entries_};
 
   insertPosition_ = -1;
+  const std::string& fileName = folder_ ? fileName_ : name;
   // One look serves the checks, the read and the rewrite.
-  const TWrenFileStatus status = FileStatus(fileName);
+  const TWrenFileStatus status = folder_ ? FileStatus(*folder_, name) : FileStatus(name);
   if (!status.exists || status.isDirectory) {
     Message("File : " + fileName + "- does not exist!");
     return false;
@@ -216,50 +239,53 @@ bool TWrenAssemblyInfo::ProcessFile(const std::string& fileName, bool createBack
     return false;
   }
 
-  fileName_ = fileName;
+  if (!folder_) fileName_ = name;
   modified_ = false;
   lines_.clear();
   made_.clear();
   std::string error;
-  if (!ReadFileBytes(fileName, status, text_, error)) {
+  if (!(folder_ ? ReadFileBytes(*folder_, name, status, text_, error)
+                : ReadFileBytes(name, status, text_, error))) {
     text_.clear();
     throw EWrenFileError(error);
   }
   SplitLines();
-  extension_ = LowerCase(ExtractFileExt(fileName));
+  extension_ = LowerCase(ExtractFileExt(fileName_));
   language_ = LanguageOf(extension_);
   quoteChar_ = language_ == TWrenAssemblyInfoLanguage::alPascal ? '\'' : '"';
 
-  if (createBackup) MakeBackup();
+  if (createBackup) MakeBackup(name);
   if (lines_.empty()) return false;
 
   if (callBack_) callBack_->OnProcessFile(fileName_, shared_from_this());
   Scan();
   if (!updateOnly_ && !entries_.empty()) AddNewEntries();
-  if (modified_) Save(fileName_, &status);
+  if (modified_) Save(folder_, name, &status);
   return true;
 }
 
-void TWrenAssemblyInfo::MakeBackup() {
-  const std::string backup = fileName_ + ".bak";
-  const TWrenFileStatus status = FileStatus(backup);
+void TWrenAssemblyInfo::MakeBackup(const std::string& name) {
+  const std::string backup = name + ".bak";
+  const TWrenFileStatus status = folder_ ? FileStatus(*folder_, backup) : FileStatus(backup);
   if (status.exists && !status.isDirectory) {
     // An old backup that will not go away is kept, and no new one is written.
-    if (!DeleteFileIfWritable(backup, status)) return;
-    Save(backup, &kNoFile);
+    if (!DeleteFileIfWritable(folder_.get(), backup, status)) return;
+    Save(folder_, backup, &kNoFile);
     return;
   }
-  Save(backup, &status);
+  Save(folder_, backup, &status);
 }
 
-void TWrenAssemblyInfo::SaveToFile(const std::string& fileName) { Save(fileName, nullptr); }
+void TWrenAssemblyInfo::SaveToFile(const std::string& fileName) { Save(nullptr, fileName, nullptr); }
 
-void TWrenAssemblyInfo::Save(const std::string& fileName, const TWrenFileStatus* status) {
+void TWrenAssemblyInfo::Save(const TWrenFolderRef& folder, const std::string& name,
+                             const TWrenFileStatus* status) {
   std::string error;
   const std::string& text = JoinLines();
-  if (!(status ? WriteFileAtomic(fileName, *status, text, error)
-               : WriteFileAtomic(fileName, text, error)))
-    throw EWrenFileError(error);
+  const bool saved = folder   ? WriteFileAtomic(folder, name, status ? *status : kNoFile, text, error)
+                     : status ? WriteFileAtomic(name, *status, text, error)
+                              : WriteFileAtomic(name, text, error);
+  if (!saved) throw EWrenFileError(error);
 }
 
 bool TWrenAssemblyInfo::IsStopLine(std::string_view line) const {

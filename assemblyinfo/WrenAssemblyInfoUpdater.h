@@ -84,6 +84,10 @@ class TWrenAssemblyInfo final : public IWrenAssemblyInfoUpdater,
   void AddEntry(const std::string& name, const std::string& value, bool quoted) override;
   void RemoveEntry(const std::string& name) override;
   bool ProcessFile(const std::string& fileName, bool createBackup) override;
+  /// ProcessFile of the file name in folder, known to messages and scripts as fileName: its
+  /// reads and writes look up name alone.
+  bool ProcessFileIn(const TWrenFolderRef& folder, const std::string& name,
+                     const std::string& fileName, bool createBackup);
   void SaveToFile(const std::string& fileName) override;
   void SetCallBack(IWrenAssemblyInfoCallBack* callBack) override { callBack_ = callBack; }
   TWrenAssemblyInfo* GetImplementation() override { return this; }
@@ -99,9 +103,12 @@ class TWrenAssemblyInfo final : public IWrenAssemblyInfoUpdater,
   bool UpdateOnly() const { return updateOnly_; }
 
  private:
-  void MakeBackup();
-  /// Writes the lines to fileName; status, when given, is the file's as it was read.
-  void Save(const std::string& fileName, const TWrenFileStatus* status);
+  /// ProcessFile of the file name in folder_ (a path when there is no folder).
+  bool Process(const std::string& name, bool createBackup);
+  void MakeBackup(const std::string& name);
+  /// Writes the lines to name, in folder when there is one, else a path; status, when given, is
+  /// the file's as it was read.
+  void Save(const TWrenFolderRef& folder, const std::string& name, const TWrenFileStatus* status);
   void Scan();
   bool IsStopLine(std::string_view line) const;
   /// line is the text of line lineIndex; at is just past its keyword.
@@ -137,6 +144,7 @@ class TWrenAssemblyInfo final : public IWrenAssemblyInfoUpdater,
   std::string value_;
   std::string message_;
   std::string fileName_;
+  TWrenFolderRef folder_;  // of the file being processed, when it was found by a folder walk
   std::string extension_;
   IWrenAssemblyInfoCallBack* callBack_ = nullptr;
   std::string keyword_;

@@ -95,58 +95,127 @@ bool TWrenAssemblyInfoUpdaterAction::Stopped() { return terminated_ || StopSigna
 
 bool TWrenAssemblyInfoUpdaterAction::Execute() {
   terminated_ = false;
-  bool result = true;
-  if (!BuildFileList() || Stopped() || fileList_.empty()) {
+  TStrings selection;
+  if (!ExpandSelection(selection) || Stopped()) {
     // A selection that cannot be expanded ends the step without an error result.
     terminated_ = false;
     return true;
   }
-
   const TWrenActionScript* entryScript = GetScriptByName(kOnProcessEntry);
   entryScript_ = entryScript && !Trim(entryScript->text).empty();
+  const TWrenActionScript* fileScript = GetScriptByName(kOnProcessFile);
+  fileScript_ = fileScript && !Trim(fileScript->text).empty();
+  // Without backups or scripts a rewrite adds and removes no names, so the walk lists the same
+  // files whether each is rewritten as it is found or after the whole walk; found, its folder is
+  // still fresh in the caches.
+  const bool stream = !BackupFiles && !entryScript_ && !fileScript_;
+  fileList_.clear();
+  spots_.clear();
+  if (!stream) {
+    for (const std::string& line : selection) {
+      if (Stopped()) break;
+      AddSelection(line);
+    }
+    if (Stopped() || fileList_.empty()) {
+      terminated_ = false;
+      entryScript_ = fileScript_ = true;
+      return true;
+    }
+  }
+
   const std::shared_ptr<IWrenAssemblyInfoUpdater> updater = NewAssemblyInfoUpdater(UpdateOnly);
   updater->SetCallBack(this);
   literalReady_ = PrepareLiteralEntries();
   // The rewritten files are replaced together at the end: a tree of thousands of files then costs
   // two file-system syncs rather than two flushes per file.
   TWrenWriteBatch batch;
+  TRun run{*updater, *updater->GetImplementation(), std::string(), true, false};
   try {
-    for (const std::string& file : fileList_) {
-      SendMessage("Processing File : " + file);
-      if (!AddEntriesToUpdater(*updater)) {
-        result = false;
-        break;
+    if (stream) {
+      streaming_ = &run;
+      for (const std::string& line : selection) {
+        if (Stopped() || run.over) break;
+        AddSelection(line);
       }
-      result = updater->ProcessFile(file, BackupFiles);
-      if (!result || Stopped()) break;
+      streaming_ = nullptr;
+    } else {
+      size_t i = 0;
+      while (i < fileList_.size() && ProcessListed(i, run)) ++i;
     }
   } catch (const std::exception& e) {
     // The host gets a result, never an exception: the step fails with the reason logged.
+    streaming_ = nullptr;
     SendMessage(e.what());
-    result = false;
+    run.result = false;
   }
   updater->SetCallBack(nullptr);
-  entryScript_ = true;
+  spots_.clear();
+  entryScript_ = fileScript_ = true;
   literalReady_ = false;
   std::string error;
   if (!batch.Commit(error)) {
     SendMessage(error);
-    result = false;
+    run.result = false;
   }
   terminated_ = false;
-  return result;
+  return run.result;
+}
+
+bool TWrenAssemblyInfoUpdaterAction::ProcessListed(size_t i, TRun& run) {
+  const std::string& file = fileList_[i];
+  run.line.assign("Processing File : ").append(file);
+  SendMessage(run.line);
+  if (!AddEntriesToUpdater(run.updater)) {
+    run.result = false;
+    run.over = true;
+    return false;
+  }
+  TFileSpot& spot = spots_[i];
+  run.result = spot.folder ? run.info.ProcessFileIn(spot.folder, spot.name, file, BackupFiles)
+                           : run.updater.ProcessFile(file, BackupFiles);
+  // Done with the folder here: its handle closes once no pending write needs it.
+  spot.folder.reset();
+  run.over = !run.result || Stopped();
+  return !run.over;
+}
+
+bool TWrenAssemblyInfoUpdaterAction::Walking() {
+  return !Stopped() && !(streaming_ && streaming_->over);
+}
+
+void TWrenAssemblyInfoUpdaterAction::AddFile(std::string path, TWrenFolderRef folder,
+                                             std::string name) {
+  fileList_.push_back(std::move(path));
+  spots_.push_back({std::move(folder), std::move(name)});
+  if (streaming_) ProcessListed(fileList_.size() - 1, *streaming_);
+}
+
+bool TWrenAssemblyInfoUpdaterAction::ExpandSelection(TStrings& expanded) {
+  expanded.clear();
+  for (const std::string& line : Selection) {
+    if (Stopped()) break;
+    std::string text;
+    if (!TryExpandExpression("Selection", line, false, text)) return false;
+    expanded.push_back(std::move(text));
+  }
+  return true;
+}
+
+void TWrenAssemblyInfoUpdaterAction::AddSelection(const std::string& expanded) {
+  if (expanded.find_first_of("*?") == std::string::npos)
+    AddFile(expanded, nullptr, std::string());
+  else
+    processWildCard(expanded, ExtractFileName(expanded), Recurse);
 }
 
 bool TWrenAssemblyInfoUpdaterAction::BuildFileList() {
   fileList_.clear();
-  for (const std::string& line : Selection) {
+  spots_.clear();
+  TStrings selection;
+  if (!ExpandSelection(selection)) return false;
+  for (const std::string& line : selection) {
     if (Stopped()) break;
-    std::string expanded;
-    if (!TryExpandExpression("Selection", line, false, expanded)) return false;
-    if (expanded.find_first_of("*?") == std::string::npos)
-      fileList_.push_back(expanded);
-    else
-      processWildCard(expanded, ExtractFileName(expanded), Recurse);
+    AddSelection(line);
   }
   return true;
 }
@@ -154,14 +223,37 @@ bool TWrenAssemblyInfoUpdaterAction::BuildFileList() {
 void TWrenAssemblyInfoUpdaterAction::processWildCard(const std::string& path,
                                                      const std::string& mask, bool recurse) {
   const std::string dir = ExtractFilePath(path);
+  if (dir.find('\\') == std::string::npos) {
+    WalkFolder(std::make_shared<TWrenFolder>(dir), mask, recurse);
+    return;
+  }
+  // A folder spelt with backslashes is listed, but its files are then looked for by that very
+  // name: only the path functions treat it alike.
   for (const TWrenFindData& found : FindFileNames(dir + "*.*", recurse)) {
-    if (Stopped()) return;
+    if (!Walking()) return;
     if (!found.isDirectory) {
-      if (MatchesMask(found.name, mask)) fileList_.push_back(dir + found.name);
+      if (MatchesMask(found.name, mask)) AddFile(dir + found.name, nullptr, std::string());
     } else if (recurse && found.name != "." && found.name != "..") {
       processWildCard(dir + found.name + PathDelim + "*.*", mask, recurse);
     }
   }
+}
+
+void TWrenAssemblyInfoUpdaterAction::WalkFolder(const TWrenFolderRef& folder,
+                                                const std::string& mask, bool recurse) {
+  for (const TWrenFindData& found : FindFileNames(*folder, "*.*", recurse)) {
+    if (!Walking()) return;
+    if (!found.isDirectory) {
+      if (MatchesMask(found.name, mask)) AddFile(folder->Path() + found.name, folder, found.name);
+    } else if (recurse && found.name != "." && found.name != "..") {
+      // A subfolder that cannot be opened has nothing to list.
+      if (const TWrenFolderRef sub = OpenSubfolder(*folder, found.name)) {
+        folder->Settle();  // a deep walk holds no more folders open than it may
+        WalkFolder(sub, mask, recurse);
+      }
+    }
+  }
+  folder->Settle();
 }
 
 // Text without a '%' names no variable and stands as it is: the host need not be asked again for
@@ -222,6 +314,7 @@ void TWrenAssemblyInfoUpdaterAction::RunScript(TWrenActionScript& script) {
 
 void TWrenAssemblyInfoUpdaterAction::OnProcessFile(
     const std::string& fileName, const std::shared_ptr<IWrenAssemblyInfoUpdater>& updater) {
+  if (!fileScript_) return;  // asked for every file: most runs have no such script
   TWrenActionScript* script = GetScriptByName(kOnProcessFile);
   if (!script || Trim(script->text).empty()) return;
   InitialiseScriptParams(*script);

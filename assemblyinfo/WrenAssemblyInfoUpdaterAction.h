@@ -66,13 +66,44 @@ class TWrenAssemblyInfoUpdaterAction : public TCustomWrenAction, public IWrenAss
   /// are then the same for every file); false when one does.
   bool PrepareLiteralEntries();
   std::shared_ptr<TWrenScriptObject> ActionObject();
+  /// processWildCard over an open folder: files are kept with it, subfolders opened from it.
+  void WalkFolder(const TWrenFolderRef& folder, const std::string& mask, bool recurse);
+  /// Every Selection line expanded; false (logged) when one cannot be.
+  bool ExpandSelection(TStrings& expanded);
+  /// Adds the file or the files matching one expanded Selection line.
+  void AddSelection(const std::string& expanded);
+  /// Adds a file to the list (with its folder, if found by a walk); while the run streams, it is
+  /// processed at once.
+  void AddFile(std::string path, TWrenFolderRef folder, std::string name);
+
+  /// A run over the files: the updater, the line buffer and how it stands.
+  struct TRun {
+    IWrenAssemblyInfoUpdater& updater;
+    TWrenAssemblyInfo& info;
+    std::string line;  // reused for the line of every file
+    bool result = true;
+    bool over = false;  // a file failed or the step was stopped
+  };
+  /// Processes file i of the list; false when the run ends there.
+  bool ProcessListed(size_t i, TRun& run);
+  /// False once the walk should end: the step was stopped or the run is over.
+  bool Walking();
   /// Runs a script that has text; a failed script aborts the file being processed.
   void RunScript(TWrenActionScript& script);
 
   TStrings fileList_;
+  /// Where each file of fileList_ was found: its folder and name, or no folder for a file named
+  /// by its path.
+  struct TFileSpot {
+    TWrenFolderRef folder;
+    std::string name;
+  };
+  std::vector<TFileSpot> spots_;
+  TRun* streaming_ = nullptr;  // set while files are processed as the walk finds them
   std::atomic<bool> terminated_{false};
   // False while a run has no OnProcessEntry script to ask; outside a run the script is looked up.
   bool entryScript_ = true;
+  bool fileScript_ = true;  // the same for OnProcessFile
   /// One attribute as given to the updater.
   struct TLiteralEntry {
     std::string name;

@@ -249,5 +249,34 @@ TEST(AssemblyInfoUpdaterAction, StopRequestProcessesNothing) {
   EXPECT_EQ(ReadFile(h.tmp / "a.cs"), kCs);
 }
 
+// The files of a run are those there before it: backups written (and committed, past a thousand
+// pending files) while one selection line is rewritten are not found by the next, and a run
+// without backups, which rewrites each file as the walk finds it, still stops at the first
+// failure with the later files untouched.
+TEST(AssemblyInfoUpdaterAction, ARunRewritesTheFilesThereBeforeIt) {
+  Harness h({}, {"AssemblyVersion=\"2.0\""});
+  for (int i = 0; i < 501; ++i) WriteFile(h.tmp / ("d/f" + std::to_string(i) + ".cs"), kCs);
+  h.action.Selection = {h.tmp / "d/*.cs", h.tmp / "d/*.bak"};
+  h.action.BackupFiles = true;
+  ASSERT_TRUE(h.action.Execute()) << PrintToString(h.log);
+  EXPECT_EQ(h.action.FileList().size(), 501u);
+  EXPECT_EQ(ReadFile(h.tmp / "d/f500.cs"), Cs("2.0"));
+  EXPECT_EQ(ReadFile(h.tmp / "d/f500.cs.bak"), Cs("1.0.0.0"));
+  EXPECT_FALSE(test::Exists(h.tmp / "d/f0.cs.bak.bak"));
+
+  Harness s({}, {"AssemblyVersion=\"2.0\""});
+  for (const char* name : {"w/a.cs", "w/b/ro.cs", "w/c.cs"}) WriteFile(s.tmp / name, kCs);
+  ::chmod((s.tmp / "w/b/ro.cs").c_str(), 0444);
+  s.action.Selection = {s.tmp / "w/*.cs", s.tmp / "w/c.cs"};
+  s.action.Recurse = true;
+  EXPECT_FALSE(s.action.Execute());
+  EXPECT_EQ(ReadFile(s.tmp / "w/a.cs"), Cs("2.0"));
+  EXPECT_EQ(ReadFile(s.tmp / "w/c.cs"), kCs);
+  EXPECT_EQ(s.action.FileList(), (TStrings{s.tmp / "w/a.cs", s.tmp / "w/b/ro.cs"}));
+  EXPECT_EQ(std::count_if(s.log.begin(), s.log.end(),
+                          [](const std::string& line) { return line.rfind("Processing", 0) == 0; }),
+            2);
+}
+
 }  // namespace
 }  // namespace wren

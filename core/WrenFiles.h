@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -80,6 +81,53 @@ bool WriteFileAtomic(const std::string& path, const std::string& bytes, std::str
 /// WriteFileAtomic of a file whose status was taken since it last changed.
 bool WriteFileAtomic(const std::string& path, const TWrenFileStatus& status,
                      const std::string& bytes, std::string& error);
+
+/// A folder kept open so that the files in it are looked at, read and rewritten by their leaf
+/// names: every operation on a file deep in a tree then looks up one short name instead of the
+/// whole path. Files listed in it and writes pending in a batch share it; its handle opens again
+/// by path when it had to be closed because too many folders were open.
+class TWrenFolder {
+ public:
+  /// The folder at path, a directory ending with '/' or empty for the current one, as it will
+  /// stand in the names of its files. Nothing is opened yet.
+  explicit TWrenFolder(std::string path);
+  ~TWrenFolder();
+  TWrenFolder(const TWrenFolder&) = delete;
+  TWrenFolder& operator=(const TWrenFolder&) = delete;
+
+  /// The path given (ending with '/', or empty): the path of a file in it is Path() + name.
+  const std::string& Path() const { return path_; }
+  /// The platform's handle of the open folder, opened by path when it is not open; -1 (errno
+  /// set) when it cannot be opened.
+  int Handle();
+  /// Closes the handle when more folders are open than the process should keep.
+  void Settle();
+
+ private:
+  friend struct TWrenFolderAccess;
+  std::string path_;
+  int handle_ = -1;
+  bool listed_ = false;     // the handle has been read to its end by a listing
+  bool cleanedUp_ = false;  // a listing has cleared the leftovers of dead writers here
+  int links_ = 0;           // symbolic links followed to reach it from the first folder
+};
+using TWrenFolderRef = std::shared_ptr<TWrenFolder>;
+
+/// The folder name in parent, opened relative to it; null (errno set) when it cannot be opened.
+/// Symbolic links are followed as a path would follow them, up to the same limits.
+TWrenFolderRef OpenSubfolder(TWrenFolder& parent, const std::string& name);
+/// FindFileNames of the entries of folder that match mask.
+std::vector<TWrenFindData> FindFileNames(TWrenFolder& folder, const std::string& mask,
+                                         bool withDirectories, bool onlyDirectories = false);
+/// FileStatus, ReadFileBytes and WriteFileAtomic of the file name in folder: the same checks,
+/// messages (which name Path() + name) and safety as by path.
+TWrenFileStatus FileStatus(TWrenFolder& folder, const std::string& name);
+bool ReadFileBytes(TWrenFolder& folder, const std::string& name, const TWrenFileStatus& status,
+                   std::string& bytes, std::string& error);
+bool WriteFileAtomic(const TWrenFolderRef& folder, const std::string& name,
+                     const TWrenFileStatus& status, const std::string& bytes, std::string& error);
+/// Deletes the file name in folder (not a directory); false when it stays.
+bool DeleteFileIn(TWrenFolder& folder, const std::string& name);
 
 /// Groups the atomic writes made on this thread, so that thousands of them cost two syncs instead
 /// of two flushes each. While a batch is open, WriteFileAtomic leaves the new content in a

@@ -61,9 +61,31 @@ bool Match(std::string_view name, std::string_view mask) {
 
 }  // namespace
 
+namespace {
+
+// A mask of one star and plain text after it ("*.cs"), the text starting with an ASCII
+// character: it matches the names that end with that text, case aside.
+bool IsStarSuffix(std::string_view mask) {
+  if (mask.size() < 2 || mask[0] != '*' || static_cast<unsigned char>(mask[1]) >= 0x80)
+    return false;
+  return mask.find_first_of("*?", 1) == std::string_view::npos;
+}
+
+bool EndsWithFolded(std::string_view name, std::string_view suffix) {
+  if (name.size() < suffix.size()) return false;
+  const size_t at = name.size() - suffix.size();
+  for (size_t i = 0; i < suffix.size(); ++i)
+    if (Fold(name[at + i]) != Fold(suffix[i])) return false;
+  return true;
+}
+
+}  // namespace
+
 bool MatchesMask(const std::string& name, const std::string& mask) {
   // The masks of a plain listing take every name ("*.*" too: names without a dot count).
   if (mask == "*" || mask == "*.*") return true;
+  // The usual selection: no backtracking needed, the suffix starts on a character boundary.
+  if (IsStarSuffix(mask)) return EndsWithFolded(name, std::string_view(mask).substr(1));
   if (Match(name, mask)) return true;
   // As on Windows, "x.*" also stands for names that have no extension at all ("v*.*" finds "v4").
   const std::string_view m(mask);

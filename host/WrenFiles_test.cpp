@@ -84,6 +84,11 @@ TEST(WrenFilesMask, WindowsSemantics) {
       {"", "*.*", true},              {"\xC3\xA9t\xC3\xA9", "*t?", true}, {"\xC3\xA9t\xC3\xA9", "*\xC3\xA9", true},
       {"a\x80", "?", true},          // a stray continuation byte belongs to the character before
       {"ab", "*\x80", false},         {"a*\x80", "a*\x80", true},  // "*\x80" is no star
+      // A star and plain text: the name's end, case aside, whatever bytes come before it.
+      {".cs", "*.cs", true},          {"cs", "*.cs", false},          {"A.Cs", "*.cS", true},
+      {"\xFF\xFE.cs", "*.cs", true},  {"\xC3.cs", "*.cs", true},      {"x.c", "*.cs", false},
+      {"ab.", "*.", true},            {"ab", "*.", false},            {"caf\xC3\xA9.CS", "*\xC3\xA9.cs", true},
+      {"x.csx", "*.cs", false},       {"x.cs", "*x.cs", true},        {"a.cs", "*ba.cs", false},
   };
   for (const Case& c : cases)
     EXPECT_EQ(MatchesMask(c.name, c.mask), c.matches) << c.name << " ~ " << c.mask;

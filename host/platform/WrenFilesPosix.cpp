@@ -1,6 +1,7 @@
 // POSIX backend of the file-system helpers and the atomic writer.
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -8,10 +9,12 @@
 
 #include <algorithm>
 #include <atomic>
+#include <charconv>
 #include <cerrno>
 #include <climits>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -78,18 +81,29 @@ pid_t CurrentPid() {
   return pid;
 }
 
-int CreateScratch(const std::string& dir, const std::string& target, std::string& scratchName,
-                  int& err) {
+int CreateScratchAt(int dirfd, const std::string& prefix, const std::string& target,
+                    std::string& scratchName, int& err, mode_t mode) {
   const size_t slash = target.rfind('/');
+  const size_t start = slash == std::string::npos ? 0 : slash + 1;
   // Keep the name well under NAME_MAX however long the target's name is.
-  const std::string base = target.substr(slash == std::string::npos ? 0 : slash + 1).substr(0, 200);
+  const size_t baseLength = std::min<size_t>(target.size() - start, 200);
   static std::atomic<unsigned> counter{0};
   // Seeded once: a random device read per file costs more than the rest of the name.
   thread_local std::minstd_rand random(std::random_device{}());
   for (int attempt = 0; attempt < 100; ++attempt) {
-    scratchName = dir + "." + base + ".tmp" + std::to_string(CurrentPid()) + "-" +
-                  std::to_string(counter++) + "-" + std::to_string(random() % 1000000);
-    const int fd = ::open(scratchName.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    // "<prefix>.<base>.tmp<pid>-<n>-<r>", built in place: this runs for every file written.
+    const auto number = [&](unsigned long long value) {
+      char digits[24];
+      scratchName.append(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
+    };
+    scratchName.assign(prefix).append(1, '.').append(target, start, baseLength).append(".tmp");
+    number(static_cast<unsigned long long>(CurrentPid()));
+    scratchName += '-';
+    number(counter++);
+    scratchName += '-';
+    number(random() % 1000000);
+    const int fd =
+        ::openat(dirfd, scratchName.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
     if (fd >= 0) return fd;
     if (errno != EEXIST) {
       err = errno;
@@ -98,6 +112,11 @@ int CreateScratch(const std::string& dir, const std::string& target, std::string
   }
   err = EEXIST;
   return -1;
+}
+
+int CreateScratch(const std::string& dir, const std::string& target, std::string& scratchName,
+                  int& err) {
+  return CreateScratchAt(AT_FDCWD, dir, target, scratchName, err);
 }
 
 std::string ScratchNameAs(const std::string& scratchName, TScratchKind kind) {
@@ -147,12 +166,30 @@ std::string DirWithSlash(const std::string& target) {
   return slash == std::string::npos ? "" : target.substr(0, slash + 1);
 }
 
-/// A write waiting for its batch's commit.
+/// A write waiting for its batch's commit. With a folder, temp and target are names in it;
+/// without, paths.
 struct TPendingWrite {
   std::string temp;
   std::string target;
   dev_t device;  // of the target's file system
+  TWrenFolderRef folder;
 };
+
+// The directory the names of w are relative to. A folder that cannot be opened again (no
+// descriptor to spare) leaves w to its paths.
+int DirOf(TPendingWrite& w) {
+  if (!w.folder) return AT_FDCWD;
+  const int fd = w.folder->Handle();
+  if (fd >= 0) return fd;
+  w.temp.insert(0, w.folder->Path());
+  w.target.insert(0, w.folder->Path());
+  w.folder.reset();
+  return AT_FDCWD;
+}
+
+std::string TargetPath(const TPendingWrite& w) {
+  return w.folder ? w.folder->Path() + w.target : w.target;
+}
 
 /// The open batch of a thread. Existing targets are known by device and inode, so that any
 /// spelling of their path finds them; new files by the path they were written to.
@@ -189,11 +226,13 @@ void AddError(std::string& errors, const std::string& error) {
   errors += error;
 }
 
-void KeepSyncHandle(TBatchState& batch, dev_t device, const std::string& target) {
+void KeepSyncHandle(TBatchState& batch, dev_t device, const std::string& target,
+                    TWrenFolder* folder = nullptr) {
   for (const auto& handle : batch.syncHandles)
     if (handle.first == device) return;
-  batch.syncHandles.emplace_back(
-      device, ::open(DirectoryOf(target).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  const int fd = folder ? ::fcntl(folder->Handle(), F_DUPFD_CLOEXEC, 0)
+                        : ::open(DirectoryOf(target).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  batch.syncHandles.emplace_back(device, fd);
 }
 
 void CloseSyncHandles(TBatchState& batch) {
@@ -211,8 +250,8 @@ std::vector<dev_t> SyncFileSystems(const TBatchState& batch) {
   return failed;
 }
 
-bool FlushFile(const std::string& path, int& err) {
-  const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+bool FlushFile(int dirfd, const std::string& path, int& err) {
+  const int fd = ::openat(dirfd, path.c_str(), O_RDONLY | O_CLOEXEC);
   if (fd < 0 || ::fdatasync(fd) != 0) {
     err = errno;
     if (fd >= 0) ::close(fd);
@@ -233,29 +272,39 @@ void CommitPending(TBatchState& batch, std::string& errors) {
   const bool flushEach = writes.size() <= kFlushEachUpTo;
   const std::vector<dev_t> unsynced = flushEach ? std::vector<dev_t>() : SyncFileSystems(batch);
   std::vector<std::string> renamedIn;
+  std::vector<TWrenFolder*> renamedInFolders;
   for (TPendingWrite& w : writes) {
     int err = 0;
+    const int dirfd = DirOf(w);
     // Where a whole file system would not sync, each file is flushed alone to learn which failed.
     const bool needsOwnFlush =
         flushEach || std::find(unsynced.begin(), unsynced.end(), w.device) != unsynced.end();
-    if (needsOwnFlush && !FlushFile(w.temp, err)) {
-      ::unlink(w.temp.c_str());
-      AddError(errors, OsError("Cannot flush", w.target, err));
-    } else if (::rename(w.temp.c_str(), w.target.c_str()) != 0) {
+    if (needsOwnFlush && !FlushFile(dirfd, w.temp, err)) {
+      ::unlinkat(dirfd, w.temp.c_str(), 0);
+      AddError(errors, OsError("Cannot flush", TargetPath(w), err));
+    } else if (::renameat(dirfd, w.temp.c_str(), dirfd, w.target.c_str()) != 0) {
       err = errno;
-      ::unlink(w.temp.c_str());
-      AddError(errors, OsError("Cannot replace", w.target, err));
+      ::unlinkat(dirfd, w.temp.c_str(), 0);
+      AddError(errors, OsError("Cannot replace", TargetPath(w), err));
+    } else if (flushEach && w.folder) {
+      if (std::find(renamedInFolders.begin(), renamedInFolders.end(), w.folder.get()) ==
+          renamedInFolders.end())
+        renamedInFolders.push_back(w.folder.get());
     } else if (flushEach) {
       const std::string dir = DirectoryOf(w.target);
       if (std::find(renamedIn.begin(), renamedIn.end(), dir) == renamedIn.end())
         renamedIn.push_back(dir);
     }
+    if (w.folder) w.folder->Settle();
   }
   // Best effort: the renames are done, this only makes them last.
-  if (flushEach)
+  if (flushEach) {
     for (const std::string& dir : renamedIn) SyncDirectoryOf(dir + "/");
-  else
+    for (TWrenFolder* folder : renamedInFolders)
+      if (const int fd = folder->Handle(); fd >= 0) ::fsync(fd);
+  } else {
     SyncFileSystems(batch);
+  }
   writes.clear();
   batch.existing.clear();
   batch.created.clear();
@@ -328,18 +377,11 @@ bool IsReadOnly(const std::string& path) {
 
 namespace {
 
-std::vector<TWrenFindData> Find(const std::string& pattern, bool withDirectories,
-                                bool onlyDirectories, bool withDetails) {
+// Lists the open directory dfd (at its start), known to the messages as dir ("./" for the
+// current one); dead writers' leftovers in it are cleared on the way.
+std::vector<TWrenFindData> FindIn(int dfd, const std::string& dir, const std::string& mask,
+                                  bool withDirectories, bool onlyDirectories, bool withDetails) {
   std::vector<TWrenFindData> found;
-  const size_t split = pattern.find_last_of("/\\");
-  std::string dir = split == std::string::npos ? "./" : pattern.substr(0, split + 1);
-  const std::string mask = split == std::string::npos ? pattern : pattern.substr(split + 1);
-  std::replace(dir.begin(), dir.end(), '\\', '/');
-  if (mask.empty()) return found;
-
-  const int dfd = ::open(dir.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (dfd < 0) return found;
-
   // type is the listing's d_type; an entry is looked at only when that is not enough.
   auto entryOf = [&](const char* name, unsigned char type, TWrenFindData& data) {
     data.name = name;
@@ -360,12 +402,13 @@ std::vector<TWrenFindData> Find(const std::string& pattern, bool withDirectories
   };
 
   // Windows lists "." and ".." first when directories are asked for; readdir's order is arbitrary.
-  std::vector<TWrenFindData> dots;
+  found.reserve(8);
   for (const char* dot : {".", ".."}) {
     TWrenFindData data;
     if (withDirectories && MatchesMask(dot, mask) && entryOf(dot, DT_DIR, data))
-      dots.push_back(data);
+      found.push_back(std::move(data));
   }
+  const auto dots = static_cast<std::ptrdiff_t>(found.size());
 
   // The directory read in large gulps without opendir, which would also stat it.
   alignas(dirent64) char buffer[32768];
@@ -387,12 +430,26 @@ std::vector<TWrenFindData> Find(const std::string& pattern, bool withDirectories
       if (entryOf(name, e->d_type, data) && wanted(data)) found.push_back(std::move(data));
     }
   }
+
+  std::sort(found.begin() + dots, found.end(), NameLess);
+  return found;
+}
+
+std::vector<TWrenFindData> Find(const std::string& pattern, bool withDirectories,
+                                bool onlyDirectories, bool withDetails) {
+  const size_t split = pattern.find_last_of("/\\");
+  std::string dir = split == std::string::npos ? "./" : pattern.substr(0, split + 1);
+  const std::string mask = split == std::string::npos ? pattern : pattern.substr(split + 1);
+  std::replace(dir.begin(), dir.end(), '\\', '/');
+  if (mask.empty()) return {};
+
+  const int dfd = ::open(dir.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (dfd < 0) return {};
+  std::vector<TWrenFindData> found =
+      FindIn(dfd, dir, mask, withDirectories, onlyDirectories, withDetails);
   ::close(dfd);
   // Every leftover here has just been seen to: the writer need not list the directory again.
   NoteDirectoryCleanedUp(dir);
-
-  std::sort(found.begin(), found.end(), NameLess);
-  found.insert(found.begin(), dots.begin(), dots.end());
   return found;
 }
 
@@ -412,9 +469,10 @@ bool ReadFileBytes(const std::string& path, const TWrenFileStatus& status, std::
                    std::string& error) {
   bytes.clear();
   // A file rewritten under the open batch reads as its new content.
-  const TPendingWrite* pending =
+  TPendingWrite* pending =
       status.exists && tBatch ? PendingFor(status.device, status.inode) : nullptr;
-  const int fd = ::open((pending ? pending->temp : path).c_str(), O_RDONLY | O_CLOEXEC);
+  const int fd = pending ? ::openat(DirOf(*pending), pending->temp.c_str(), O_RDONLY | O_CLOEXEC)
+                         : ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (fd < 0) {
     error = OsError("Cannot open", path, errno);
     return false;
@@ -439,58 +497,75 @@ bool WriteFileAtomic(const std::string& path, const std::string& bytes, std::str
   return WriteFileAtomic(path, FileStatus(path), bytes, error);
 }
 
-bool WriteFileAtomic(const std::string& path, const TWrenFileStatus& status,
-                     const std::string& bytes, std::string& error) {
-  // Write through a symbolic link to the file it names, so the link itself stays.
-  std::string target = path;
-  if (status.isLink) {
-    if (char* real = ::realpath(path.c_str(), nullptr)) {
-      target = real;
-      std::free(real);
-    }
-  }
+namespace {
 
+/// Where a write goes: the name renamed over, relative to dirfd (a path with AT_FDCWD), and the
+/// prefix that puts a scratch name beside it.
+struct TWritePlace {
+  int dirfd = AT_FDCWD;
+  std::string prefix;
+  std::string target;
+  TWrenFolderRef folder;
+  const std::string* shown = nullptr;  // the path messages name, else the folder's and target
+
+  // Put together only when needed: most writes never name their file.
+  std::string Full() const { return folder ? folder->Path() + target : target; }
+  std::string Shown() const { return shown ? *shown : Full(); }
+};
+
+// The checks of a rewrite that refuse it: a directory, or a file the user marked read-only.
+bool MayWrite(const TWritePlace& place, const TWrenFileStatus& status, std::string& error) {
+  if (!status.exists) return true;
+  if (status.isDirectory) {
+    error = OsError("Cannot write", place.Shown(), EISDIR);
+    return false;
+  }
+  // The user marked it read-only: a rename would silently override that, so refuse.
+  if (status.readOnly) {
+    error = place.Shown() + " is read only";
+    return false;
+  }
+  return true;
+}
+
+// Writes bytes to a scratch file beside the target and renames it over the target (at the
+// batch's commit when one is open).
+bool WriteReplacing(const TWritePlace& place, const TWrenFileStatus& status,
+                    const std::string& bytes, std::string& error) {
   const bool exists = status.exists;
-  if (exists) {
-    if (status.isDirectory) {
-      error = OsError("Cannot write", path, EISDIR);
-      return false;
-    }
-    // The user marked it read-only: a rename would silently override that, so refuse.
-    if (status.readOnly) {
-      error = path + " is read only";
-      return false;
-    }
-  }
-
-  CleanUpDirectoryOnce(DirWithSlash(target));
   const uid_t euid = tBatch ? tBatch->euid : ::geteuid();
   const gid_t egid = tBatch ? tBatch->egid : ::getegid();
   // A rename would cut the other names off or hand the file to us.
   if (exists && (status.links > 1 || !RenameKeepsOwner(status.owner, status.group, euid, egid)))
-    return RewriteInPlace(target, bytes, error);
+    return RewriteInPlace(place.Full(), bytes, error);
 
   int err = 0;
   std::string temp;
-  const int fd = CreateScratch(DirWithSlash(target), target, temp, err);
+  // With the target's permission bits from the start: they then need setting only where a umask,
+  // a default ACL or special bits change them.
+  const int fd = CreateScratchAt(place.dirfd, place.prefix, place.target, temp, err,
+                                 exists ? (status.mode & 0777) : 0666);
   if (fd < 0) {
     // A directory we may not write to: the file itself may still be writable.
     if (exists && (err == EACCES || err == EPERM || err == EROFS))
-      return RewriteInPlace(target, bytes, error);
-    error = OsError("Cannot create a temporary file to write", path, err);
+      return RewriteInPlace(place.Full(), bytes, error);
+    error = OsError("Cannot create a temporary file to write", place.Shown(), err);
     return false;
   }
 
   auto fail = [&](const char* what, int e) {
     ::close(fd);
-    ::unlink(temp.c_str());
-    error = OsError(what, path, e);
+    ::unlinkat(place.dirfd, temp.c_str(), 0);
+    error = OsError(what, place.Shown(), e);
     return false;
   };
 
   if (!WriteAll(fd, bytes, err)) return fail("Cannot write", err);
   if (exists) {
-    if (::fchmod(fd, status.mode) != 0) return fail("Cannot set the permissions of", errno);
+    struct stat made;
+    if ((::fstat(fd, &made) != 0 || (made.st_mode & 07777) != status.mode) &&
+        ::fchmod(fd, status.mode) != 0)
+      return fail("Cannot set the permissions of", errno);
     // Keep the owner where we may (root rewriting a user's file); others cannot and need not.
     if (status.owner != euid || status.group != egid)
       (void)!::fchown(fd, status.owner, status.group);
@@ -504,46 +579,228 @@ bool WriteFileAtomic(const std::string& path, const TWrenFileStatus& status,
     }
     if (::close(fd) != 0) {
       err = errno;
-      ::unlink(temp.c_str());
-      error = OsError("Cannot write", path, err);
+      ::unlinkat(place.dirfd, temp.c_str(), 0);
+      error = OsError("Cannot write", place.Shown(), err);
       return false;
     }
     TBatchState& batch = *tBatch;
     TPendingWrite* pending = nullptr;
     if (exists) {
       pending = PendingFor(status.device, status.inode);
-    } else if (const auto found = batch.created.find(target); found != batch.created.end()) {
+    } else if (const auto found = batch.created.find(place.Full()); found != batch.created.end()) {
       pending = &batch.pending[found->second];
     }
     if (pending) {
-      ::unlink(pending->temp.c_str());  // written again before its commit: the newer bytes win
+      // Written again before its commit: the newer bytes win.
+      ::unlinkat(DirOf(*pending), pending->temp.c_str(), 0);
       pending->temp = temp;
+      pending->target = place.target;
+      pending->folder = place.folder;
       return true;
     }
     if (batch.pending.size() >= kMaxPending) CommitPending(batch, batch.errors);
-    KeepSyncHandle(batch, device, target);
+    KeepSyncHandle(batch, device, place.target, place.folder.get());
     if (exists)
       batch.existing.emplace(std::make_pair(status.device, status.inode), batch.pending.size());
     else
-      batch.created.emplace(target, batch.pending.size());
-    batch.pending.push_back({temp, target, device});
+      batch.created.emplace(place.Full(), batch.pending.size());
+    batch.pending.push_back({temp, place.target, device, place.folder});
+    if (place.folder) place.folder->Settle();
     return true;
   }
   if (::fsync(fd) != 0) return fail("Cannot flush", errno);
   if (::close(fd) != 0) {
     err = errno;
-    ::unlink(temp.c_str());
-    error = OsError("Cannot write", path, err);
+    ::unlinkat(place.dirfd, temp.c_str(), 0);
+    error = OsError("Cannot write", place.Shown(), err);
     return false;
   }
-  if (::rename(temp.c_str(), target.c_str()) != 0) {
+  if (::renameat(place.dirfd, temp.c_str(), place.dirfd, place.target.c_str()) != 0) {
     err = errno;
-    ::unlink(temp.c_str());
-    error = OsError("Cannot replace", path, err);
+    ::unlinkat(place.dirfd, temp.c_str(), 0);
+    error = OsError("Cannot replace", place.Shown(), err);
     return false;
   }
-  SyncDirectoryOf(target);
+  if (place.folder)
+    ::fsync(place.dirfd);  // best effort, as SyncDirectoryOf
+  else
+    SyncDirectoryOf(place.target);
   return true;
+}
+
+}  // namespace
+
+bool WriteFileAtomic(const std::string& path, const TWrenFileStatus& status,
+                     const std::string& bytes, std::string& error) {
+  // Write through a symbolic link to the file it names, so the link itself stays.
+  std::string target = path;
+  if (status.isLink) {
+    if (char* real = ::realpath(path.c_str(), nullptr)) {
+      target = real;
+      std::free(real);
+    }
+  }
+  TWritePlace place;
+  place.shown = &path;
+  if (!MayWrite(place, status, error)) return false;
+  place.prefix = DirWithSlash(target);
+  CleanUpDirectoryOnce(place.prefix);
+  place.target = std::move(target);
+  return WriteReplacing(place, status, bytes, error);
+}
+
+namespace {
+
+std::atomic<int> gOpenFolders{0};
+
+// How many folder handles may stay open at once: a quarter of the process's descriptors, so
+// that the tools a build starts and the files it opens never run short.
+int FolderBudget() {
+  static const int budget = [] {
+    struct rlimit limit;
+    if (::getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY) return 256;
+    return static_cast<int>(std::clamp<rlim_t>(limit.rlim_cur / 4, 16, 1 << 20));
+  }();
+  return budget;
+}
+
+// The most symbolic links a path lookup follows before it gives up with ELOOP.
+constexpr int kMaxLinks = 40;
+
+}  // namespace
+
+/// What the POSIX functions below need of a folder beyond its public face.
+struct TWrenFolderAccess {
+  static int Adopt(TWrenFolder& folder, int fd) {
+    if (fd >= 0) ++gOpenFolders;
+    folder.handle_ = fd;
+    return fd;
+  }
+  static bool& Listed(TWrenFolder& folder) { return folder.listed_; }
+  static bool& CleanedUp(TWrenFolder& folder) { return folder.cleanedUp_; }
+  static int& Links(TWrenFolder& folder) { return folder.links_; }
+};
+
+TWrenFolder::TWrenFolder(std::string path) : path_(std::move(path)) {}
+
+TWrenFolder::~TWrenFolder() {
+  if (handle_ >= 0) {
+    ::close(handle_);
+    --gOpenFolders;
+  }
+}
+
+int TWrenFolder::Handle() {
+  if (handle_ >= 0) return handle_;
+  listed_ = false;
+  return TWrenFolderAccess::Adopt(
+      *this, ::open(path_.empty() ? "." : path_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+}
+
+void TWrenFolder::Settle() {
+  if (handle_ < 0 || gOpenFolders.load(std::memory_order_relaxed) <= FolderBudget()) return;
+  ::close(handle_);
+  handle_ = -1;
+  --gOpenFolders;
+}
+
+TWrenFolderRef OpenSubfolder(TWrenFolder& parent, const std::string& name) {
+  const int dfd = parent.Handle();
+  if (dfd < 0) return nullptr;
+  // A path longer than the system takes, or one through too many links, would not open: nor
+  // does the folder, so that a link looping back up ends the walk where a path would.
+  if (parent.Path().size() + name.size() + 1 >= PATH_MAX) {
+    errno = ENAMETOOLONG;
+    return nullptr;
+  }
+  int links = TWrenFolderAccess::Links(parent);
+  int fd = ::openat(dfd, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+  if (fd < 0 && (errno == ELOOP || errno == ENOTDIR)) {
+    // A link (or no directory at all): followed, it counts against the limit.
+    fd = ::openat(dfd, name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd >= 0 && ++links > kMaxLinks) {
+      ::close(fd);
+      errno = ELOOP;
+      return nullptr;
+    }
+  }
+  if (fd < 0) return nullptr;
+  auto folder = std::make_shared<TWrenFolder>(parent.Path() + name + "/");
+  TWrenFolderAccess::Adopt(*folder, fd);
+  TWrenFolderAccess::Links(*folder) = links;
+  return folder;
+}
+
+std::vector<TWrenFindData> FindFileNames(TWrenFolder& folder, const std::string& mask,
+                                         bool withDirectories, bool onlyDirectories) {
+  if (mask.empty()) return {};
+  const int dfd = folder.Handle();
+  if (dfd < 0) return {};
+  bool& listed = TWrenFolderAccess::Listed(folder);
+  // A second listing reads the folder again from its start.
+  if (listed && ::lseek(dfd, 0, SEEK_SET) != 0) return {};
+  listed = true;
+  std::vector<TWrenFindData> found = FindIn(dfd, folder.Path().empty() ? "./" : folder.Path(),
+                                            mask, withDirectories, onlyDirectories, false);
+  // Every leftover here has just been seen to: the writer need not list the folder again.
+  TWrenFolderAccess::CleanedUp(folder) = true;
+  CleanUpRecoveryOnce();
+  return found;
+}
+
+TWrenFileStatus FileStatus(TWrenFolder& folder, const std::string& name) {
+  TWrenFileStatus status;
+  const int dfd = folder.Handle();
+  struct stat st;
+  if (dfd < 0 || name.empty() || ::fstatat(dfd, name.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0)
+    return status;
+  if (S_ISLNK(st.st_mode)) {
+    status.isLink = true;
+    if (::fstatat(dfd, name.c_str(), &st, 0) != 0) return status;
+  }
+  FillStatus(st, status);
+  return status;
+}
+
+bool ReadFileBytes(TWrenFolder& folder, const std::string& name, const TWrenFileStatus& status,
+                   std::string& bytes, std::string& error) {
+  bytes.clear();
+  TPendingWrite* pending =
+      status.exists && tBatch ? PendingFor(status.device, status.inode) : nullptr;
+  const int fd = pending ? ::openat(DirOf(*pending), pending->temp.c_str(), O_RDONLY | O_CLOEXEC)
+                         : ::openat(folder.Handle(), name.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) {
+    error = OsError("Cannot open", folder.Path() + name, errno);
+    return false;
+  }
+  const bool regular = status.exists && !status.isDirectory && !pending;
+  int err = 0;
+  const bool ok = ReadOpenFile(fd, regular ? status.size : 0, bytes, err);
+  ::close(fd);
+  if (!ok) error = OsError("Cannot read", folder.Path() + name, err);
+  return ok;
+}
+
+bool WriteFileAtomic(const TWrenFolderRef& folder, const std::string& name,
+                     const TWrenFileStatus& status, const std::string& bytes, std::string& error) {
+  // Through a symbolic link the file may live anywhere: the path writer finds it.
+  if (status.isLink) return WriteFileAtomic(folder->Path() + name, status, bytes, error);
+  TWritePlace place;
+  place.target = name;
+  place.folder = folder;
+  if (!MayWrite(place, status, error)) return false;
+  if (!TWrenFolderAccess::CleanedUp(*folder)) CleanUpDirectoryOnce(folder->Path());
+  place.dirfd = folder->Handle();
+  if (place.dirfd < 0) {
+    error = OsError("Cannot create a temporary file to write", place.Shown(), errno);
+    return false;
+  }
+  return WriteReplacing(place, status, bytes, error);
+}
+
+bool DeleteFileIn(TWrenFolder& folder, const std::string& name) {
+  const int dfd = folder.Handle();
+  return dfd >= 0 && ::unlinkat(dfd, name.c_str(), 0) == 0;
 }
 
 void SetAtomicWriteFailAfter(size_t bytes, bool crash) {

@@ -6,6 +6,7 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdlib>
 #include <mutex>
@@ -284,18 +285,11 @@ bool FirstVisit(const std::string& dir) {
   static std::mutex mutex;
   // By name: an inode number may come back for another directory in a long-lived process.
   static std::unordered_set<std::string> done;
-  static bool recoveryDone = false;
-  bool cleanRecovery = false;
   {
     const std::lock_guard<std::mutex> lock(mutex);
     if (!done.insert(dir).second) return false;
-    cleanRecovery = !recoveryDone;
-    recoveryDone = true;
   }
-  if (cleanRecovery) {
-    const std::string recovery = RecoveryDir();
-    if (!recovery.empty()) CleanUpDirectoryOnce(recovery + "/");
-  }
+  CleanUpRecoveryOnce();
   return true;
 }
 
@@ -313,5 +307,13 @@ void CleanUpDirectoryOnce(const std::string& dir) {
 }
 
 void NoteDirectoryCleanedUp(const std::string& dir) { FirstVisit(dir); }
+
+void CleanUpRecoveryOnce() {
+  // Marked done before the clean-up, which visits the recovery directory and comes back here.
+  static std::atomic<bool> done{false};
+  if (done.exchange(true)) return;
+  const std::string recovery = RecoveryDir();
+  if (!recovery.empty()) CleanUpDirectoryOnce(recovery + "/");
+}
 
 }  // namespace wren::posix

@@ -26,6 +26,9 @@ enum class TScratchKind { Temp, Journal };
 pid_t CurrentPid();
 int CreateScratch(const std::string& dir, const std::string& target, std::string& scratchName,
                   int& err);
+/// CreateScratch relative to the open directory dirfd, the name put after prefix.
+int CreateScratchAt(int dirfd, const std::string& prefix, const std::string& target,
+                    std::string& scratchName, int& err, mode_t mode = 0666);
 /// The name scratchName gets as the given kind (same suffix, the kind's tag).
 std::string ScratchNameAs(const std::string& scratchName, TScratchKind kind);
 
@@ -45,5 +48,7 @@ void CleanUpLeftover(const std::string& dir, const std::string& name);
 void CleanUpDirectoryOnce(const std::string& dir);
 /// Tells CleanUpDirectoryOnce that a listing has just cleaned dir up entry by entry.
 void NoteDirectoryCleanedUp(const std::string& dir);
+/// Clears the recovery directory of dead writers' journals, once per process.
+void CleanUpRecoveryOnce();
 
 }  // namespace wren::posix

@@ -99,5 +99,34 @@ TEST(Leftovers, UpdaterSkipsAndClearsTemporaryFilesAndKeepsHardLinks) {
   EXPECT_EQ(test::ReadFile(liveTemp), source);
 }
 
+// A tree of more folders than the process may hold open at once: the updater keeps a bounded
+// number of them open while it walks and while its rewrites wait for the commit.
+TEST(Leftovers, UpdaterWalksMoreFoldersThanItMayKeepOpen) {
+  ScriptMachine m("#!/bin/sh\nexit 0\n");
+  const std::string source = "[assembly: AssemblyVersion(\"1.0\")]\r\n";
+  for (int i = 0; i < 300; ++i)
+    test::WriteFile(m.dir / ("tree/p" + std::to_string(i) + "/Properties/AssemblyInfo.cs"), source);
+  std::string deep = "tree/";
+  for (int i = 0; i < 100; ++i) deep += "d" + std::to_string(i) + "/";
+  test::WriteFile(m.dir / (deep + "AssemblyInfo.cs"), source);
+  m.WriteProject("stamp.mbproj",
+                 "    <Action class=\"TWrenAssemblyInfoUpdaterAction\">\n"
+                 "      <Property name=\"Selection\"><Item>%ProjectDir%/tree/*.cs</Item></Property>\n"
+                 "      <Property name=\"BackupFiles\">false</Property>\n"
+                 "      <Property name=\"Recurse\">true</Property>\n"
+                 "      <Property name=\"Attributes\"><Item>AssemblyVersion=\"2.0\"</Item></Property>\n"
+                 "    </Action>\n");
+  std::vector<std::string> command = m.Command({"run", m.dir / "stamp.mbproj"});
+  command.insert(command.begin(), {"/bin/sh", "-c", "ulimit -n 64 && exec \"$@\"", "sh"});
+  std::string out;
+  ASSERT_EQ(test::RunProgram(command, &out), 0) << out;
+  for (int i = 0; i < 300; ++i)
+    ASSERT_EQ(test::ReadFile(m.dir / ("tree/p" + std::to_string(i) + "/Properties/AssemblyInfo.cs")),
+              "[assembly: AssemblyVersion(\"2.0\")]\r\n")
+        << i;
+  EXPECT_EQ(test::ReadFile(m.dir / (deep + "AssemblyInfo.cs")),
+            "[assembly: AssemblyVersion(\"2.0\")]\r\n");
+}
+
 }  // namespace
 }  // namespace wren
