@@ -356,6 +356,7 @@ struct TRequestHeader {
   uint32_t argc;
   uint32_t envc;
   int32_t signal;  // for Signal: what the program's group gets
+  int32_t cpu;     // for Start: the processor the host sent it from, or -1
 };
 
 /// What the supervisor tells the host.
@@ -377,6 +378,7 @@ struct TLaunch {
   int outFd = -1;
   int errFd = -1;
   int dirFd = -1;
+  int cpu = -1;
 };
 
 // The supervisor's memory: static or mapped, never the heap, since it is a fork of a host whose
@@ -490,6 +492,9 @@ int KillAndReapAll(pid_t program) {
 
 // The supervisor's /dev/null, opened once: every program's standard input.
 int gNullFd = -1;
+// The processors the host may use, as this process got them at its fork: its programs get them.
+cpu_set_t gHostCpus;
+bool gHostCpusKnown = false;
 
 // The program's own process, after the supervisor's clone. It shares the supervisor's memory
 // until it execs, so a failure is reported by writing *startError.
@@ -504,6 +509,13 @@ int gNullFd = -1;
   sigset_t none;
   sigemptyset(&none);
   ::sigprocmask(SIG_SETMASK, &none, nullptr);
+  // Not the one processor the supervisor keeps to during the run (should none of the host's be
+  // left to it, any the system allows).
+  if (gHostCpusKnown && ::sched_setaffinity(0, sizeof gHostCpus, &gHostCpus) != 0) {
+    cpu_set_t any;
+    std::memset(&any, 0xff, sizeof any);
+    ::sched_setaffinity(0, sizeof any, &any);
+  }
   int err = 0;
   if (::fchdir(launch.dirFd) != 0) {
     err = errno;
@@ -576,6 +588,7 @@ TReceived ReceiveRequest(int control, TLaunch& launch, TRequestMemory& memory) {
   launch.outFd = fds[0];
   launch.errFd = fds[1];
   launch.dirFd = fds[2];
+  launch.cpu = header.cpu;
   if (got < static_cast<ssize_t>(sizeof header) || header.kind != TRequestHeader::Start) {
     for (int fd : fds)
       if (fd >= 0) ::close(fd);
@@ -657,6 +670,15 @@ bool SuperviseRun(int control, const TLaunch& launch, pid_t self) {
     pid_t supervisor;
     int error;
   } start{&launch, self, 0};
+  // The run is a relay between the host and this process: the host's request wakes it, and the
+  // program's exit wakes it to wake the host. On the host's processor each wake-up is a local
+  // one; across processors it costs an interrupt, which on a virtual machine is dear.
+  if (gHostCpusKnown && launch.cpu >= 0 && launch.cpu < CPU_SETSIZE) {
+    cpu_set_t one;
+    CPU_ZERO(&one);
+    CPU_SET(launch.cpu, &one);
+    ::sched_setaffinity(0, sizeof one, &one);
+  }
 #if defined(__SANITIZE_ADDRESS__)
   // The last program's frames never returned: their stale redzones would fault this one.
   ASAN_UNPOISON_MEMORY_REGION(gCloneStack, sizeof gCloneStack);
@@ -741,6 +763,7 @@ bool SuperviseRun(int control, const TLaunch& launch, pid_t self) {
   for (int sig : {SIGHUP, SIGINT, SIGTERM, SIGQUIT, SIGPIPE}) ::sigaction(sig, &ignore, nullptr);
   ::prctl(PR_SET_CHILD_SUBREAPER, 1);
   gNullFd = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+  gHostCpusKnown = ::sched_getaffinity(0, sizeof gHostCpus, &gHostCpus) == 0;
   const pid_t self = ::getpid();
   for (;;) {
     TLaunch launch;
@@ -812,7 +835,7 @@ class TSupervisor {
     uint32_t envc = 0;
     for (char** e = environ; e && *e; ++e, ++envc) put(*e, std::strlen(*e));
     TRequestHeader header{TRequestHeader::Start, static_cast<uint32_t>(request_.size()),
-                          static_cast<uint32_t>(args.size()), envc, 0};
+                          static_cast<uint32_t>(args.size()), envc, 0, ::sched_getcpu()};
     const size_t first = std::min(request_.size(), kChunk);
     iovec iov[2] = {{&header, sizeof header}, {request_.data(), first}};
     alignas(cmsghdr) char cmsgSpace[CMSG_SPACE(sizeof(int) * kRequestFds)]{};
@@ -840,8 +863,8 @@ class TSupervisor {
     return true;
   }
 
-  bool SendFinish() { return SendHeader({TRequestHeader::Finish, 0, 0, 0, 0}); }
-  bool SendSignal(int signal) { return SendHeader({TRequestHeader::Signal, 0, 0, 0, signal}); }
+  bool SendFinish() { return SendHeader({TRequestHeader::Finish, 0, 0, 0, 0, -1}); }
+  bool SendSignal(int signal) { return SendHeader({TRequestHeader::Signal, 0, 0, 0, signal, -1}); }
 
   enum class TRead { Message, None, Gone };
   TRead Read(TSupervisorMessage& m, bool block) {

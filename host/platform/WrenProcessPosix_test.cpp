@@ -688,6 +688,26 @@ TEST(WrenProcessPosix, ProgramGetsOnlyTheStandardDescriptors) {
   }
 }
 
+// The helper keeps to the host's processor during a run; the program must not: it gets every
+// processor the host may use.
+TEST(WrenProcessPosix, ProgramGetsTheHostsProcessors) {
+  std::ifstream status("/proc/self/status");
+  std::string hostCpus;
+  for (std::string line; std::getline(status, line);)
+    if (line.rfind("Cpus_allowed_list:", 0) == 0) hostCpus = line;
+  ASSERT_FALSE(hostCpus.empty());
+  for (const bool reuse : {false, true}) {
+    std::optional<TWrenProcessReuse> scope;
+    if (reuse) scope.emplace();
+    for (int i = 0; i < 2; ++i) {
+      const TRun run = RunProgram("/bin/sh", "-c \"grep Cpus_allowed_list: /proc/self/status\"");
+      ASSERT_EQ(run.result.status, TStatus::Exited) << run.result.error;
+      ASSERT_EQ(run.out.size(), 1u);
+      EXPECT_EQ(run.out[0], hostCpus) << (reuse ? "reuse" : "no reuse");
+    }
+  }
+}
+
 // A forked copy of the host starts its own helper and leaves the host's one serving the host.
 TEST(WrenProcessPosix, ForkedHostDoesNotShareTheHelper) {
   const TWrenProcessReuse reuse;
