@@ -3,6 +3,7 @@
 // supervisor kills what is left of the program's tree when the run ends or the host dies, and
 // serves the next run when reuse is on.
 #include "WrenProcess.h"
+#include "WrenRewritePosix.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -904,20 +905,6 @@ class TSupervisor {
   std::string request_;  // kept between runs: a steady build allocates nothing for it
 };
 
-std::atomic<pid_t> gPid{0};
-
-// getpid() without a system call per run: kept up to date in every forked copy.
-pid_t CurrentPid() {
-  static const bool tracked = [] {
-    gPid.store(::getpid(), std::memory_order_relaxed);
-    ::pthread_atfork(nullptr, nullptr,
-                     [] { gPid.store(::getpid(), std::memory_order_relaxed); });
-    return true;
-  }();
-  (void)tracked;
-  return gPid.load(std::memory_order_relaxed);
-}
-
 /// Supervisors kept for reuse while a TWrenProcessReuse lives; one run at a time each, so
 /// runs on several threads take one each.
 struct TSupervisorPool {
@@ -925,13 +912,13 @@ struct TSupervisorPool {
   std::vector<std::unique_ptr<TSupervisor>> idle;
   int scopes = 0;
   // A forked copy of the host must not share its supervisors: its runs start their own.
-  const pid_t owner = CurrentPid();
+  const pid_t owner = posix::CurrentPid();
 
   static TSupervisorPool& Get() {
     static TSupervisorPool pool;
     return pool;
   }
-  bool Mine() const { return owner == CurrentPid(); }
+  bool Mine() const { return owner == posix::CurrentPid(); }
 };
 
 /// A supervisor for one run: an idle one from the pool, or a new one; null with the errno when
