@@ -1,4 +1,5 @@
 #include "WrenFiles.h"
+#include "TestSupport.h"
 
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -319,16 +320,6 @@ TEST_F(WrenFilesPosix, LargeWriteBatchLandsEveryFile) {
   }
 }
 
-// Runs body in a forked process and returns its exit code; the process ends without unwinding,
-// as a killed run would.
-int InChild(const std::function<int()>& body) {
-  const pid_t pid = ::fork();
-  if (pid == 0) ::_exit(body());
-  int status = 0;
-  ::waitpid(pid, &status, 0);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-}
-
 // A rewrite through one name shows through all of them, whatever the writer can and cannot do
 // in the file's directory, and a failed one leaves the old content under every name.
 TEST_F(WrenFilesPosix, RewriteKeepsHardLinksAndWorksInLockedDirectories) {
@@ -362,7 +353,7 @@ TEST_F(WrenFilesPosix, RewriteKeepsHardLinksAndWorksInLockedDirectories) {
   ASSERT_EQ(::chmod(Path("open").c_str(), 0777), 0);
   ASSERT_EQ(::chmod(Path("locked").c_str(), 0555), 0);
   ASSERT_EQ(::chmod(dir_.c_str(), 0755), 0);
-  const int code = InChild([&] {
+  const int code = test::InChild([&] {
     if (::geteuid() == 0 && (::setgid(65534) != 0 || ::setuid(65534) != 0)) return 3;
     ::setenv("MARROWBY_RECOVERY_DIR", Path("recovery").c_str(), 1);
     std::string childError;
@@ -387,7 +378,7 @@ TEST_F(WrenFilesPosix, RewriteKeepsHardLinksAndWorksInLockedDirectories) {
 TEST_F(WrenFilesPosix, KilledRunLeftoversAreHiddenAndCleanedUp) {
   for (const char* name : {"a.cs", "b.cs", "c.cs"}) Write(name, std::string("old ") + name);
   ASSERT_EQ(::link(Path("c.cs").c_str(), Path("c-link.cs").c_str()), 0);
-  EXPECT_EQ(InChild([&]() -> int {
+  EXPECT_EQ(test::InChild([&]() -> int {
               TWrenWriteBatch batch;
               std::string e;
               WriteFileAtomic(Path("a.cs"), "new a", e);
@@ -397,7 +388,7 @@ TEST_F(WrenFilesPosix, KilledRunLeftoversAreHiddenAndCleanedUp) {
             0);
   EXPECT_EQ(Entries().size(), 6u);  // two temporary files
   // The next run's first write in the directory clears them, then dies rewriting in place.
-  EXPECT_EQ(InChild([&] {
+  EXPECT_EQ(test::InChild([&] {
               SetAtomicWriteFailAfter(5, true);
               std::string e;
               WriteFileAtomic(Path("c.cs"), "brand new c", e);

@@ -7,13 +7,13 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "TestSupport.h"
 #include "WrenFiles.h"
 
 namespace wren {
@@ -23,24 +23,11 @@ namespace fs = std::filesystem;
 
 class WrenFolder : public ::testing::Test {
  protected:
-  void SetUp() override {
-    char templ[] = "/tmp/wren-folder-XXXXXX";
-    ASSERT_NE(::mkdtemp(templ), nullptr);
-    dir_ = std::string(templ) + "/";
-  }
-  void TearDown() override {
-    SetAtomicWriteFailAfter(SIZE_MAX);
-    std::error_code ec;
-    fs::remove_all(dir_, ec);
-  }
+  void TearDown() override { SetAtomicWriteFailAfter(SIZE_MAX); }
   void Write(const std::string& name, const std::string& bytes) const {
-    fs::create_directories(fs::path(dir_ + name).parent_path());
-    std::ofstream(dir_ + name, std::ios::binary) << bytes;
+    test::WriteFile(dir_ + name, bytes);
   }
-  std::string Read(const std::string& name) const {
-    std::ifstream in(dir_ + name, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), {});
-  }
+  std::string Read(const std::string& name) const { return test::ReadFile(dir_ + name); }
   std::vector<std::string> Entries(const std::string& sub = "") const {
     std::vector<std::string> names;
     for (const auto& e : fs::directory_iterator(dir_ + sub)) names.push_back(e.path().filename());
@@ -48,16 +35,9 @@ class WrenFolder : public ::testing::Test {
     return names;
   }
 
-  std::string dir_;
+  const test::TempDir temp_;
+  const std::string dir_ = temp_.path();
 };
-
-int InChild(const std::function<int()>& body) {
-  const pid_t pid = ::fork();
-  if (pid == 0) ::_exit(body());
-  int status = 0;
-  ::waitpid(pid, &status, 0);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-}
 
 // Every file below dir, by path, as the updater walked before it kept folders open.
 void PathWalk(const std::string& dir, std::vector<std::string>& files) {
@@ -216,7 +196,7 @@ TEST_F(WrenFolder, CrashRecoveryRelativeToTheFolder) {
   Write("w/a.cs", "old a");
   Write("w/b.cs", "old b");
   ASSERT_EQ(::link((dir_ + "w/b.cs").c_str(), (dir_ + "w/b-link.cs").c_str()), 0);
-  EXPECT_EQ(InChild([&]() -> int {
+  EXPECT_EQ(test::InChild([&]() -> int {
               auto w = std::make_shared<TWrenFolder>(dir_ + "w/");
               TWrenWriteBatch batch;
               std::string e;
@@ -226,7 +206,7 @@ TEST_F(WrenFolder, CrashRecoveryRelativeToTheFolder) {
             0);
   EXPECT_EQ(Entries("w").size(), 4u);  // a temporary file
   // The next run's first write in the folder clears it, then dies rewriting in place.
-  EXPECT_EQ(InChild([&] {
+  EXPECT_EQ(test::InChild([&] {
               auto w = std::make_shared<TWrenFolder>(dir_ + "w/");
               SetAtomicWriteFailAfter(3, true);
               std::string e;

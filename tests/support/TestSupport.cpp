@@ -52,6 +52,14 @@ std::string ReadFile(const std::string& path) {
 
 bool Exists(const std::string& path) { return access(path.c_str(), F_OK) == 0; }
 
+int InChild(const std::function<int()>& body) {
+  const pid_t pid = ::fork();
+  if (pid == 0) ::_exit(body());
+  int status = 0;
+  ::waitpid(pid, &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
 bool ProcessRunning(int pid) {
   if (kill(pid, 0) != 0) return false;
   // Read without ReadFile's throw: the process may be reaped between the two looks.

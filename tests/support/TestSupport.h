@@ -2,6 +2,7 @@
 #pragma once
 
 #include <nlohmann/json.hpp>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -25,6 +26,10 @@ class TempDir {
 void WriteFile(const std::string& path, const std::string& bytes);
 std::string ReadFile(const std::string& path);
 bool Exists(const std::string& path);
+
+/// Runs body in a forked process and returns its exit code (128 + the signal when killed); the
+/// process ends without unwinding, as a killed run would.
+int InChild(const std::function<int()>& body);
 
 /// Whether the process runs: a zombie waiting for its reaper does not.
 bool ProcessRunning(int pid);
