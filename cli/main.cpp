@@ -603,16 +603,19 @@ int main(int argc, char** argv) {
   app.add_option("--module", modulePath, "package module to load");
 
   const std::string command = FirstCommandWord(argc, argv);
-  auto Defines = [&](const char* name) { return DefinesCommand(name, command, argc, argv); };
+  // A command is set up only when the command line may name it; null otherwise.
+  auto Command = [&](const char* name, const char* description) -> CLI::App* {
+    return DefinesCommand(name, command, argc, argv) ? app.add_subcommand(name, description)
+                                                     : nullptr;
+  };
 
   std::string projectPath, logFile, junitFile, className, setupDir;
   std::vector<std::string> vars, optionArgs;
   TWrenBuildOptions buildOptions;
   std::string verbosityText = "normal";
 
-  CLI::App* run = nullptr;
-  if (Defines("run")) {
-    run = app.add_subcommand("run", "run a build project");
+  CLI::App* run = Command("run", "run a build project");
+  if (run) {
     run->add_option("project", projectPath, "the .mbproj file")->required();
     run->add_option("--var", vars, "NAME=VALUE, over the project's variables");
     run->add_flag("--dry-run", buildOptions.dryRun, "show what would run, run nothing");
@@ -626,80 +629,61 @@ int main(int argc, char** argv) {
     run->add_option("--junit", junitFile, "write a JUnit report of the steps to FILE");
   }
 
-  CLI::App* validate = nullptr;
-  if (Defines("validate")) {
-    validate = app.add_subcommand("validate", "check a build project without running it");
+  CLI::App* validate = Command("validate", "check a build project without running it");
+  if (validate) {
     validate->add_option("project", projectPath, "the .mbproj file")->required();
     validate->add_flag("--json", ctx.json, "JSON output");
     validate->add_option("--var", vars, "NAME=VALUE, over the project's variables");
   }
 
-  CLI::App* actions = nullptr;
-  if (Defines("actions")) {
-    actions = app.add_subcommand("actions", "list the registered actions by category");
-    actions->add_flag("--json", ctx.json, "JSON output");
-  }
+  CLI::App* actions = Command("actions", "list the registered actions by category");
+  if (actions) actions->add_flag("--json", ctx.json, "JSON output");
 
-  CLI::App* describe = nullptr;
-  if (Defines("describe")) {
-    describe = app.add_subcommand("describe", "show an action class's properties");
+  CLI::App* describe = Command("describe", "show an action class's properties");
+  if (describe) {
     describe->add_option("class", className, "the action's class name")->required();
     describe->add_flag("--json", ctx.json, "JSON output");
   }
 
-  CLI::App* frameworks = nullptr;
-  if (Defines("frameworks")) {
-    frameworks = app.add_subcommand("frameworks", "list the detected .NET frameworks");
-    frameworks->add_flag("--json", ctx.json, "JSON output");
-  }
+  CLI::App* frameworks = Command("frameworks", "list the detected .NET frameworks");
+  if (frameworks) frameworks->add_flag("--json", ctx.json, "JSON output");
 
-  CLI::App* options = nullptr;
-  if (Defines("options")) {
-    options = app.add_subcommand("options", "show options, or: options set KEY NAME VALUE");
+  CLI::App* options = Command("options", "show options, or: options set KEY NAME VALUE");
+  if (options) {
     options->add_option("args", optionArgs, "set KEY NAME VALUE");
     options->add_flag("--json", ctx.json, "JSON output");
   }
 
-  CLI::App* setupMono = nullptr;
-  if (Defines("setup-mono")) {
-    setupMono = app.add_subcommand("setup-mono", "build a registry hive from the local Mono");
-    setupMono->add_option("--dir", setupDir, "where to build it");
-  }
+  CLI::App* setupMono = Command("setup-mono", "build a registry hive from the local Mono");
+  if (setupMono) setupMono->add_option("--dir", setupDir, "where to build it");
 
   // Editing a project without an editor.
   std::string editFile, stepRef, propName, propValue, position, description;
   std::vector<std::string> assignments;
   CLI::Option* addDescription = nullptr;
-  CLI::App* newCmd = nullptr;
-  if (Defines("new")) {
-    newCmd = app.add_subcommand("new", "write an empty build project");
-    newCmd->add_option("file", editFile, "the .mbproj file to create")->required();
-  }
-  CLI::App* add = nullptr;
-  if (Defines("add")) {
-    add = app.add_subcommand("add", "append a step: add FILE CLASS [PROP=VALUE ...]");
+  CLI::App* newCmd = Command("new", "write an empty build project");
+  if (newCmd) newCmd->add_option("file", editFile, "the .mbproj file to create")->required();
+  CLI::App* add = Command("add", "append a step: add FILE CLASS [PROP=VALUE ...]");
+  if (add) {
     add->add_option("file", editFile, "the .mbproj file")->required();
     add->add_option("class", className, "the action's class name")->required();
     add->add_option("assignments", assignments, "PROP=VALUE, one per property");
     addDescription = add->add_option("--description", description, "the step's description");
   }
-  CLI::App* set = nullptr;
-  if (Defines("set")) {
-    set = app.add_subcommand("set", "set a step's property: set FILE STEP PROP VALUE");
+  CLI::App* set = Command("set", "set a step's property: set FILE STEP PROP VALUE");
+  if (set) {
     set->add_option("file", editFile, "the .mbproj file")->required();
     set->add_option("step", stepRef, "step number (from 1) or description")->required();
     set->add_option("property", propName, "property name, or description / enabled")->required();
     set->add_option("value", propValue, "the new value")->required();
   }
-  CLI::App* remove = nullptr;
-  if (Defines("remove")) {
-    remove = app.add_subcommand("remove", "remove a step: remove FILE STEP");
+  CLI::App* remove = Command("remove", "remove a step: remove FILE STEP");
+  if (remove) {
     remove->add_option("file", editFile, "the .mbproj file")->required();
     remove->add_option("step", stepRef, "step number (from 1) or description")->required();
   }
-  CLI::App* move = nullptr;
-  if (Defines("move")) {
-    move = app.add_subcommand("move", "move a step: move FILE STEP POSITION");
+  CLI::App* move = Command("move", "move a step: move FILE STEP POSITION");
+  if (move) {
     move->add_option("file", editFile, "the .mbproj file")->required();
     move->add_option("step", stepRef, "step number (from 1) or description")->required();
     move->add_option("position", position, "its new number (from 1)")->required();
@@ -707,9 +691,8 @@ int main(int argc, char** argv) {
 
   int editPort = 0;
   bool noBrowser = false;
-  CLI::App* edit = nullptr;
-  if (Defines("edit")) {
-    edit = app.add_subcommand("edit", "edit a build project in the browser");
+  CLI::App* edit = Command("edit", "edit a build project in the browser");
+  if (edit) {
     edit->add_option("project", editFile, "the .mbproj file (made on first save)")->required();
     edit->add_option("--port", editPort, "port on 127.0.0.1 (default: any free one)")
         ->check(CLI::Range(0, 65535));
@@ -717,16 +700,10 @@ int main(int argc, char** argv) {
   }
 
   std::string shell, helpTopic;
-  CLI::App* completion = nullptr;
-  if (Defines("completion")) {
-    completion = app.add_subcommand("completion", "print the bash or zsh completion script");
-    completion->add_option("shell", shell, "bash or zsh")->required();
-  }
-  CLI::App* help = nullptr;
-  if (Defines("help")) {
-    help = app.add_subcommand("help", "show the help of marrowby or of a command");
-    help->add_option("command", helpTopic, "the command");
-  }
+  CLI::App* completion = Command("completion", "print the bash or zsh completion script");
+  if (completion) completion->add_option("shell", shell, "bash or zsh")->required();
+  CLI::App* help = Command("help", "show the help of marrowby or of a command");
+  if (help) help->add_option("command", helpTopic, "the command");
 
   for (CLI::App* sub : app.get_subcommands({})) sub->fallthrough();
 
