@@ -38,6 +38,18 @@ struct GoldenCase {
 
 const fs::path kFixtures = fs::path(SOURCE_DIR) / "tests" / "fixtures" / "assemblyinfo";
 
+// Entries written NAME=VALUE; a value between two quote characters is a quoted one.
+void AddEntries(IWrenAssemblyInfoUpdater& updater, const std::vector<std::string>& entries,
+                char quote) {
+  for (const std::string& entry : entries) {
+    const size_t eq = entry.find('=');
+    std::string value = entry.substr(eq + 1);
+    const bool quoted = value.size() >= 2 && value.front() == quote;
+    if (quoted) value = value.substr(1, value.size() - 2);
+    updater.AddEntry(entry.substr(0, eq), value, quoted);
+  }
+}
+
 void RunGolden(const std::vector<GoldenCase>& cases) {
   for (const GoldenCase& c : cases) {
     SCOPED_TRACE(c.dir + "/" + c.name + c.ext);
@@ -47,13 +59,7 @@ void RunGolden(const std::vector<GoldenCase>& cases) {
     auto updater = NewAssemblyInfoUpdater(c.updateOnly);
     MessageLog callBack;
     updater->SetCallBack(&callBack);
-    for (const std::string& entry : c.entries) {
-      const size_t eq = entry.find('=');
-      std::string value = entry.substr(eq + 1);
-      const bool quoted = value.size() >= 2 && value.front() == '\'';
-      if (quoted) value = value.substr(1, value.size() - 2);
-      updater->AddEntry(entry.substr(0, eq), value, quoted);
-    }
+    AddEntries(*updater, c.entries, '\'');
     if (c.throws) {
       EXPECT_THROW(updater->ProcessFile(target, false), EStringListError);
     } else {
@@ -258,13 +264,7 @@ TEST(AssemblyInfoUpdater, ScannerEdgeCases) {
     auto updater = NewAssemblyInfoUpdater(c.updateOnly);
     MessageLog log;
     updater->SetCallBack(&log);
-    for (const std::string& entry : c.entries) {
-      const size_t eq = entry.find('=');
-      std::string value = entry.substr(eq + 1);
-      const bool quoted = value.front() == '"';
-      if (quoted) value = value.substr(1, value.size() - 2);
-      updater->AddEntry(entry.substr(0, eq), value, quoted);
-    }
+    AddEntries(*updater, c.entries, '"');
     EXPECT_TRUE(updater->ProcessFile(file, false));
     EXPECT_EQ(ReadFile(file), c.out.empty() ? c.in : c.out);
     EXPECT_EQ(log.messages, c.messages);
