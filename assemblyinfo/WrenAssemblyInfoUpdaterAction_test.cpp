@@ -224,6 +224,7 @@ TEST(AssemblyInfoUpdaterAction, BackupsLandWithTheRewrites) {
     WriteFile(h.tmp / "b.cs", big);
     const pid_t pid = ::fork();
     if (pid == 0) {
+      SetWriteBatchDefersInMemory(true);  // a batch as on a disk, wherever TMPDIR is
       SetAtomicWriteFailAfter(1000, true);  // dies as by kill -9 on b.cs's backup
       h.action.Execute();
       ::_exit(0);

@@ -157,5 +157,8 @@ class TWrenWriteBatch {
 /// Test hook: writes of new content fail after this many bytes as on a full disk (SIZE_MAX:
 /// never); with crash set the process ends there instead, as a kill -9 would end it.
 void SetAtomicWriteFailAfter(size_t bytes, bool crash = false);
+/// Test hook: under a batch, rewrites on a file system held in memory (tmpfs) wait for the commit
+/// as on a disk, instead of landing at once; for tests of the batch wherever their folder is.
+void SetWriteBatchDefersInMemory(bool defer);
 
 }  // namespace wren

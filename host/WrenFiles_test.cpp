@@ -1,7 +1,9 @@
 #include "WrenFiles.h"
 #include "TestSupport.h"
 
+#include <linux/magic.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -28,9 +30,11 @@ class WrenFilesPosix : public ::testing::Test {
     char templ[] = "/tmp/wren-files-XXXXXX";
     ASSERT_NE(::mkdtemp(templ), nullptr);
     dir_ = templ;
+    SetWriteBatchDefersInMemory(true);  // the batch as on a disk, whatever /tmp is
   }
   void TearDown() override {
     SetAtomicWriteFailAfter(SIZE_MAX);
+    SetWriteBatchDefersInMemory(false);
     std::error_code ec;
     fs::remove_all(dir_, ec);
   }
@@ -292,6 +296,58 @@ TEST_F(WrenFilesPosix, WriteBatchReplacesOnCommit) {
   // Closing the batch commits what is still pending.
   EXPECT_EQ(onDisk("fresh.txt"), "left pending");
   EXPECT_EQ(Entries(), (std::vector<std::string>{"a.cs", "b.cs", "fresh.txt"}));
+}
+
+// On a file system held in memory a batch has nothing to sync: each rewrite lands at once, with
+// the same bytes, mode and checks, and leaves no temporary file; a batch on a disk still waits.
+TEST(WrenFilesInMemory, WriteBatchLandsAtOnce) {
+  struct statfs shm {};
+  ASSERT_EQ(::statfs("/dev/shm", &shm), 0) << "a tmpfs at /dev/shm is needed";
+  ASSERT_EQ(static_cast<unsigned long>(shm.f_type), TMPFS_MAGIC) << "/dev/shm is not a tmpfs";
+  char templ[] = "/dev/shm/wren-files-XXXXXX";
+  ASSERT_NE(::mkdtemp(templ), nullptr);
+  const std::string dir = templ;
+  auto path = [&](const std::string& name) { return dir + "/" + name; };
+  auto entries = [&] {
+    std::vector<std::string> names;
+    for (const auto& e : fs::directory_iterator(dir)) names.push_back(e.path().filename());
+    std::sort(names.begin(), names.end());
+    return names;
+  };
+  std::ofstream(path("a.cs"), std::ios::binary) << "old a";
+  ASSERT_EQ(::chmod(path("a.cs").c_str(), 0640), 0);
+  std::ofstream(path("ro.cs"), std::ios::binary) << "read only";
+  ASSERT_EQ(::chmod(path("ro.cs").c_str(), 0444), 0);
+  std::string error;
+  {
+    TWrenWriteBatch batch;
+    ASSERT_TRUE(WriteFileAtomic(path("a.cs"), "new a", error)) << error;
+    ASSERT_TRUE(WriteFileAtomic(path("fresh.txt"), "fresh", error)) << error;
+    EXPECT_EQ(test::ReadFile(path("a.cs")), "new a");
+    EXPECT_EQ(test::ReadFile(path("fresh.txt")), "fresh");
+    struct stat st {};
+    ASSERT_EQ(::stat(path("a.cs").c_str(), &st), 0);
+    EXPECT_EQ(st.st_mode & 07777, 0640u);
+    EXPECT_FALSE(WriteFileAtomic(path("ro.cs"), "x", error));
+    EXPECT_EQ(error, path("ro.cs") + " is read only");
+    EXPECT_EQ(entries(), (std::vector<std::string>{"a.cs", "fresh.txt", "ro.cs"}));
+
+    SetWriteBatchDefersInMemory(true);  // a batch decides once per file system
+    ASSERT_TRUE(WriteFileAtomic(path("a.cs"), "newer a", error)) << error;
+    EXPECT_EQ(test::ReadFile(path("a.cs")), "newer a");
+    ASSERT_TRUE(batch.Commit(error)) << error;
+  }
+  {
+    TWrenWriteBatch batch;  // with the hook still set: as on a disk
+    ASSERT_TRUE(WriteFileAtomic(path("a.cs"), "deferred a", error)) << error;
+    EXPECT_EQ(test::ReadFile(path("a.cs")), "newer a");
+    EXPECT_EQ(entries().size(), 4u);  // the temporary file
+  }
+  SetWriteBatchDefersInMemory(false);
+  EXPECT_EQ(test::ReadFile(path("a.cs")), "deferred a");
+  EXPECT_EQ(entries(), (std::vector<std::string>{"a.cs", "fresh.txt", "ro.cs"}));
+  ::chmod(path("ro.cs").c_str(), 0644);
+  fs::remove_all(dir);
 }
 
 // A batch too large to flush file by file syncs whole file systems instead: every file, new or

@@ -23,7 +23,12 @@ namespace fs = std::filesystem;
 
 class WrenFolder : public ::testing::Test {
  protected:
-  void TearDown() override { SetAtomicWriteFailAfter(SIZE_MAX); }
+  // The batch as on a disk, whatever file system the temporary folder is on.
+  void SetUp() override { SetWriteBatchDefersInMemory(true); }
+  void TearDown() override {
+    SetAtomicWriteFailAfter(SIZE_MAX);
+    SetWriteBatchDefersInMemory(false);
+  }
   void Write(const std::string& name, const std::string& bytes) const {
     test::WriteFile(dir_ + name, bytes);
   }

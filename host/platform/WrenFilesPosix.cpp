@@ -4,6 +4,10 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#ifdef __linux__
+#include <linux/magic.h>
+#include <sys/vfs.h>
+#endif
 
 #include <pthread.h>
 
@@ -35,6 +39,7 @@ namespace {
 
 std::atomic<size_t> gAtomicWriteFailAfter{SIZE_MAX};
 std::atomic<bool> gAtomicWriteCrash{false};
+std::atomic<bool> gBatchDefersInMemory{false};
 
 }  // namespace
 
@@ -200,6 +205,9 @@ struct TBatchState {
   // A directory per file system, opened before the first write to it, so that its syncfs reports
   // the write-back errors of everything written since.
   std::vector<std::pair<dev_t, int>> syncHandles;
+  // Whether each file system seen holds its files in memory only: nothing there outlives the
+  // machine, so a sync has nothing to do and its renames need not wait for one.
+  std::vector<std::pair<dev_t, bool>> inMemory;
   uid_t euid = ::geteuid();
   gid_t egid = ::getegid();
   std::string errors;  // of commits made when the batch grew large
@@ -214,6 +222,24 @@ constexpr size_t kMaxPending = 1000;
 // whole file system, which also writes out whatever else is dirty there. Past it, one syncfs per
 // file system costs less than a journal commit per file.
 constexpr size_t kFlushEachUpTo = 16;
+
+// Whether the file system of device, on which fd is open, keeps its files in memory only; asked
+// of the kernel once per file system and batch.
+bool InMemory(TBatchState& batch, dev_t device, int fd) {
+  for (const auto& [known, memory] : batch.inMemory)
+    if (known == device) return memory;
+  bool memory = false;
+#ifdef __linux__
+  struct statfs fs;
+  memory = !posix::gBatchDefersInMemory.load() && ::fstatfs(fd, &fs) == 0 &&
+           (static_cast<unsigned long>(fs.f_type) == TMPFS_MAGIC ||
+            static_cast<unsigned long>(fs.f_type) == RAMFS_MAGIC);
+#else
+  (void)fd;
+#endif
+  batch.inMemory.emplace_back(device, memory);
+  return memory;
+}
 
 TPendingWrite* PendingFor(dev_t device, ino_t inode) {
   if (!tBatch) return nullptr;
@@ -570,13 +596,19 @@ bool WriteReplacing(const TWritePlace& place, const TWrenFileStatus& status,
     if (status.owner != euid || status.group != egid)
       (void)!::fchown(fd, status.owner, status.group);
   }
+  // Under a batch, a file system that keeps its files in memory has nothing to sync: its renames
+  // are made at once, while the folder is still at hand, as they would be at the commit.
+  bool inMemory = false;
+  dev_t device = status.device;
   if (tBatch) {
-    dev_t device = status.device;
     struct stat st;
     if (!exists) {
       if (::fstat(fd, &st) != 0) return fail("Cannot write", errno);
       device = st.st_dev;
     }
+    inMemory = InMemory(*tBatch, device, fd);
+  }
+  if (tBatch && !inMemory) {
     if (::close(fd) != 0) {
       err = errno;
       ::unlinkat(place.dirfd, temp.c_str(), 0);
@@ -608,7 +640,7 @@ bool WriteReplacing(const TWritePlace& place, const TWrenFileStatus& status,
     if (place.folder) place.folder->Settle();
     return true;
   }
-  if (::fsync(fd) != 0) return fail("Cannot flush", errno);
+  if (!inMemory && ::fsync(fd) != 0) return fail("Cannot flush", errno);
   if (::close(fd) != 0) {
     err = errno;
     ::unlinkat(place.dirfd, temp.c_str(), 0);
@@ -621,7 +653,9 @@ bool WriteReplacing(const TWritePlace& place, const TWrenFileStatus& status,
     error = OsError("Cannot replace", place.Shown(), err);
     return false;
   }
-  if (place.folder)
+  if (inMemory) {
+    if (place.folder) place.folder->Settle();
+  } else if (place.folder)
     ::fsync(place.dirfd);  // best effort, as SyncDirectoryOf
   else
     SyncDirectoryOf(place.target);
@@ -802,6 +836,8 @@ bool DeleteFileIn(TWrenFolder& folder, const std::string& name) {
   const int dfd = folder.Handle();
   return dfd >= 0 && ::unlinkat(dfd, name.c_str(), 0) == 0;
 }
+
+void SetWriteBatchDefersInMemory(bool defer) { posix::gBatchDefersInMemory.store(defer); }
 
 void SetAtomicWriteFailAfter(size_t bytes, bool crash) {
   posix::gAtomicWriteFailAfter.store(bytes);
