@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 
 #include "WrenFiles.h"
 #include "WrenUtils.h"
@@ -25,25 +28,44 @@ const TWrenFileStatus kNoFile;
 // A blank between the parts of an attribute line.
 bool IsBlank(char c) { return c == ' ' || c == '\t'; }
 
-// Trim's blank: any control character or space.
-bool IsSpace(char c) { return static_cast<unsigned char>(c) <= ' '; }
-
 size_t SkipBlanks(std::string_view text, size_t at) {
   while (at < text.size() && IsBlank(text[at])) ++at;
   return at;
-}
-
-std::string_view TrimView(std::string_view text) {
-  size_t begin = 0, end = text.size();
-  while (end > 0 && IsSpace(text[end - 1])) --end;
-  while (begin < end && IsSpace(text[begin])) ++begin;
-  return text.substr(begin, end - begin);
 }
 
 // The position of c at or after at, else the end of text.
 size_t FindOrEnd(std::string_view text, char c, size_t at) {
   const size_t found = text.find(c, at);
   return found == std::string_view::npos ? text.size() : found;
+}
+
+// The position of the first CR or LF in data[from, n), else n: both looked for in one pass, 16
+// bytes at a time where the processor has SSE2, as every file is split into lines.
+size_t FindLineBreak(const char* data, size_t from, size_t n) {
+  size_t p = from;
+#ifdef __SSE2__
+  const __m128i cr = _mm_set1_epi8('\r');
+  const __m128i lf = _mm_set1_epi8('\n');
+  for (; p + 16 <= n; p += 16) {
+    const __m128i chunk = _mm_loadu_si128(reinterpret_cast<const __m128i*>(data + p));
+    const int mask = _mm_movemask_epi8(
+        _mm_or_si128(_mm_cmpeq_epi8(chunk, cr), _mm_cmpeq_epi8(chunk, lf)));
+    if (mask != 0) return p + static_cast<size_t>(__builtin_ctz(static_cast<unsigned>(mask)));
+  }
+#endif
+  while (p < n && data[p] != '\r' && data[p] != '\n') ++p;
+  return p;
+}
+
+// Sets part to prefix + text + suffix unless it is so already: most attribute lines repeat the
+// opening, keyword and closing of the line before, which then cost a comparison, not a copy.
+void Carry(std::string& part, std::string_view text, std::string_view prefix = {},
+           std::string_view suffix = {}) {
+  const std::string_view now(part);
+  if (now.size() == prefix.size() + text.size() + suffix.size() && now.starts_with(prefix) &&
+      now.ends_with(suffix) && now.substr(prefix.size(), text.size()) == text)
+    return;
+  part.assign(prefix).append(text).append(suffix);
 }
 
 TWrenAssemblyInfoLanguage LanguageOf(const std::string& extension) {
@@ -157,10 +179,6 @@ TStrings TWrenAssemblyInfo::Lines() const {
   return lines;
 }
 
-std::string_view TWrenAssemblyInfo::LineText(const TLine& line) const {
-  return std::string_view(line.made ? made_ : text_).substr(line.offset, line.length);
-}
-
 TWrenAssemblyInfo::TLine TWrenAssemblyInfo::MakeLine(std::string_view text) {
   const TLine line{made_.size(), text.size(), true};
   made_.append(text);
@@ -172,18 +190,8 @@ void TWrenAssemblyInfo::SplitLines() {
   made_.clear();
   const char* const data = text_.data();
   const size_t n = text_.size();
-  auto find = [data, n](char c, size_t from) {
-    const void* found = std::memchr(data + from, c, n - from);
-    return found ? static_cast<size_t>(static_cast<const char*>(found) - data) : n;
-  };
-  // The next CR and the next LF, each looked for again only once passed: the text is searched
-  // twice at most, by memchr.
-  size_t cr = n > 0 ? find('\r', 0) : 0;
-  size_t lf = n > 0 ? find('\n', 0) : 0;
   for (size_t p = 0; p < n;) {
-    if (cr < p) cr = find('\r', p);
-    if (lf < p) lf = find('\n', p);
-    const size_t stop = std::min(cr, lf);
+    const size_t stop = FindLineBreak(data, p, n);
     lines_.push_back({p, stop - p, false});
     p = stop;
     if (p < n && data[p] == '\r') ++p;
@@ -194,11 +202,14 @@ void TWrenAssemblyInfo::SplitLines() {
 const std::string& TWrenAssemblyInfo::JoinLines() {
   size_t size = 0;
   for (const TLine& line : lines_) size += line.length + 2;
-  out_.clear();
-  out_.reserve(size);
+  out_.resize(size);
+  char* at = out_.data();
   for (const TLine& line : lines_) {
-    out_.append(LineText(line));
-    out_.append("\r\n", 2);
+    const char* from = (line.made ? made_ : text_).data() + line.offset;
+    std::memcpy(at, from, line.length);
+    at += line.length;
+    *at++ = '\r';
+    *at++ = '\n';
   }
   return out_;
 }
@@ -314,17 +325,16 @@ void TWrenAssemblyInfo::Scan() {
     if (at == line.size()) continue;
     const char c = line[at];
     if (c == '<' || c == '[') {
-      opening_.assign(1, c);
+      Carry(opening_, std::string_view(&line[at], 1));
       const size_t colon = FindOrEnd(line, ':', at + 1);
-      keyword_.assign(TrimView(line.substr(at + 1, colon - at - 1)));
-      keyword_ += ':';
+      Carry(keyword_, TrimView(line.substr(at + 1, colon - at - 1)), {}, ":");
       if (SameTextView(keyword_, "assembly:")) ProcessAttribute(i, line, colon);
     } else if (c == '/' && line.substr(at, 3) == "/**") {
-      opening_ = "/** ";
+      Carry(opening_, "/** ");
       at = SkipBlanks(line, at + 3);
       if (at < line.size() && line[at] == '@') {
         const size_t blank = FindOrEnd(line, ' ', at);
-        keyword_.assign(TrimView(line.substr(at, blank - at)));
+        Carry(keyword_, TrimView(line.substr(at, blank - at)));
         if (SameTextView(keyword_, "@assembly")) ProcessAttribute(i, line, blank);
       }
     }
@@ -350,17 +360,17 @@ void TWrenAssemblyInfo::ProcessAttribute(size_t lineIndex, std::string_view line
     const std::string_view rest = line.substr(SkipBlanks(line, at));
     size_t end = rest.size();
     while (end > 0 && rest[end - 1] != ')') --end;
-    closing_.assign(rest.substr(end));
+    Carry(closing_, rest.substr(end));
     value = rest.substr(0, end > 0 ? end - 1 : 0);
   } else {
     quoted_ = true;
     const size_t close = FindOrEnd(line, quoteChar_, at + 1);
     value = line.substr(at + 1, close - at - 1);
-    // Past the closing quote and the character after it (the ')'), if there.
+    // Past the closing quote and the character after it (the ')'), if there; blanks after it
+    // close up to one.
     at = std::min(close + 2, line.size());
-    closing_.clear();
-    if (at < line.size() && IsBlank(line[at])) closing_ = " ";
-    closing_.append(line.substr(SkipBlanks(line, at)));
+    const size_t rest = SkipBlanks(line, at);
+    Carry(closing_, line.substr(rest), rest > at ? " " : "");
   }
 
   value_.assign(value);

@@ -127,7 +127,9 @@ class TWrenAssemblyInfo final : public IWrenAssemblyInfoUpdater,
     size_t length = 0;
     bool made = false;
   };
-  std::string_view LineText(const TLine& line) const;
+  std::string_view LineText(const TLine& line) const {
+    return std::string_view(line.made ? made_ : text_).substr(line.offset, line.length);
+  }
   /// Splits text_ into lines_: CR LF, LF and a lone CR each end a line.
   void SplitLines();
   /// A new line of text in made_.

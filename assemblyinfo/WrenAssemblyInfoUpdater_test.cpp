@@ -271,6 +271,25 @@ TEST(AssemblyInfoUpdater, ScannerEdgeCases) {
 }
 }
 
+// The scanner looks for line ends many bytes at a time: a break at any offset, of any kind,
+// splits as the byte-by-byte reading does.
+TEST(AssemblyInfoUpdater, LineBreaksAtEveryOffset) {
+  TempDir tmp;
+  const std::string file = tmp / "AssemblyInfo.cs";
+  auto updater = NewAssemblyInfoUpdater(false);
+  for (const std::string& brk : {"\r\n"s, "\n"s, "\r"s, "\n\r"s}) {
+    for (size_t at = 0; at < 40; ++at) {
+      const std::string text = std::string(at, 'a') + brk + std::string(33 - at % 17, 'b') + "\r" +
+                               std::string(20, 'c') + "\n\n" + std::string(at % 3, 'd');
+      SCOPED_TRACE(testing::PrintToString(text));
+      WriteFile(file, text);
+      EXPECT_TRUE(updater->ProcessFile(file, false));
+      EXPECT_EQ(ReadFile(file), text);  // nothing to change: not written
+      EXPECT_EQ(updater->GetImplementation()->Lines(), SplitTextLines(text));
+    }
+  }
+}
+
 TEST(AssemblyInfoUpdater, MissingAndEmptyFilesAndBackups) {
   TempDir tmp;
   MessageLog callBack;

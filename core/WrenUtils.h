@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "WrenTypes.h"
 
@@ -31,6 +32,14 @@ std::string UpperCase(const std::string& text);
 std::string LowerCase(const std::string& text);
 bool SameText(const std::string& a, const std::string& b);
 std::string Trim(const std::string& text);
+/// Trim without a copy: the part of text between its leading and trailing control characters
+/// and spaces.
+inline std::string_view TrimView(std::string_view text) {
+  size_t begin = 0, end = text.size();
+  while (end > 0 && static_cast<unsigned char>(text[end - 1]) <= ' ') --end;
+  while (begin < end && static_cast<unsigned char>(text[begin]) <= ' ') ++begin;
+  return text.substr(begin, end - begin);
+}
 std::string TrimLeft(const std::string& text);
 std::string TrimRight(const std::string& text);
 /// Position of needle in text, case-insensitive; npos when absent.

@@ -203,7 +203,7 @@ bool SameText(const std::string& a, const std::string& b) {
   return true;
 }
 
-std::string Trim(const std::string& text) { return TrimLeft(TrimRight(text)); }
+std::string Trim(const std::string& text) { return std::string(TrimView(text)); }
 
 std::string TrimLeft(const std::string& text) {
   size_t i = 0;

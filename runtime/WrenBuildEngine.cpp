@@ -68,8 +68,8 @@ class TLogTail {
 
  private:
   void NoteMessage(std::string_view text) {
-    std::string trimmed = Trim(std::string(text));
-    if (!trimmed.empty()) lastMessage_ = std::move(trimmed);
+    const std::string_view trimmed = TrimView(text);
+    if (!trimmed.empty()) lastMessage_.assign(trimmed);
   }
   void Keep(TWrenLogStream stream, std::string_view text) {
     std::pair<TWrenLogStream, std::string>* slot;
