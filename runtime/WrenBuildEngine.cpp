@@ -654,6 +654,7 @@ TWrenBuildResult RunBuild(TWrenProject& project, const TWrenBuildOptions& option
       host.SendMessage(std::string("Internal error: ") + e.what());
       ok = false;
     }
+    host.FinishMessages();  // the rest of the step's events follow its last messages
     step.action->SetHost(nullptr);
     // An action that saw the stop request may still answer true for the part it did; the step
     // did not finish, whatever it answered.

@@ -3,10 +3,15 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <mutex>
+#include <thread>
 
 #include "TestSupport.h"
 #include "WrenBuildEngine.h"
 #include "WrenExecuteAction.h"
+#include "WrenStepHost.h"
 
 namespace wren {
 namespace {
@@ -227,6 +232,112 @@ TEST(BuildEngine, AToolsWholeOutputReachesListenersWhileTheReportKeepsItsEnd) {
   EXPECT_EQ(kept.find(" ... (" + std::to_string(kHuge - kWrenLogTailLineBytes) + " more bytes)"),
             kWrenLogTailLineBytes)
       << kept.substr(kWrenLogTailLineBytes);
+}
+
+/// An in-process action that logs a burst of messages, then one it waits to see reach the
+/// listener, then a last one.
+class TChattyAction : public TCustomWrenAction {
+ public:
+  std::string ClassName() const override { return "TChattyAction"; }
+  std::string DisplayName() const override { return "Chatty"; }
+  bool Execute() override {
+    for (int i = 0; i < kBurst; ++i) SendMessage("message " + std::to_string(i));
+    SendMessage("waiting");
+    // Nothing else is logged meanwhile: the line must get out on its own.
+    const auto giveUp = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (!seen->load() && std::chrono::steady_clock::now() < giveUp)
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    sawWhileWaiting = seen->load();
+    SendMessage("last");
+    return true;
+  }
+  static constexpr int kBurst = 2000;
+  std::atomic<bool>* seen = nullptr;
+  bool sawWhileWaiting = false;
+};
+
+/// Messages an action logs in a row reach the listeners together, in order and whole; one
+/// followed by silence still gets out while the action is busy, and all are out before the step
+/// ends.
+TEST(BuildEngine, MessagesInARowArePassedOnTogetherAndNeverLeftBehind) {
+  struct TListener : IWrenBuildListener {
+    void OnLog(const TWrenStepReport&, TWrenLogStream, const std::string& text) override {
+      std::lock_guard<std::mutex> lock(mutex);
+      lines.push_back(text);
+      if (text == "waiting") seen.store(true);
+    }
+    void OnLogFlush(const TWrenStepReport&) override { ++flushes; }
+    void OnStepEnd(const TWrenStepReport&) override {
+      std::lock_guard<std::mutex> lock(mutex);
+      linesAtEnd = lines.size();
+    }
+    std::mutex mutex;
+    std::vector<std::string> lines;
+    std::atomic<bool> seen{false};
+    std::atomic<int> flushes{0};
+    size_t linesAtEnd = 0;
+  } listener;
+  const std::string text =
+      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<MarrowbyProject version=\"1\">\n<Actions>\n"
+      "<Action class=\"TChattyAction\"/>\n</Actions>\n</MarrowbyProject>\n";
+  TWrenProject project;
+  TWrenProjectError error;
+  const auto make = [](const std::string&) { return std::make_unique<TChattyAction>(); };
+  ASSERT_TRUE(project.LoadFromText(text, "chatty.mbproj", make, error)) << error.ToString();
+  auto& action = static_cast<TChattyAction&>(*project.steps.at(0).action);
+  action.seen = &listener.seen;
+  const TWrenBuildResult result = RunBuild(project, {}, listener);
+
+  ASSERT_TRUE(result.success);
+  EXPECT_TRUE(action.sawWhileWaiting);
+  std::vector<std::string> expected;
+  for (int i = 0; i < TChattyAction::kBurst; ++i) expected.push_back("message " + std::to_string(i));
+  expected.push_back("waiting");
+  expected.push_back("last");
+  EXPECT_EQ(listener.lines, expected);
+  EXPECT_EQ(listener.linesAtEnd, expected.size());
+  EXPECT_EQ(result.steps.at(0).logLines, expected.size());
+  EXPECT_EQ(result.steps.at(0).log.back().second, "last");
+  EXPECT_LT(listener.flushes.load(), TChattyAction::kBurst / 10);
+}
+
+/// A message held back goes out before the command line and output of a program started after
+/// it, and a lone message after a pause goes out at once.
+TEST(BuildEngine, HeldMessagesGoOutBeforeAProgramsOutput) {
+  test::TempDir dir;
+  const std::string tool = dir / "hello.sh";
+  test::WriteFile(tool, "#!/bin/sh\necho hello\n");
+  ASSERT_EQ(::chmod(tool.c_str(), 0755), 0);
+  std::vector<std::string> lines;
+  int flushes = 0;
+  {
+    TWrenStepHost host;
+    host.SetLogLinesSink([&](const TWrenLogLines& block) {
+      block.ForEach([&](std::string_view line) { lines.emplace_back(line); });
+    });
+    host.SetFlushSink([&] { ++flushes; });
+    TRecordingAction action;
+    action.Program = tool;
+    action.Argument = "a";
+    action.SetHost(&host);
+    host.SendMessage("first");  // passed on at once
+    EXPECT_EQ(lines, std::vector<std::string>{"first"});
+    EXPECT_EQ(flushes, 1);
+    host.SendMessage("second");  // right after: held
+    EXPECT_TRUE(action.Execute());
+    host.FinishMessages();
+    action.SetHost(nullptr);
+    ASSERT_GE(lines.size(), 4u);
+    EXPECT_EQ(lines[1], "second");
+    EXPECT_EQ(lines[2].rfind("starting " + tool, 0), 0u) << lines[2];
+    EXPECT_EQ(lines[3], "hello");
+
+    std::this_thread::sleep_for(TWrenStepHost::kMessageHold * 2);
+    const size_t before = lines.size();
+    host.SendMessage("after a pause");
+    ASSERT_EQ(lines.size(), before + 1);
+    EXPECT_EQ(lines.back(), "after a pause");
+  }
 }
 
 }  // namespace

@@ -18,6 +18,8 @@ std::atomic<bool>& WrenStopFlag() {
 
 TWrenStepHost::TWrenStepHost() : stop_(&WrenStopFlag()) {}
 
+TWrenStepHost::~TWrenStepHost() { FinishMessages(); }
+
 void TWrenStepHost::SetVariables(std::map<std::string, std::string> variables) {
   variables_.clear();
   for (auto& [name, value] : variables) variables_[UpperCase(name)] = value;
@@ -66,6 +68,7 @@ void TWrenStepHost::LogSlowly(TWrenLogStream stream, const std::string& text) {
     if (sink_) sink_(stream, text);
     return;
   }
+  SettleHeld();
   if (stream != lines_.Stream()) {
     DeliverLines();
     lines_.Reset(stream);
@@ -75,6 +78,7 @@ void TWrenStepHost::LogSlowly(TWrenLogStream stream, const std::string& text) {
 }
 
 void TWrenStepHost::LogView(TWrenLogStream stream, std::string_view text) {
+  SettleHeld();
   if (stream != lines_.Stream()) {
     DeliverLines();
     lines_.Reset(stream);
@@ -84,8 +88,77 @@ void TWrenStepHost::LogView(TWrenLogStream stream, std::string_view text) {
 }
 
 void TWrenStepHost::SendMessage(const std::string& text) {
+  if (linesSink_ && !inOutput_) {
+    HoldMessage(currentStream_, text);
+    return;
+  }
   Log(currentStream_, text);
   if (flush_ && !inOutput_) flush_();
+}
+
+void TWrenStepHost::HoldMessage(TWrenLogStream stream, const std::string& text) {
+  const auto now = std::chrono::steady_clock::now();
+  std::lock_guard<std::mutex> lock(heldMutex_);
+  if (stream != lines_.Stream()) {
+    DeliverLines();
+    lines_.Reset(stream);
+  }
+  lines_.Add(text);
+  // An action that logs now and then shows each message at once; one that logs many in a row
+  // costs a write per kMessageHold, not one per message.
+  if (now - lastPassed_ >= kMessageHold || lines_.Bytes() >= kLinesBlockBytes) {
+    DeliverLines();
+    if (flush_) flush_();
+    lastPassed_ = now;
+    held_.store(false);
+    return;
+  }
+  if (held_.load()) return;
+  held_.store(true);
+  if (ticker_.joinable())
+    tickerWake_.notify_one();
+  else
+    ticker_ = std::thread([this] { Tick(); });
+}
+
+void TWrenStepHost::PassHeldOn() {
+  std::lock_guard<std::mutex> lock(heldMutex_);
+  if (!held_.load()) return;
+  DeliverLines();
+  if (flush_) flush_();
+  lastPassed_ = std::chrono::steady_clock::now();
+  held_.store(false);
+}
+
+void TWrenStepHost::Tick() {
+  std::unique_lock<std::mutex> lock(heldMutex_);
+  while (!tickerStop_) {
+    if (!held_.load()) {
+      tickerWake_.wait(lock);
+      continue;
+    }
+    const auto due = lastPassed_ + kMessageHold;
+    if (std::chrono::steady_clock::now() < due) {
+      tickerWake_.wait_until(lock, due);
+      continue;
+    }
+    DeliverLines();
+    if (flush_) flush_();
+    lastPassed_ = std::chrono::steady_clock::now();
+    held_.store(false);
+  }
+}
+
+void TWrenStepHost::FinishMessages() {
+  SettleHeld();
+  if (!ticker_.joinable()) return;
+  {
+    std::lock_guard<std::mutex> lock(heldMutex_);
+    tickerStop_ = true;
+  }
+  tickerWake_.notify_one();
+  ticker_.join();
+  tickerStop_ = false;
 }
 
 bool TWrenStepHost::TryExpandExpression(const std::string& caption, const std::string& value,

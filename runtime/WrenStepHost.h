@@ -2,12 +2,16 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
+#include <condition_variable>
 #include <cstring>
 #include <functional>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <vector>
 
 #include "WrenActionAPI.h"
@@ -106,6 +110,9 @@ class TWrenStepHost : public IWrenActionHost {
   using TLogLinesSink = std::function<void(const TWrenLogLines& lines)>;
 
   TWrenStepHost();
+  ~TWrenStepHost();
+  TWrenStepHost(const TWrenStepHost&) = delete;
+  TWrenStepHost& operator=(const TWrenStepHost&) = delete;
 
   /// Variables of the build project (looked up before the environment, names without case).
   void SetVariables(std::map<std::string, std::string> variables);
@@ -114,9 +121,16 @@ class TWrenStepHost : public IWrenActionHost {
   /// Instead of a line sink: lines come in blocks, a program's output one block per read of it
   /// (each message outside that output in a block of its own, at once).
   void SetLogLinesSink(TLogLinesSink sink) { linesSink_ = std::move(sink); }
-  /// Called when the lines logged so far are all there is for now: after each message outside a
-  /// program's output, and after each read of that output.
+  /// Called when the lines logged so far are all there is for now: after each read of a
+  /// program's output, and after a message outside it. With a lines sink, messages that follow
+  /// one another closely are passed on together: at once when kMessageHold has gone by since
+  /// the last were, else within kMessageHold (by a thread of the host's), and always before any
+  /// other line or the end of the step (FinishMessages).
   void SetFlushSink(std::function<void()> flush) { flush_ = std::move(flush); }
+  /// Passes on the messages still held and stops the thread that would have; the sinks are not
+  /// called from another thread afterwards. Call it once the action has returned.
+  void FinishMessages();
+  static constexpr std::chrono::milliseconds kMessageHold{20};
   /// A flag that stops the build when set (Ctrl-C); defaults to the process-wide stop flag.
   void SetStopFlag(const std::atomic<bool>* flag) { stop_ = flag; }
   void SetDryRun(bool dryRun) { dryRun_ = dryRun; }
@@ -150,6 +164,15 @@ class TWrenStepHost : public IWrenActionHost {
     LogSlowly(stream, text);
   }
   void LogSlowly(TWrenLogStream stream, const std::string& text);
+  /// A message outside a program's output, with a lines sink: passed on now or held.
+  void HoldMessage(TWrenLogStream stream, const std::string& text);
+  /// Passes held messages on before anything else reaches the sinks.
+  void SettleHeld() {
+    if (held_.load()) PassHeldOn();
+  }
+  void PassHeldOn();
+  /// The thread that passes held messages on when no other line comes to take them along.
+  void Tick();
   /// A line of output no action handles (only with a lines sink, while a program runs).
   void LogView(TWrenLogStream stream, std::string_view text);
   // A block of a program's output is passed on at a read's end, or sooner when it grew this
@@ -170,6 +193,14 @@ class TWrenStepHost : public IWrenActionHost {
   TWrenProcessResult lastResult_;
   bool processStarted_ = false;
   TWrenLogStream currentStream_ = TWrenLogStream::Message;
+  // Held messages: lines_ and the sinks belong to whichever thread holds heldMutex_ while held_
+  // is set; otherwise to the action's thread alone.
+  std::mutex heldMutex_;
+  std::condition_variable tickerWake_;
+  std::atomic<bool> held_{false};
+  bool tickerStop_ = false;
+  std::chrono::steady_clock::time_point lastPassed_;  // when messages were last passed on
+  std::thread ticker_;
 };
 
 /// The process-wide stop flag set by Ctrl-C / SIGTERM.
