@@ -57,17 +57,6 @@ size_t FindLineBreak(const char* data, size_t from, size_t n) {
   return p;
 }
 
-// Sets part to prefix + text + suffix unless it is so already: most attribute lines repeat the
-// opening, keyword and closing of the line before, which then cost a comparison, not a copy.
-void Carry(std::string& part, std::string_view text, std::string_view prefix = {},
-           std::string_view suffix = {}) {
-  const std::string_view now(part);
-  if (now.size() == prefix.size() + text.size() + suffix.size() && now.starts_with(prefix) &&
-      now.ends_with(suffix) && now.substr(prefix.size(), text.size()) == text)
-    return;
-  part.assign(prefix).append(text).append(suffix);
-}
-
 TWrenAssemblyInfoLanguage LanguageOf(const std::string& extension) {
   if (extension == ".pas" || extension == ".dpr" || extension == ".dpk")
     return TWrenAssemblyInfoLanguage::alPascal;
@@ -121,11 +110,12 @@ namespace {
 
 char FoldAscii(char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c; }
 
-bool SameTextView(std::string_view a, std::string_view b) {
+// Equal but for ASCII case; most names compared differ early, so a byte is folded only where
+// the two differ.
+inline bool SameTextView(std::string_view a, std::string_view b) {
   if (a.size() != b.size()) return false;
-  if (std::memcmp(a.data(), b.data(), a.size()) == 0) return true;  // mostly spelt alike
   for (size_t i = 0; i < a.size(); ++i)
-    if (FoldAscii(a[i]) != FoldAscii(b[i])) return false;
+    if (a[i] != b[i] && FoldAscii(a[i]) != FoldAscii(b[i])) return false;
   return true;
 }
 
@@ -135,7 +125,7 @@ bool EntryNamed(const std::string& entry, std::string_view name) {
   const size_t n = name.size();
   if (entry.size() < n || (entry.size() > n && entry[n] != '=')) return false;
   const std::string_view head(entry.data(), n);
-  return head.find('=') == std::string_view::npos && SameTextView(head, name);
+  return SameTextView(head, name) && head.find('=') == std::string_view::npos;
 }
 
 }  // namespace
@@ -147,16 +137,12 @@ int TWrenAssemblyInfo::IndexOfEntry(std::string_view name) const {
 }
 
 void TWrenAssemblyInfo::AddEntry(const std::string& name, const std::string& value, bool quoted) {
-  if (value.empty()) {
-    // An empty value never replaces: it stands beside any earlier entry of the same name.
-    entries_.push_back({name + "=", quoted});
-    return;
-  }
-  const int i = IndexOfEntry(name);
-  if (i < 0)
-    entries_.push_back({name + "=" + value, quoted});
-  else
-    entries_[i] = {name + "=" + value, quoted};
+  // An empty value never replaces: it stands beside any earlier entry of the same name.
+  const int i = value.empty() ? -1 : IndexOfEntry(name);
+  TEntry& entry = i < 0 ? entries_.emplace_back() : entries_[static_cast<size_t>(i)];
+  entry.text.reserve(name.size() + 1 + value.size());
+  entry.text.assign(name).append(1, '=').append(value);
+  entry.quoted = quoted;
 }
 
 void TWrenAssemblyInfo::RemoveEntry(const std::string& name) {
@@ -238,6 +224,7 @@ bool TWrenAssemblyInfo::Process(const std::string& name, bool createBackup) {
   } emptyEntries{entries_};
 
   insertPosition_ = -1;
+  SettleCarried();  // the last file's text is about to go
   const std::string& fileName = folder_ ? fileName_ : name;
   // One look serves the checks, the read and the rewrite.
   const TWrenFileStatus status = folder_ ? FileStatus(*folder_, name) : FileStatus(name);
@@ -325,17 +312,19 @@ void TWrenAssemblyInfo::Scan() {
     if (at == line.size()) continue;
     const char c = line[at];
     if (c == '<' || c == '[') {
-      Carry(opening_, std::string_view(&line[at], 1));
+      opening_.Set(line.substr(at, 1));
       const size_t colon = FindOrEnd(line, ':', at + 1);
-      Carry(keyword_, TrimView(line.substr(at + 1, colon - at - 1)), {}, ":");
-      if (SameTextView(keyword_, "assembly:")) ProcessAttribute(i, line, colon);
+      const std::string_view keyword = TrimView(line.substr(at + 1, colon - at - 1));
+      keyword_.Set(keyword, {}, ":");
+      if (SameTextView(keyword, "assembly")) ProcessAttribute(i, line, colon);
     } else if (c == '/' && line.substr(at, 3) == "/**") {
-      Carry(opening_, "/** ");
+      opening_.Set("/** ");
       at = SkipBlanks(line, at + 3);
       if (at < line.size() && line[at] == '@') {
         const size_t blank = FindOrEnd(line, ' ', at);
-        Carry(keyword_, TrimView(line.substr(at, blank - at)));
-        if (SameTextView(keyword_, "@assembly")) ProcessAttribute(i, line, blank);
+        const std::string_view keyword = TrimView(line.substr(at, blank - at));
+        keyword_.Set(keyword);
+        if (SameTextView(keyword, "@assembly")) ProcessAttribute(i, line, blank);
       }
     }
   }
@@ -360,7 +349,7 @@ void TWrenAssemblyInfo::ProcessAttribute(size_t lineIndex, std::string_view line
     const std::string_view rest = line.substr(SkipBlanks(line, at));
     size_t end = rest.size();
     while (end > 0 && rest[end - 1] != ')') --end;
-    Carry(closing_, rest.substr(end));
+    closing_.Set(rest.substr(end));
     value = rest.substr(0, end > 0 ? end - 1 : 0);
   } else {
     quoted_ = true;
@@ -370,20 +359,20 @@ void TWrenAssemblyInfo::ProcessAttribute(size_t lineIndex, std::string_view line
     // close up to one.
     at = std::min(close + 2, line.size());
     const size_t rest = SkipBlanks(line, at);
-    Carry(closing_, line.substr(rest), rest > at ? " " : "");
+    closing_.Set(line.substr(rest), rest > at ? " " : "");
   }
 
   value_.assign(value);
   // The line is text_ as read: it stays valid however the entry's value is asked for.
   if (!ProcessEntry() && value_ == value) return;
-  message_.assign(opening_).append(keyword_).append(" ").append(name_).append("(");
+  message_.assign(opening_.Get()).append(keyword_.Get()).append(" ").append(name_).append("(");
   if (quoted_) {
     if (marker) message_ += '@';
     message_.append(1, quoteChar_).append(value_).append(1, quoteChar_);
   } else {
     message_.append(value_);
   }
-  message_.append(")").append(closing_);
+  message_.append(")").append(closing_.Get());
   lines_[lineIndex] = MakeLine(message_);
   modified_ = true;
   if (!callBack_) return;
@@ -451,7 +440,8 @@ void TWrenAssemblyInfo::AddNewEntry(const std::string& name, const std::string& 
   std::string attribute = name;
   if (UpperCase(extension_) == ".CPP") attribute += "Attribute";
   const std::string written = quoted ? Quote(value) : value;
-  const std::string line = opening_ + keyword_ + " " + attribute + "(" + written + ")" + closing_;
+  const std::string line = opening_.Get() + keyword_.Get() + " " + attribute + "(" + written + ")" +
+                           closing_.Get();
   Message("Adding Entry : " + name + " Value : " + written);
   if (insertPosition_ == -1) {
     lines_.push_back(MakeLine(line));

@@ -95,9 +95,9 @@ class TWrenAssemblyInfo final : public IWrenAssemblyInfoUpdater,
   /// The current lines (a copy).
   TStrings Lines() const;
   const std::vector<TEntry>& Entries() const { return entries_; }
-  const std::string& Keyword() const { return keyword_; }
-  const std::string& Opening() const { return opening_; }
-  const std::string& Closing() const { return closing_; }
+  const std::string& Keyword() const { return keyword_.Get(); }
+  const std::string& Opening() const { return opening_.Get(); }
+  const std::string& Closing() const { return closing_.Get(); }
   bool Quoted() const { return quoted_; }
   TWrenAssemblyInfoLanguage Language() const { return language_; }
   bool UpdateOnly() const { return updateOnly_; }
@@ -149,9 +149,36 @@ class TWrenAssemblyInfo final : public IWrenAssemblyInfoUpdater,
   TWrenFolderRef folder_;  // of the file being processed, when it was found by a folder walk
   std::string extension_;
   IWrenAssemblyInfoCallBack* callBack_ = nullptr;
-  std::string keyword_;
-  std::string opening_;
-  std::string closing_;
+  /// A part of the last bracket line that new lines copy (its opening, keyword or closing).
+  /// While a file is scanned it is the span of the text it came from, with what goes before and
+  /// after it (constants); it is copied when a line is made from it or the file is done.
+  struct TCarried {
+    std::string text;
+    std::string_view span, before, after;
+    bool pending = false;
+    void Set(std::string_view from, std::string_view head = {}, std::string_view tail = {}) {
+      span = from;
+      before = head;
+      after = tail;
+      pending = true;
+    }
+    const std::string& Get() {
+      if (pending) {
+        text.assign(before).append(span).append(after);
+        pending = false;
+      }
+      return text;
+    }
+  };
+  /// Copies the carried parts out of text_, which is about to change or be left.
+  void SettleCarried() const {
+    keyword_.Get();
+    opening_.Get();
+    closing_.Get();
+  }
+  mutable TCarried keyword_;
+  mutable TCarried opening_;
+  mutable TCarried closing_;
   bool quoted_ = false;
   std::vector<TEntry> entries_;
   int32_t insertPosition_ = -1;

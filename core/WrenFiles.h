@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace wren {
@@ -42,7 +43,7 @@ struct TWrenFindData {
 
 /// Windows file-mask matching: case-insensitive, '*' any run, '?' one character, "*.*" everything,
 /// a mask without a dot also matching names that have none.
-bool MatchesMask(const std::string& name, const std::string& mask);
+bool MatchesMask(std::string_view name, std::string_view mask);
 
 /// A temporary file of the writer below: ".<name>.tmp<pid>-<n>-<r>" holds new content on its way to
 /// <name>; ".<name>.jrn<pid>-<n>-<r>" is the journal of a rewrite in place (old and new content).

@@ -81,16 +81,16 @@ bool EndsWithFolded(std::string_view name, std::string_view suffix) {
 
 }  // namespace
 
-bool MatchesMask(const std::string& name, const std::string& mask) {
+bool MatchesMask(std::string_view name, std::string_view mask) {
   // The masks of a plain listing take every name ("*.*" too: names without a dot count).
   if (mask == "*" || mask == "*.*") return true;
   // The usual selection: no backtracking needed, the suffix starts on a character boundary.
-  if (IsStarSuffix(mask)) return EndsWithFolded(name, std::string_view(mask).substr(1));
+  if (IsStarSuffix(mask)) return EndsWithFolded(name, mask.substr(1));
   if (Match(name, mask)) return true;
   // As on Windows, "x.*" also stands for names that have no extension at all ("v*.*" finds "v4").
-  const std::string_view m(mask);
-  if (m.size() >= 2 && m.substr(m.size() - 2) == ".*" && name.find('.') == std::string::npos)
-    return Match(name, m.substr(0, m.size() - 2));
+  if (mask.size() >= 2 && mask.substr(mask.size() - 2) == ".*" &&
+      name.find('.') == std::string_view::npos)
+    return Match(name, mask.substr(0, mask.size() - 2));
   return false;
 }
 
