@@ -355,8 +355,8 @@ void TWrenAssemblyInfo::ProcessAttribute(size_t lineIndex, std::string_view line
     quoted_ = true;
     const size_t close = FindOrEnd(line, quoteChar_, at + 1);
     value = line.substr(at + 1, close - at - 1);
-    // Past the closing quote and the character after it (the ')'), if there; blanks after it
-    // close up to one.
+    // Past the closing quote and the character after it (the ')'), if there; blanks after that
+    // are kept as one space.
     at = std::min(close + 2, line.size());
     const size_t rest = SkipBlanks(line, at);
     closing_.Set(line.substr(rest), rest > at ? " " : "");

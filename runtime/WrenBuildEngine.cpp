@@ -634,12 +634,12 @@ TWrenBuildResult RunBuild(TWrenProject& project, const TWrenBuildOptions& option
       continue;
     }
 
+    TLogTail tail;  // outlives the host, whose last messages it may still be given
     TWrenStepHost host;
     host.SetVariables(variables);
     host.SetStopFlag(stop);
     host.SetDryRun(options.dryRun);
     host.SetProjectFileName(projectFile);
-    TLogTail tail;
     host.SetLogLinesSink([&](const TWrenLogLines& lines) {
       tail.Add(lines);
       listener.OnLogLines(report, lines);

@@ -119,7 +119,7 @@ class TWrenStepHost : public IWrenActionHost {
   void SetVariable(const std::string& name, const std::string& value);
   void SetLogSink(TLogSink sink) { sink_ = std::move(sink); }
   /// Instead of a line sink: lines come in blocks, a program's output one block per read of it
-  /// (each message outside that output in a block of its own, at once).
+  /// (messages outside that output as SetFlushSink tells).
   void SetLogLinesSink(TLogLinesSink sink) { linesSink_ = std::move(sink); }
   /// Called when the lines logged so far are all there is for now: after each read of a
   /// program's output, and after a message outside it. With a lines sink, messages that follow
