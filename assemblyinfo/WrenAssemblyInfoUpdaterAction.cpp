@@ -140,7 +140,7 @@ bool TWrenAssemblyInfoUpdaterAction::Execute() {
       streaming_ = nullptr;
     } else {
       size_t i = 0;
-      while (i < fileList_.size() && ProcessListed(i, run)) ++i;
+      while (i < fileList_.size() && ProcessListed(i, spots_[i], run)) ++i;
     }
   } catch (const std::exception& e) {
     // The host gets a result, never an exception: the step fails with the reason logged.
@@ -161,7 +161,7 @@ bool TWrenAssemblyInfoUpdaterAction::Execute() {
   return run.result;
 }
 
-bool TWrenAssemblyInfoUpdaterAction::ProcessListed(size_t i, TRun& run) {
+bool TWrenAssemblyInfoUpdaterAction::ProcessListed(size_t i, TFileSpot& spot, TRun& run) {
   const std::string& file = fileList_[i];
   run.line.assign("Processing File : ").append(file);
   SendMessage(run.line);
@@ -170,7 +170,6 @@ bool TWrenAssemblyInfoUpdaterAction::ProcessListed(size_t i, TRun& run) {
     run.over = true;
     return false;
   }
-  TFileSpot& spot = spots_[i];
   run.result = spot.folder ? run.info.ProcessFileIn(spot.folder, spot.name, file, BackupFiles)
                            : run.updater.ProcessFile(file, BackupFiles);
   // Done with the folder here: its handle closes once no pending write needs it.
@@ -186,8 +185,11 @@ bool TWrenAssemblyInfoUpdaterAction::Walking() {
 void TWrenAssemblyInfoUpdaterAction::AddFile(std::string path, TWrenFolderRef folder,
                                              std::string name) {
   fileList_.push_back(std::move(path));
-  spots_.push_back({std::move(folder), std::move(name)});
-  if (streaming_) ProcessListed(fileList_.size() - 1, *streaming_);
+  TFileSpot spot{std::move(folder), std::move(name)};
+  if (streaming_)
+    ProcessListed(fileList_.size() - 1, spot, *streaming_);  // found, done: its spot is not kept
+  else
+    spots_.push_back(std::move(spot));
 }
 
 bool TWrenAssemblyInfoUpdaterAction::ExpandSelection(TStrings& expanded) {

@@ -84,21 +84,22 @@ class TWrenAssemblyInfoUpdaterAction : public TCustomWrenAction, public IWrenAss
     bool result = true;
     bool over = false;  // a file failed or the step was stopped
   };
-  /// Processes file i of the list; false when the run ends there.
-  bool ProcessListed(size_t i, TRun& run);
+  struct TFileSpot;
+  /// Processes file i of the list, found at spot; false when the run ends there.
+  bool ProcessListed(size_t i, TFileSpot& spot, TRun& run);
   /// False once the walk should end: the step was stopped or the run is over.
   bool Walking();
   /// Runs a script that has text; a failed script aborts the file being processed.
   void RunScript(TWrenActionScript& script);
 
   TStrings fileList_;
-  /// Where each file of fileList_ was found: its folder and name, or no folder for a file named
-  /// by its path.
+  /// Where a file of fileList_ was found: its folder and name, or no folder for a file named by
+  /// its path.
   struct TFileSpot {
     TWrenFolderRef folder;
     std::string name;
   };
-  std::vector<TFileSpot> spots_;
+  std::vector<TFileSpot> spots_;  // of each file, when the files are listed before the run
   TRun* streaming_ = nullptr;  // set while files are processed as the walk finds them
   std::atomic<bool> terminated_{false};
   // False while a run has no OnProcessEntry script to ask; outside a run the script is looked up.
