@@ -307,6 +307,14 @@ TEST(WrenFilesInMemory, WriteBatchLandsAtOnce) {
   char templ[] = "/dev/shm/wren-files-XXXXXX";
   ASSERT_NE(::mkdtemp(templ), nullptr);
   const std::string dir = templ;
+  struct TCleanUp {
+    const std::string& dir;
+    ~TCleanUp() {
+      SetWriteBatchDefersInMemory(false);
+      std::error_code ec;
+      fs::remove_all(dir, ec);
+    }
+  } cleanUp{dir};
   auto path = [&](const std::string& name) { return dir + "/" + name; };
   auto entries = [&] {
     std::vector<std::string> names;
@@ -343,11 +351,8 @@ TEST(WrenFilesInMemory, WriteBatchLandsAtOnce) {
     EXPECT_EQ(test::ReadFile(path("a.cs")), "newer a");
     EXPECT_EQ(entries().size(), 4u);  // the temporary file
   }
-  SetWriteBatchDefersInMemory(false);
   EXPECT_EQ(test::ReadFile(path("a.cs")), "deferred a");
   EXPECT_EQ(entries(), (std::vector<std::string>{"a.cs", "fresh.txt", "ro.cs"}));
-  ::chmod(path("ro.cs").c_str(), 0644);
-  fs::remove_all(dir);
 }
 
 // A batch too large to flush file by file syncs whole file systems instead: every file, new or
