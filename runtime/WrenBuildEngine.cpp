@@ -49,8 +49,10 @@ class TLogTail {
   void Add(const TWrenLogLines& lines) {
     const size_t n = lines.Count();
     count_ += n;
+    // Only the last line with text counts: looked for from the end.
     if (lines.Stream() == TWrenLogStream::Message)
-      lines.ForEach([&](std::string_view text) { NoteMessage(text); });
+      for (size_t i = n; i > 0; --i)
+        if (NoteMessage(lines.Line(i - 1))) break;
     lines.ForEach([&](std::string_view text) { Keep(lines.Stream(), text); },
                   n > kWrenLogTailLines ? n - kWrenLogTailLines : 0);
   }
@@ -67,9 +69,12 @@ class TLogTail {
   }
 
  private:
-  void NoteMessage(std::string_view text) {
+  /// True when text has more than blanks: it is then the last message.
+  bool NoteMessage(std::string_view text) {
     const std::string_view trimmed = TrimView(text);
-    if (!trimmed.empty()) lastMessage_.assign(trimmed);
+    if (trimmed.empty()) return false;
+    lastMessage_.assign(trimmed);
+    return true;
   }
   void Keep(TWrenLogStream stream, std::string_view text) {
     std::pair<TWrenLogStream, std::string>* slot;

@@ -241,6 +241,11 @@ class TChattyAction : public TCustomWrenAction {
   std::string ClassName() const override { return "TChattyAction"; }
   std::string DisplayName() const override { return "Chatty"; }
   bool Execute() override {
+    if (!seen) {
+      // A failing step: its reason is the last message with text, blanks trimmed.
+      for (const char* text : {"first", "  the reason \t", "", "   "}) SendMessage(text);
+      return false;
+    }
     for (int i = 0; i < kBurst; ++i) SendMessage("message " + std::to_string(i));
     SendMessage("waiting");
     // Nothing else is logged meanwhile: the line must get out on its own.
@@ -299,6 +304,13 @@ TEST(BuildEngine, MessagesInARowArePassedOnTogetherAndNeverLeftBehind) {
   EXPECT_EQ(result.steps.at(0).logLines, expected.size());
   EXPECT_EQ(result.steps.at(0).log.back().second, "last");
   EXPECT_LT(listener.flushes.load(), TChattyAction::kBurst / 10);
+
+  action.seen = nullptr;
+  TListener failing;
+  const TWrenBuildResult failed = RunBuild(project, {}, failing);
+  EXPECT_FALSE(failed.success);
+  EXPECT_EQ(failed.steps.at(0).failureReason, "the reason");
+  EXPECT_EQ(failing.lines, (std::vector<std::string>{"first", "  the reason \t", "", "   "}));
 }
 
 /// A message held back goes out before the command line and output of a program started after

@@ -97,16 +97,20 @@ void TWrenStepHost::SendMessage(const std::string& text) {
 }
 
 void TWrenStepHost::HoldMessage(TWrenLogStream stream, const std::string& text) {
-  const auto now = std::chrono::steady_clock::now();
   std::lock_guard<std::mutex> lock(heldMutex_);
   if (stream != lines_.Stream()) {
     DeliverLines();
     lines_.Reset(stream);
   }
   lines_.Add(text);
+  const bool full = lines_.Bytes() >= kLinesBlockBytes;
+  // Behind a message already held the ticker is due to pass this one on too: the clock is read
+  // only now and then, in case the ticker is kept waiting.
+  if (held_.load() && !full && ++heldSinceClock_ % 64 != 0) return;
   // An action that logs now and then shows each message at once; one that logs many in a row
   // costs a write per kMessageHold, not one per message.
-  if (now - lastPassed_ >= kMessageHold || lines_.Bytes() >= kLinesBlockBytes) {
+  const auto now = std::chrono::steady_clock::now();
+  if (now - lastPassed_ >= kMessageHold || full) {
     DeliverLines();
     if (flush_) flush_();
     lastPassed_ = now;

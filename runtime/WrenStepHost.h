@@ -60,6 +60,11 @@ class TWrenLogLines {
       begin = ends_[i] + 1;
     }
   }
+  /// Line i (from 0, oldest first).
+  std::string_view Line(size_t i) const {
+    const size_t begin = i == 0 ? 0 : ends_[i - 1] + 1;
+    return {data_.get() + begin, ends_[i] - begin};
+  }
   /// Bytes past the last line that are always allocated: a line up to this long is copied
   /// with a fixed-size copy that may run over its end, here and by readers.
   static constexpr size_t kSlack = 16;
@@ -200,6 +205,7 @@ class TWrenStepHost : public IWrenActionHost {
   std::atomic<bool> held_{false};
   bool tickerStop_ = false;
   std::chrono::steady_clock::time_point lastPassed_;  // when messages were last passed on
+  unsigned heldSinceClock_ = 0;  // messages held without a look at the clock
   std::thread ticker_;
 };
 
