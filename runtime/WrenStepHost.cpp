@@ -1,5 +1,8 @@
 #include "WrenStepHost.h"
 
+#include <pthread.h>
+#include <signal.h>
+
 #include <algorithm>
 #include <cstdlib>
 
@@ -119,10 +122,16 @@ void TWrenStepHost::HoldMessage(TWrenLogStream stream, const std::string& text) 
   }
   if (held_.load()) return;
   held_.store(true);
-  if (ticker_.joinable())
+  if (ticker_.joinable()) {
     tickerWake_.notify_one();
-  else
-    ticker_ = std::thread([this] { Tick(); });
+    return;
+  }
+  // The ticker takes no signal: Ctrl-C and friends are the build's thread's to handle.
+  sigset_t all, previous;
+  sigfillset(&all);
+  pthread_sigmask(SIG_SETMASK, &all, &previous);
+  ticker_ = std::thread([this] { Tick(); });
+  pthread_sigmask(SIG_SETMASK, &previous, nullptr);
 }
 
 void TWrenStepHost::PassHeldOn() {
