@@ -1,8 +1,6 @@
 #include "WrenBuildReporters.h"
 
 #include <fcntl.h>
-#include <pthread.h>
-#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -19,6 +17,7 @@
 
 #include "WrenFiles.h"
 #include "WrenUtils.h"
+#include "runtime/WrenQuietThread.h"
 
 namespace wren {
 namespace {
@@ -480,12 +479,7 @@ void TLogFileWriter::Write(const TLineBatch& block) {
 void TLogFileWriter::StartWriter(bool truncate) {
   // Blocks wait while the file is cut: writing_ keeps the build's thread from writing too.
   writing_ = truncate;
-  // The writer takes no signal: Ctrl-C and friends are the build's thread's to handle.
-  sigset_t all, previous;
-  sigfillset(&all);
-  pthread_sigmask(SIG_SETMASK, &all, &previous);
-  writer_ = std::thread([this, truncate] { WriteBlocks(truncate); });
-  pthread_sigmask(SIG_SETMASK, &previous, nullptr);
+  writer_ = StartQuietThread([this, truncate] { WriteBlocks(truncate); });
 }
 
 // The writer thread: cuts the file when asked, then writes the queued blocks in order until the

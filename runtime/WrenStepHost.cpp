@@ -1,14 +1,12 @@
 #include "WrenStepHost.h"
 
-#include <pthread.h>
-#include <signal.h>
-
 #include <algorithm>
 #include <cstdlib>
 
 #include "WrenExecuteAction.h"
 #include "WrenExpression.h"
 #include "WrenFiles.h"
+#include "WrenQuietThread.h"
 #include "WrenScriptEngine.h"
 #include "WrenUtils.h"
 
@@ -122,16 +120,10 @@ void TWrenStepHost::HoldMessage(TWrenLogStream stream, const std::string& text) 
   }
   if (held_.load()) return;
   held_.store(true);
-  if (ticker_.joinable()) {
+  if (ticker_.joinable())
     tickerWake_.notify_one();
-    return;
-  }
-  // The ticker takes no signal: Ctrl-C and friends are the build's thread's to handle.
-  sigset_t all, previous;
-  sigfillset(&all);
-  pthread_sigmask(SIG_SETMASK, &all, &previous);
-  ticker_ = std::thread([this] { Tick(); });
-  pthread_sigmask(SIG_SETMASK, &previous, nullptr);
+  else
+    ticker_ = StartQuietThread([this] { Tick(); });
 }
 
 void TWrenStepHost::PassHeldOn() {
