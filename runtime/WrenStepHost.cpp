@@ -79,7 +79,7 @@ void TWrenStepHost::LogSlowly(TWrenLogStream stream, const std::string& text) {
 }
 
 void TWrenStepHost::LogView(TWrenLogStream stream, std::string_view text) {
-  SettleHeld();
+  // Only a program's output comes here: RunProcess settled the held messages before it started.
   if (stream != lines_.Stream()) {
     DeliverLines();
     lines_.Reset(stream);
@@ -112,10 +112,7 @@ void TWrenStepHost::HoldMessage(TWrenLogStream stream, const std::string& text) 
   // costs a write per kMessageHold, not one per message.
   const auto now = std::chrono::steady_clock::now();
   if (now - lastPassed_ >= kMessageHold || full) {
-    DeliverLines();
-    if (flush_) flush_();
-    lastPassed_ = now;
-    held_.store(false);
+    PassOn(now);
     return;
   }
   if (held_.load()) return;
@@ -126,13 +123,16 @@ void TWrenStepHost::HoldMessage(TWrenLogStream stream, const std::string& text) 
     ticker_ = StartQuietThread([this] { Tick(); });
 }
 
-void TWrenStepHost::PassHeldOn() {
-  std::lock_guard<std::mutex> lock(heldMutex_);
-  if (!held_.load()) return;
+void TWrenStepHost::PassOn(std::chrono::steady_clock::time_point now) {
   DeliverLines();
   if (flush_) flush_();
-  lastPassed_ = std::chrono::steady_clock::now();
+  lastPassed_ = now;
   held_.store(false);
+}
+
+void TWrenStepHost::PassHeldOn() {
+  std::lock_guard<std::mutex> lock(heldMutex_);
+  if (held_.load()) PassOn(std::chrono::steady_clock::now());
 }
 
 void TWrenStepHost::Tick() {
@@ -147,10 +147,7 @@ void TWrenStepHost::Tick() {
       tickerWake_.wait_until(lock, due);
       continue;
     }
-    DeliverLines();
-    if (flush_) flush_();
-    lastPassed_ = std::chrono::steady_clock::now();
-    held_.store(false);
+    PassOn(std::chrono::steady_clock::now());
   }
 }
 

@@ -176,6 +176,8 @@ class TWrenStepHost : public IWrenActionHost {
     if (held_.load()) PassHeldOn();
   }
   void PassHeldOn();
+  /// Passes lines_ on and flushes; with heldMutex_ held.
+  void PassOn(std::chrono::steady_clock::time_point now);
   /// The thread that passes held messages on when no other line comes to take them along.
   void Tick();
   /// A line of output no action handles (only with a lines sink, while a program runs).
