@@ -27,10 +27,10 @@ namespace fs = std::filesystem;
 class WrenFilesPosix : public ::testing::Test {
  protected:
   void SetUp() override {
-    char templ[] = "/tmp/wren-files-XXXXXX";
-    ASSERT_NE(::mkdtemp(templ), nullptr);
+    std::string templ = base_ + "/wren-files-XXXXXX";
+    ASSERT_NE(::mkdtemp(templ.data()), nullptr);
     dir_ = templ;
-    SetWriteBatchDefersInMemory(true);  // the batch as on a disk, whatever /tmp is
+    SetWriteBatchDefersInMemory(deferInMemory_);  // by default the batch as on a disk
   }
   void TearDown() override {
     SetAtomicWriteFailAfter(SIZE_MAX);
@@ -61,6 +61,21 @@ class WrenFilesPosix : public ::testing::Test {
   }
 
   std::string dir_;
+  std::string base_ = "/tmp";
+  bool deferInMemory_ = true;
+};
+
+/// The same in /dev/shm, a tmpfs, with batches as they are there.
+class WrenFilesInMemory : public WrenFilesPosix {
+ protected:
+  void SetUp() override {
+    struct statfs shm {};
+    ASSERT_EQ(::statfs("/dev/shm", &shm), 0) << "a tmpfs at /dev/shm is needed";
+    ASSERT_EQ(static_cast<unsigned long>(shm.f_type), TMPFS_MAGIC) << "/dev/shm is not a tmpfs";
+    base_ = "/dev/shm";
+    deferInMemory_ = false;
+    WrenFilesPosix::SetUp();
+  }
 };
 
 std::vector<std::string> Names(const std::vector<TWrenFindData>& found) {
@@ -300,59 +315,34 @@ TEST_F(WrenFilesPosix, WriteBatchReplacesOnCommit) {
 
 // On a file system held in memory a batch has nothing to sync: each rewrite lands at once, with
 // the same bytes, mode and checks, and leaves no temporary file; a batch on a disk still waits.
-TEST(WrenFilesInMemory, WriteBatchLandsAtOnce) {
-  struct statfs shm {};
-  ASSERT_EQ(::statfs("/dev/shm", &shm), 0) << "a tmpfs at /dev/shm is needed";
-  ASSERT_EQ(static_cast<unsigned long>(shm.f_type), TMPFS_MAGIC) << "/dev/shm is not a tmpfs";
-  char templ[] = "/dev/shm/wren-files-XXXXXX";
-  ASSERT_NE(::mkdtemp(templ), nullptr);
-  const std::string dir = templ;
-  struct TCleanUp {
-    const std::string& dir;
-    ~TCleanUp() {
-      SetWriteBatchDefersInMemory(false);
-      std::error_code ec;
-      fs::remove_all(dir, ec);
-    }
-  } cleanUp{dir};
-  auto path = [&](const std::string& name) { return dir + "/" + name; };
-  auto entries = [&] {
-    std::vector<std::string> names;
-    for (const auto& e : fs::directory_iterator(dir)) names.push_back(e.path().filename());
-    std::sort(names.begin(), names.end());
-    return names;
-  };
-  std::ofstream(path("a.cs"), std::ios::binary) << "old a";
-  ASSERT_EQ(::chmod(path("a.cs").c_str(), 0640), 0);
-  std::ofstream(path("ro.cs"), std::ios::binary) << "read only";
-  ASSERT_EQ(::chmod(path("ro.cs").c_str(), 0444), 0);
+TEST_F(WrenFilesInMemory, WriteBatchLandsAtOnce) {
+  Write("a.cs", "old a", 0640);
+  Write("ro.cs", "read only", 0444);
   std::string error;
   {
     TWrenWriteBatch batch;
-    ASSERT_TRUE(WriteFileAtomic(path("a.cs"), "new a", error)) << error;
-    ASSERT_TRUE(WriteFileAtomic(path("fresh.txt"), "fresh", error)) << error;
-    EXPECT_EQ(test::ReadFile(path("a.cs")), "new a");
-    EXPECT_EQ(test::ReadFile(path("fresh.txt")), "fresh");
-    struct stat st {};
-    ASSERT_EQ(::stat(path("a.cs").c_str(), &st), 0);
-    EXPECT_EQ(st.st_mode & 07777, 0640u);
-    EXPECT_FALSE(WriteFileAtomic(path("ro.cs"), "x", error));
-    EXPECT_EQ(error, path("ro.cs") + " is read only");
-    EXPECT_EQ(entries(), (std::vector<std::string>{"a.cs", "fresh.txt", "ro.cs"}));
+    ASSERT_TRUE(WriteFileAtomic(Path("a.cs"), "new a", error)) << error;
+    ASSERT_TRUE(WriteFileAtomic(Path("fresh.txt"), "fresh", error)) << error;
+    EXPECT_EQ(test::ReadFile(Path("a.cs")), "new a");
+    EXPECT_EQ(test::ReadFile(Path("fresh.txt")), "fresh");
+    EXPECT_EQ(Mode("a.cs"), 0640u);
+    EXPECT_FALSE(WriteFileAtomic(Path("ro.cs"), "x", error));
+    EXPECT_EQ(error, Path("ro.cs") + " is read only");
+    EXPECT_EQ(Entries(), (std::vector<std::string>{"a.cs", "fresh.txt", "ro.cs"}));
 
     SetWriteBatchDefersInMemory(true);  // a batch decides once per file system
-    ASSERT_TRUE(WriteFileAtomic(path("a.cs"), "newer a", error)) << error;
-    EXPECT_EQ(test::ReadFile(path("a.cs")), "newer a");
+    ASSERT_TRUE(WriteFileAtomic(Path("a.cs"), "newer a", error)) << error;
+    EXPECT_EQ(test::ReadFile(Path("a.cs")), "newer a");
     ASSERT_TRUE(batch.Commit(error)) << error;
   }
   {
     TWrenWriteBatch batch;  // with the hook still set: as on a disk
-    ASSERT_TRUE(WriteFileAtomic(path("a.cs"), "deferred a", error)) << error;
-    EXPECT_EQ(test::ReadFile(path("a.cs")), "newer a");
-    EXPECT_EQ(entries().size(), 4u);  // the temporary file
+    ASSERT_TRUE(WriteFileAtomic(Path("a.cs"), "deferred a", error)) << error;
+    EXPECT_EQ(test::ReadFile(Path("a.cs")), "newer a");
+    EXPECT_EQ(Entries().size(), 4u);  // the temporary file
   }
-  EXPECT_EQ(test::ReadFile(path("a.cs")), "deferred a");
-  EXPECT_EQ(entries(), (std::vector<std::string>{"a.cs", "fresh.txt", "ro.cs"}));
+  EXPECT_EQ(test::ReadFile(Path("a.cs")), "deferred a");
+  EXPECT_EQ(Entries(), (std::vector<std::string>{"a.cs", "fresh.txt", "ro.cs"}));
 }
 
 // A batch too large to flush file by file syncs whole file systems instead: every file, new or
