@@ -241,6 +241,12 @@ class TChattyAction : public TCustomWrenAction {
   std::string ClassName() const override { return "TChattyAction"; }
   std::string DisplayName() const override { return "Chatty"; }
   bool Execute() override {
+    if (throws) {
+      // The second message is held when an exception no one catches ends the build.
+      SendMessage("one");
+      SendMessage("two");
+      throw 42;
+    }
     if (!seen) {
       // A failing step: its reason is the last message with text, blanks trimmed.
       for (const char* text : {"first", "  the reason \t", "", "   "}) SendMessage(text);
@@ -258,7 +264,7 @@ class TChattyAction : public TCustomWrenAction {
   }
   static constexpr int kBurst = 2000;
   std::atomic<bool>* seen = nullptr;
-  bool sawWhileWaiting = false;
+  bool sawWhileWaiting = false, throws = false;
 };
 
 /// Messages an action logs in a row reach the listeners together, in order and whole; one
@@ -311,6 +317,12 @@ TEST(BuildEngine, MessagesInARowArePassedOnTogetherAndNeverLeftBehind) {
   EXPECT_FALSE(failed.success);
   EXPECT_EQ(failed.steps.at(0).failureReason, "the reason");
   EXPECT_EQ(failing.lines, (std::vector<std::string>{"first", "  the reason \t", "", "   "}));
+
+  // Unwinding, the step's host still passes its held messages on, to a log tail still there.
+  action.throws = true;
+  TListener thrown;
+  EXPECT_THROW(RunBuild(project, {}, thrown), int);
+  EXPECT_EQ(thrown.lines, (std::vector<std::string>{"one", "two"}));
 }
 
 /// A message held back goes out before the command line and output of a program started after
