@@ -22,7 +22,7 @@ class TOptionsServices : public IWrenOptionsServices {
                        const std::string& iconResourceName) override {
     TWrenRegisteredOptions* record = FindRecord(optionsClass.name);
     if (!record) {
-      RegisteredOptions().push_back({optionsClass, "", nullptr, {}});
+      RegisteredOptions().push_back({optionsClass, "", nullptr, {}, "", ""});
       record = &RegisteredOptions().back();
     }
     record->optionsClass = optionsClass;
@@ -38,6 +38,8 @@ class TOptionsServices : public IWrenOptionsServices {
     });
     if (stored) instance->LoadOptions(*WrenOptionsStore().Reader(instance->GetOptionKey()));
     instance->SetModified(false);  // loading is not a change
+    record->name = instance->GetOptionsName();
+    record->category = instance->GetOptionsCategory();
     record->instance = std::move(instance);
   }
 
@@ -46,7 +48,7 @@ class TOptionsServices : public IWrenOptionsServices {
     TWrenRegisteredOptions* record = FindRecord(optionsClass.name);
     if (!record) {
       // Pages may be registered before their class; the class fills in the instance later.
-      RegisteredOptions().push_back({optionsClass, "", nullptr, {}});
+      RegisteredOptions().push_back({optionsClass, "", nullptr, {}, "", ""});
       record = &RegisteredOptions().back();
     }
     record->pages.insert(record->pages.end(), frames.begin(), frames.end());
@@ -55,8 +57,7 @@ class TOptionsServices : public IWrenOptionsServices {
   std::shared_ptr<TWrenOptionsObject> FindOptions(const std::string& name,
                                                   const std::string& category) override {
     for (const TWrenRegisteredOptions& record : RegisteredOptions()) {
-      if (record.instance && SameText(record.instance->GetOptionsName(), name) &&
-          SameText(record.instance->GetOptionsCategory(), category))
+      if (record.instance && SameText(record.name, name) && SameText(record.category, category))
         return record.instance;
     }
     return nullptr;

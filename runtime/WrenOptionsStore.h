@@ -53,6 +53,10 @@ struct TWrenRegisteredOptions {
   std::string iconResourceName;
   std::shared_ptr<TWrenOptionsObject> instance;
   std::vector<TWrenFrameClass> pages;
+  /// The instance's name and category, taken once: every step that runs a program looks its
+  /// options up by them.
+  std::string name;
+  std::string category;
 };
 std::vector<TWrenRegisteredOptions>& RegisteredOptions();
 /// Saves every modified options object to the store and the store to its file.
