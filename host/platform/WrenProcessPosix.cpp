@@ -824,17 +824,26 @@ class TSupervisor {
   /// Sends a Start request; false with the errno when the supervisor is gone.
   bool SendStart(const std::string& path, const std::vector<std::string>& args, int outFd,
                  int errFd, int dirFd, int& error) {
-    // One pass over each string: the buffer keeps its capacity from run to run, so a steady
-    // build neither measures twice nor allocates.
-    request_.clear();
-    auto put = [this](const char* text, size_t length) {
-      request_.append(text, length);
-      request_.push_back('\0');
+    // Every string is measured once, the buffer sized once, and each string copied with its
+    // terminating NUL; buffer and lengths keep their capacity from run to run, so a steady build
+    // allocates nothing here.
+    size_t size = path.size() + 1;
+    for (const std::string& arg : args) size += arg.size() + 1;
+    envLengths_.clear();
+    for (char** e = environ; e && *e; ++e) {
+      envLengths_.push_back(std::strlen(*e) + 1);
+      size += envLengths_.back();
+    }
+    const uint32_t envc = static_cast<uint32_t>(envLengths_.size());
+    request_.resize(size);
+    char* at = request_.data();
+    auto put = [&at](const char* text, size_t withNul) {
+      std::memcpy(at, text, withNul);
+      at += withNul;
     };
-    put(path.data(), path.size());
-    for (const std::string& arg : args) put(arg.data(), arg.size());
-    uint32_t envc = 0;
-    for (char** e = environ; e && *e; ++e, ++envc) put(*e, std::strlen(*e));
+    put(path.c_str(), path.size() + 1);
+    for (const std::string& arg : args) put(arg.c_str(), arg.size() + 1);
+    for (uint32_t i = 0; i < envc; ++i) put(environ[i], envLengths_[i]);
     TRequestHeader header{TRequestHeader::Start, static_cast<uint32_t>(request_.size()),
                           static_cast<uint32_t>(args.size()), envc, 0, ::sched_getcpu()};
     const size_t first = std::min(request_.size(), kChunk);
@@ -903,6 +912,7 @@ class TSupervisor {
   pid_t pid_;
   TFd control_;
   std::string request_;  // kept between runs: a steady build allocates nothing for it
+  std::vector<size_t> envLengths_;
 };
 
 /// Supervisors kept for reuse while a TWrenProcessReuse lives; one run at a time each, so
