@@ -334,7 +334,7 @@ void TWrenAssemblyInfo::ProcessAttribute(size_t lineIndex, std::string_view line
   // Past the keyword's end (':' or ' '), if the line goes on.
   if (at < line.size()) ++at;
   const size_t open = FindOrEnd(line, '(', at);
-  name_.assign(TrimView(line.substr(at, open - at)));
+  const std::string_view name = TrimView(line.substr(at, open - at));
   at = SkipBlanks(line, open < line.size() ? open + 1 : open);
   bool marker = false;
   if (at < line.size() && line[at] == '@') {
@@ -362,9 +362,13 @@ void TWrenAssemblyInfo::ProcessAttribute(size_t lineIndex, std::string_view line
     closing_.Set(line.substr(rest), rest > at ? " " : "");
   }
 
+  // Most lines name no entry, and no one asks about them: they stay as they are.
+  const int entry = IndexOfEntry(name);
+  if (entry < 0 && !(callBack_ && askEvery_)) return;
+  name_.assign(name);
   value_.assign(value);
   // The line is text_ as read: it stays valid however the entry's value is asked for.
-  if (!ProcessEntry() && value_ == value) return;
+  if (!ProcessEntry(entry) && value_ == value) return;
   message_.assign(opening_.Get()).append(keyword_.Get()).append(" ").append(name_).append("(");
   if (quoted_) {
     if (marker) message_ += '@';
@@ -384,11 +388,10 @@ void TWrenAssemblyInfo::ProcessAttribute(size_t lineIndex, std::string_view line
   Message(message_);
 }
 
-// Takes the value of the entry named name_ into value_, if there is one, and lets the callback
-// change it. True when an entry was found.
-bool TWrenAssemblyInfo::ProcessEntry() {
+// Takes the value of entry i (the one named name_, or -1 for none) into value_, if there is one,
+// and lets the callback change it. True when there was an entry.
+bool TWrenAssemblyInfo::ProcessEntry(int i) {
   bool found = false;
-  const int i = IndexOfEntry(name_);
   if (i >= 0) {
     const std::string& text = entries_[i].text;
     const size_t eq = text.find('=');

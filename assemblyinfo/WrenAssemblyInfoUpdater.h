@@ -90,6 +90,9 @@ class TWrenAssemblyInfo final : public IWrenAssemblyInfoUpdater,
                      const std::string& fileName, bool createBackup);
   void SaveToFile(const std::string& fileName) override;
   void SetCallBack(IWrenAssemblyInfoCallBack* callBack) override { callBack_ = callBack; }
+  /// Whether the callback is asked about attributes no entry names (the default). A callback
+  /// that leaves their values as they are says no: such lines are then passed over uncopied.
+  void SetAskAboutEveryAttribute(bool ask) { askEvery_ = ask; }
   TWrenAssemblyInfo* GetImplementation() override { return this; }
 
   /// The current lines (a copy).
@@ -113,7 +116,7 @@ class TWrenAssemblyInfo final : public IWrenAssemblyInfoUpdater,
   bool IsStopLine(std::string_view line) const;
   /// line is the text of line lineIndex; at is just past its keyword.
   void ProcessAttribute(size_t lineIndex, std::string_view line, size_t at);
-  bool ProcessEntry();
+  bool ProcessEntry(int entry);
   void AddNewEntries();
   void AddNewEntry(const std::string& name, const std::string& value, bool quoted);
   void InsertLine(int32_t index, std::string_view line);
@@ -149,6 +152,7 @@ class TWrenAssemblyInfo final : public IWrenAssemblyInfoUpdater,
   TWrenFolderRef folder_;  // of the file being processed, when it was found by a folder walk
   std::string extension_;
   IWrenAssemblyInfoCallBack* callBack_ = nullptr;
+  bool askEvery_ = true;
   /// A part of the last bracket line that new lines copy (its opening, keyword or closing).
   /// While a file is scanned it is the span of the text it came from, with what goes before and
   /// after it (constants); it is copied when a line is made from it or the file is done.

@@ -130,6 +130,8 @@ bool TWrenAssemblyInfoUpdaterAction::Execute() {
   // two file-system syncs rather than two flushes per file.
   TWrenWriteBatch batch;
   TRun run{*updater, *updater->GetImplementation(), std::string(), true, false};
+  // Without an entry script the callback leaves every value as it is.
+  run.info.SetAskAboutEveryAttribute(entryScript_);
   try {
     if (stream) {
       streaming_ = &run;

@@ -3,10 +3,12 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <iterator>
 
 #include "TestSupport.h"
+#include "WrenUtils.h"
 
 namespace wren {
 namespace {
@@ -23,9 +25,13 @@ struct MessageLog : IWrenAssemblyInfoCallBack {
   void OnProcessFile(const std::string&,
                      const std::shared_ptr<IWrenAssemblyInfoUpdater>&) override { ++files; }
   void AssemblyInfoProcessMessage(const std::string& text) override { messages.push_back(text); }
-  void AssemblyInfoProcessEntry(const std::string&, const std::string&, std::string&) override {}
+  void AssemblyInfoProcessEntry(const std::string&, const std::string& name,
+                                std::string&) override {
+    asked.push_back(name);
+  }
   int files = 0;
   std::vector<std::string> messages;
+  std::vector<std::string> asked;  // the attribute names offered to the callback
 };
 
 /// One golden case: <dir>/<name>.in<ext> processed with the entries must give <name>.out<ext>.
@@ -50,29 +56,43 @@ void AddEntries(IWrenAssemblyInfoUpdater& updater, const std::vector<std::string
   }
 }
 
-void RunGolden(const std::vector<GoldenCase>& cases) {
-  for (const GoldenCase& c : cases) {
-    SCOPED_TRACE(c.dir + "/" + c.name + c.ext);
-    TempDir tmp;
-    const std::string target = tmp / ("AssemblyInfo" + c.ext);
-    fs::copy_file(kFixtures / c.dir / (c.name + ".in" + c.ext), target);
-    auto updater = NewAssemblyInfoUpdater(c.updateOnly);
-    MessageLog callBack;
-    updater->SetCallBack(&callBack);
-    AddEntries(*updater, c.entries, '\'');
-    if (c.throws) {
-      EXPECT_THROW(updater->ProcessFile(target, false), EStringListError);
-    } else {
-      EXPECT_TRUE(updater->ProcessFile(target, false));
-    }
-    EXPECT_EQ(ReadFile(target), ReadFile(kFixtures / c.dir / (c.name + ".out" + c.ext)));
-    EXPECT_TRUE(updater->GetImplementation()->Entries().empty());
-    if (!c.messages.empty()) {
-      EXPECT_EQ(callBack.messages, c.messages);
-    }
-    // No backup was asked for and no temporary file may be left behind.
-    EXPECT_EQ(std::distance(fs::directory_iterator(tmp.path()), fs::directory_iterator()), 1);
+// One case, with the callback asked about every attribute or only about listed ones.
+void RunGoldenCase(const GoldenCase& c, bool askEvery) {
+  SCOPED_TRACE(c.dir + "/" + c.name + c.ext + (askEvery ? "" : ", asked about listed ones"));
+  TempDir tmp;
+  const std::string target = tmp / ("AssemblyInfo" + c.ext);
+  fs::copy_file(kFixtures / c.dir / (c.name + ".in" + c.ext), target);
+  auto updater = NewAssemblyInfoUpdater(c.updateOnly);
+  MessageLog callBack;
+  updater->SetCallBack(&callBack);
+  updater->GetImplementation()->SetAskAboutEveryAttribute(askEvery);
+  AddEntries(*updater, c.entries, '\'');
+  if (c.throws) {
+    EXPECT_THROW(updater->ProcessFile(target, false), EStringListError);
+  } else {
+    EXPECT_TRUE(updater->ProcessFile(target, false));
   }
+  EXPECT_EQ(ReadFile(target), ReadFile(kFixtures / c.dir / (c.name + ".out" + c.ext)));
+  EXPECT_TRUE(updater->GetImplementation()->Entries().empty());
+  if (!c.messages.empty()) {
+    EXPECT_EQ(callBack.messages, c.messages);
+  }
+  // No backup was asked for and no temporary file may be left behind.
+  EXPECT_EQ(std::distance(fs::directory_iterator(tmp.path()), fs::directory_iterator()), 1);
+  if (askEvery) return;
+  for (const std::string& name : callBack.asked) {
+    const bool listed = std::any_of(c.entries.begin(), c.entries.end(), [&](const std::string& e) {
+      return SameText(e.substr(0, e.find('=')), name);
+    });
+    EXPECT_TRUE(listed) << name << " was offered though no entry names it";
+  }
+}
+
+// Each case runs twice: the lines the callback is not asked about are passed over, and the file
+// must come out the same.
+void RunGolden(const std::vector<GoldenCase>& cases) {
+  for (const GoldenCase& c : cases)
+    for (const bool askEvery : {true, false}) RunGoldenCase(c, askEvery);
 }
 
 const std::string kSet = "Setting Attribute : ", kAdd = "Adding Entry : ";
