@@ -638,14 +638,19 @@ void CloseLaunchFds(const TLaunch& launch) {
     if (fd >= 0) ::close(fd);
 }
 
-/// The supervisor's copies of a run's output pipes, closed once.
+/// The supervisor's copies of a run's output pipes, closed once, both in one call where they
+/// are neighbours: the host, waiting on the pipes alone, then wakes once for both ends.
 struct TOutputCopies {
   int out;
   int err;
   ~TOutputCopies() { Close(); }
   void Close() {
-    if (out >= 0) ::close(out);
-    if (err >= 0) ::close(err);
+    if (out >= 0 && err >= 0 && (out == err + 1 || err == out + 1)) {
+      ::syscall(SYS_close_range, std::min(out, err), std::max(out, err), 0);
+    } else {
+      if (out >= 0) ::close(out);
+      if (err >= 0) ::close(err);
+    }
     out = err = -1;
   }
 };
@@ -692,14 +697,13 @@ bool SuperviseRun(int control, const TLaunch& launch, pid_t self) {
       gCloneStack + sizeof gCloneStack, CLONE_VM | CLONE_VFORK | SIGCHLD, &start);
   const int cloneError = errno;
   ::close(launch.dirFd);
-  // This process keeps its copies of the output pipes until it has seen the program exit: the
-  // host, woken by their end, then usually finds the report of the exit waiting too, instead of
-  // sleeping once more for it.
+  // This process keeps its copies of the output pipes until it has reported the program's exit:
+  // the host, which waits on the pipes alone while they are open, is woken once by their end and
+  // finds the report waiting, instead of waking for each end and for the report.
   TOutputCopies output{launch.outFd, launch.errFd};
   if (program < 0) return SendMessage(control, {TSupervisorMessage::SpawnFailed, cloneError});
   if (start.error != 0) {
     ::waitpid(program, nullptr, 0);
-    output.Close();
     return SendMessage(control, {TSupervisorMessage::SpawnFailed, start.error});
   }
 
@@ -734,12 +738,12 @@ bool SuperviseRun(int control, const TLaunch& launch, pid_t self) {
     const int code = info.si_code == CLD_EXITED ? info.si_status : 128 + info.si_status;
     ::waitpid(program, nullptr, 0);
     exited = true;
-    output.Close();
     if (ReapedAll()) {
       if (exitFd >= 0) ::close(exitFd);
-      return SendMessage(control, {TSupervisorMessage::Ended, code});
+      return SendMessage(control, {TSupervisorMessage::Ended, code});  // output closes on return
     }
     SendMessage(control, {TSupervisorMessage::Exited, code});
+    output.Close();
   }
   if (exitFd >= 0) ::close(exitFd);
   output.Close();
@@ -1163,13 +1167,16 @@ TWrenProcessResult TWrenProcessPosix::Run() {
   auto anyOpen = [&] { return out.fd.IsOpen() || err.fd.IsOpen(); };
 
   // The supervisor's reports are read after each wait: before the first there is none to read.
+  // While a pipe is open the wait is on the pipes alone: the supervisor reports the exit before
+  // it lets go of its copies of them, so their end finds the report waiting. A program whose
+  // background child holds them on is seen to have exited within a poll slice.
   bool stopped = false;
   do {
     if (StopRequested()) {
       stopped = true;
       break;
     }
-    PumpOutput(streams, buffer, onChunkEnd_, kPollSliceMs, child.WakeFd());
+    PumpOutput(streams, buffer, onChunkEnd_, kPollSliceMs, anyOpen() ? -1 : child.WakeFd());
   } while (!child.HasExited());
 
   if (stopped) {
