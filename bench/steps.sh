@@ -3,7 +3,7 @@
 # /bin/true as often with posix_spawn and waits for it.
 # shellcheck source=bench/common.sh
 source "$(dirname "$0")/common.sh"
-n=$(pairs_or 3)
+n=$(pairs_or 5)
 count=$(( quick ? 50 : 500 ))
 use_program_step /bin/true
 for ((i = 0; i < count; i++)); do program_step; done | write_project "$work/p.mbproj"

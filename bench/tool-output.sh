@@ -4,7 +4,7 @@
 # against the run without it. Prints two rows.
 # shellcheck source=bench/common.sh
 source "$(dirname "$0")/common.sh"
-n=$(pairs_or 3)
+n=$(pairs_or 5)
 bytes=$(( quick ? 20000000 : 200000000 ))
 mbytes=$(( bytes / 1000000 ))
 printf '#!/bin/sh\nexec %s %s\n' "$tools/lines" "$bytes" >"$work/tool"

@@ -4,7 +4,7 @@
 # Each run starts from a fresh copy of the tree (not timed); the three results must be identical.
 # shellcheck source=bench/common.sh
 source "$(dirname "$0")/common.sh"
-n=$(pairs_or 3)
+n=$(pairs_or 5)
 count=$(( quick ? 500 : 5000 ))
 fast="${TMPDIR:-/tmp}"
 if [ "$(stat -f -c %T /dev/shm 2>/dev/null)" = tmpfs ] && [ -w /dev/shm ]; then fast=/dev/shm; fi
