@@ -645,9 +645,8 @@ struct TOutputCopies {
   int err;
   ~TOutputCopies() { Close(); }
   void Close() {
-    if (out >= 0 && err >= 0 && (out == err + 1 || err == out + 1)) {
-      ::syscall(SYS_close_range, std::min(out, err), std::max(out, err), 0);
-    } else {
+    const bool neighbours = out >= 0 && err >= 0 && (out == err + 1 || err == out + 1);
+    if (!neighbours || ::syscall(SYS_close_range, std::min(out, err), std::max(out, err), 0) != 0) {
       if (out >= 0) ::close(out);
       if (err >= 0) ::close(err);
     }
