@@ -108,24 +108,13 @@ std::shared_ptr<IWrenAssemblyInfoUpdater> NewAssemblyInfoUpdater(bool updateOnly
 
 namespace {
 
-char FoldAscii(char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c; }
-
-// Equal but for ASCII case; most names compared differ early, so a byte is folded only where
-// the two differ.
-inline bool SameTextView(std::string_view a, std::string_view b) {
-  if (a.size() != b.size()) return false;
-  for (size_t i = 0; i < a.size(); ++i)
-    if (a[i] != b[i] && FoldAscii(a[i]) != FoldAscii(b[i])) return false;
-  return true;
-}
-
 // The name of an entry "Name=Value" is name, case aside; compared in place, as it runs for every
 // attribute of every file: an entry whose name is not as long as name is passed over at once.
 bool EntryNamed(const std::string& entry, std::string_view name) {
   const size_t n = name.size();
   if (entry.size() < n || (entry.size() > n && entry[n] != '=')) return false;
   const std::string_view head(entry.data(), n);
-  return SameTextView(head, name) && head.find('=') == std::string_view::npos;
+  return SameText(head, name) && head.find('=') == std::string_view::npos;
 }
 
 }  // namespace
@@ -288,9 +277,9 @@ void TWrenAssemblyInfo::Save(const TWrenFolderRef& folder, const std::string& na
 
 bool TWrenAssemblyInfo::IsStopLine(std::string_view line) const {
   const std::string_view word = TrimView(line);
-  return (extension_ == ".pas" && SameTextView(word, "implementation")) ||
-         (extension_ == ".dpr" && SameTextView(word, "begin")) ||
-         (extension_ == ".dpk" && SameTextView(word, "end."));
+  return (extension_ == ".pas" && SameText(word, "implementation")) ||
+         (extension_ == ".dpr" && SameText(word, "begin")) ||
+         (extension_ == ".dpk" && SameText(word, "end."));
 }
 
 void TWrenAssemblyInfo::Scan() {
@@ -316,7 +305,7 @@ void TWrenAssemblyInfo::Scan() {
       const size_t colon = FindOrEnd(line, ':', at + 1);
       const std::string_view keyword = TrimView(line.substr(at + 1, colon - at - 1));
       keyword_.Set(keyword, {}, ":");
-      if (SameTextView(keyword, "assembly")) ProcessAttribute(i, line, colon);
+      if (SameText(keyword, "assembly")) ProcessAttribute(i, line, colon);
     } else if (c == '/' && line.substr(at, 3) == "/**") {
       opening_.Set("/** ");
       at = SkipBlanks(line, at + 3);
@@ -324,7 +313,7 @@ void TWrenAssemblyInfo::Scan() {
         const size_t blank = FindOrEnd(line, ' ', at);
         const std::string_view keyword = TrimView(line.substr(at, blank - at));
         keyword_.Set(keyword);
-        if (SameTextView(keyword, "@assembly")) ProcessAttribute(i, line, blank);
+        if (SameText(keyword, "@assembly")) ProcessAttribute(i, line, blank);
       }
     }
   }

@@ -30,7 +30,8 @@ bool WrenBrowseForDirectory(const std::string& title, std::string& directory);
 // Text helpers with the semantics Windows tools assume (ASCII case folding).
 std::string UpperCase(const std::string& text);
 std::string LowerCase(const std::string& text);
-bool SameText(const std::string& a, const std::string& b);
+/// Equal but for ASCII case.
+bool SameText(std::string_view a, std::string_view b);
 std::string Trim(const std::string& text);
 /// Trim without a copy: the part of text between its leading and trailing control characters
 /// and spaces.

@@ -196,10 +196,11 @@ std::string LowerCase(const std::string& text) {
   return out;
 }
 
-bool SameText(const std::string& a, const std::string& b) {
+bool SameText(std::string_view a, std::string_view b) {
   if (a.size() != b.size()) return false;
+  // Most names compared differ early or are spelt alike: a byte is folded only where they differ.
   for (size_t i = 0; i < a.size(); ++i)
-    if (FoldChar(a[i]) != FoldChar(b[i])) return false;
+    if (a[i] != b[i] && FoldChar(a[i]) != FoldChar(b[i])) return false;
   return true;
 }
 
