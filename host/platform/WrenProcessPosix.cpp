@@ -765,6 +765,11 @@ bool SuperviseRun(int control, const TLaunch& launch, pid_t self) {
   // A closed terminal or Ctrl-C reaches the host's group, and with it this process: the host
   // decides what the program gets.
   for (int sig : {SIGHUP, SIGINT, SIGTERM, SIGQUIT, SIGPIPE}) ::sigaction(sig, &ignore, nullptr);
+  // A host started with SIGCHLD ignored would have its programs reaped unseen, and this process
+  // wait for them for ever.
+  struct sigaction dfl {};
+  dfl.sa_handler = SIG_DFL;
+  ::sigaction(SIGCHLD, &dfl, nullptr);
   ::prctl(PR_SET_CHILD_SUBREAPER, 1);
   gNullFd = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
   gHostCpusKnown = ::sched_getaffinity(0, sizeof gHostCpus, &gHostCpus) == 0;

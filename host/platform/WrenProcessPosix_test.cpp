@@ -695,6 +695,58 @@ TEST(WrenProcessPosix, ProgramGetsOnlyTheStandardDescriptorsAndTheHostsProcessor
   }
 }
 
+// A host may be started with signals ignored or blocked (by a parent that ignores SIGCHLD or
+// SIGPIPE and execs it, or by nohup): its programs still start with those signals at their
+// default and none blocked, and their exit codes still come back. Run in a forked copy, so that this
+// process keeps its own signals, with an alarm in case the run never ends.
+TEST(WrenProcessPosix, ProgramGetsDefaultSignalsWhateverTheHostInherited) {
+  for (const bool reuse : {false, true}) {
+    int report[2];
+    ASSERT_EQ(::pipe(report), 0);
+    const pid_t copy = ::fork();
+    if (copy == 0) {
+      ::close(report[0]);
+      ::alarm(20);
+      struct sigaction ignore {};
+      ignore.sa_handler = SIG_IGN;
+      for (int sig : {SIGCHLD, SIGPIPE, SIGINT, SIGTERM, SIGHUP, SIGQUIT})
+        ::sigaction(sig, &ignore, nullptr);
+      sigset_t blocked;
+      sigemptyset(&blocked);
+      sigaddset(&blocked, SIGUSR2);
+      sigaddset(&blocked, SIGTERM);
+      ::sigprocmask(SIG_BLOCK, &blocked, nullptr);
+      std::optional<TWrenProcessReuse> scope;
+      if (reuse) scope.emplace();
+      std::string text;
+      for (int code : {0, 3}) {
+        const TRun run = RunProgram(
+            "/bin/sh", "-c \"grep -E '^Sig(Ign|Blk)' /proc/self/status; exit " +
+                           std::to_string(code) + "\"");
+        text += std::to_string(static_cast<int>(run.result.status)) + " " +
+                std::to_string(run.result.exitCode);
+        for (const std::string& line : run.out) text += "\n" + line;
+        text += "\n";
+      }
+      (void)!::write(report[1], text.data(), text.size());
+      ::_exit(0);
+    }
+    ::close(report[1]);
+    std::string text;
+    char buffer[512];
+    for (ssize_t got; (got = ::read(report[0], buffer, sizeof buffer)) > 0;) text.append(buffer, got);
+    ::close(report[0]);
+    int status = 0;
+    ::waitpid(copy, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status)) << "the run never ended (" << (reuse ? "reuse" : "no reuse")
+                                   << ")";
+    const std::string exited = std::to_string(static_cast<int>(TStatus::Exited));
+    const std::string lines = "SigBlk:\t0000000000000000\nSigIgn:\t0000000000000000\n";
+    EXPECT_EQ(text, exited + " 0\n" + lines + exited + " 3\n" + lines)
+        << (reuse ? "reuse" : "no reuse");
+  }
+}
+
 // A forked copy of the host starts its own helper and leaves the host's one serving the host.
 TEST(WrenProcessPosix, ForkedHostDoesNotShareTheHelper) {
   const TWrenProcessReuse reuse;
