@@ -503,10 +503,8 @@ bool gHostCpusKnown = false;
   ::setpgid(0, 0);  // own group, so a stop reaches the tools it starts too
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (::getppid() != supervisor) ::_exit(127);
-  // The supervisor's ignored signals and the host's blocked ones are not passed on.
-  struct sigaction dfl {};
-  dfl.sa_handler = SIG_DFL;
-  for (int sig : {SIGPIPE, SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGCHLD}) ::sigaction(sig, &dfl, nullptr);
+  // The supervisor's signals are at their default already; its blocked ones and the host's
+  // are not passed on.
   sigset_t none;
   sigemptyset(&none);
   ::sigprocmask(SIG_SETMASK, &none, nullptr);
@@ -760,16 +758,18 @@ bool SuperviseRun(int control, const TLaunch& launch, pid_t self) {
 // It is the subreaper of the programs' trees, so even a grandchild that left the process group
 // (setsid) stays its descendant.
 [[noreturn]] void Supervise(int control) {
-  struct sigaction ignore {};
-  ignore.sa_handler = SIG_IGN;
   // A closed terminal or Ctrl-C reaches the host's group, and with it this process: the host
-  // decides what the program gets.
-  for (int sig : {SIGHUP, SIGINT, SIGTERM, SIGQUIT, SIGPIPE}) ::sigaction(sig, &ignore, nullptr);
-  // A host started with SIGCHLD ignored would have its programs reaped unseen, and this process
-  // wait for them for ever.
+  // decides what the program gets. Those signals are blocked here, not ignored, so that the
+  // programs inherit their default actions and have only the mask to clear. SIGCHLD is at its
+  // default too: a host started with it ignored would have its programs reaped unseen, and
+  // this process wait for them for ever. Blocked first: at its default, one would end it.
+  sigset_t held;
+  sigemptyset(&held);
+  for (int sig : {SIGHUP, SIGINT, SIGTERM, SIGQUIT, SIGPIPE}) sigaddset(&held, sig);
+  ::sigprocmask(SIG_BLOCK, &held, nullptr);
   struct sigaction dfl {};
   dfl.sa_handler = SIG_DFL;
-  ::sigaction(SIGCHLD, &dfl, nullptr);
+  for (int sig : {SIGHUP, SIGINT, SIGTERM, SIGQUIT, SIGPIPE, SIGCHLD}) ::sigaction(sig, &dfl, nullptr);
   ::prctl(PR_SET_CHILD_SUBREAPER, 1);
   gNullFd = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
   gHostCpusKnown = ::sched_getaffinity(0, sizeof gHostCpus, &gHostCpus) == 0;
