@@ -41,16 +41,18 @@ void TWrenLogLines::Reset(TWrenLogStream stream) {
   }
 }
 
+// Each step's host starts empty and most steps log a few lines: starting small keeps such a
+// step from taking (and giving back to the system) a whole block's worth of memory.
 void TWrenLogLines::Grow(size_t more) {
   if (more > capacity_ - size_) {
-    const size_t capacity = std::max<size_t>(2 * (size_ + more), 64 * 1024);
+    const size_t capacity = std::max<size_t>(2 * (size_ + more), 4 * 1024);
     std::unique_ptr<char[]> data(new char[capacity]);
     if (size_ > 0) std::memcpy(data.get(), data_.get(), size_);
     data_ = std::move(data);
     capacity_ = capacity;
   }
   if (count_ == endsCapacity_) {
-    const size_t capacity = std::max<size_t>(2 * endsCapacity_, 4096);
+    const size_t capacity = std::max<size_t>(2 * endsCapacity_, 128);
     std::unique_ptr<size_t[]> ends(new size_t[capacity]);
     if (count_ > 0) std::memcpy(ends.get(), ends_.get(), count_ * sizeof(size_t));
     ends_ = std::move(ends);

@@ -186,11 +186,16 @@ struct TOutputStream {
   }
 };
 
-/// The buffer output is read into: allocated once per run and never cleared, since read()
-/// overwrites what it returns.
+/// The buffer output is read into: one per thread, kept from run to run (a buffer this size
+/// allocated and freed per run made the heap grow and shrink at every step), never cleared,
+/// since read() overwrites what it returns.
 struct TReadBuffer {
   static constexpr size_t kSize = 64 * 1024;
   std::unique_ptr<char[]> bytes{new char[kSize]};
+  static TReadBuffer& ForThisThread() {
+    thread_local TReadBuffer buffer;
+    return buffer;
+  }
 };
 
 /// Pumps both output pipes; returns true when any bytes arrived within timeoutMs. exitFd (a
@@ -1167,7 +1172,7 @@ TWrenProcessResult TWrenProcessPosix::Run() {
   TChild child(std::move(supervisor));
 
   TOutputStream* streams[2] = {&out, &err};
-  TReadBuffer buffer;
+  TReadBuffer& buffer = TReadBuffer::ForThisThread();
   auto anyOpen = [&] { return out.fd.IsOpen() || err.fd.IsOpen(); };
 
   // The supervisor's reports are read after each wait: before the first there is none to read.
