@@ -501,6 +501,8 @@ int gNullFd = -1;
 // The processors the host may use, as this process got them at its fork: its programs get them.
 cpu_set_t gHostCpus;
 bool gHostCpusKnown = false;
+// The one processor this process keeps to, or -1.
+int gKeptCpu = -1;
 
 // The program's own process, after the supervisor's clone. It shares the supervisor's memory
 // until it execs, so a failure is reported by writing *startError.
@@ -681,11 +683,12 @@ bool SuperviseRun(int control, const TLaunch& launch, pid_t self) {
   // The run is a relay between the host and this process: the host's request wakes it, and the
   // program's exit wakes it to wake the host. On the host's processor each wake-up is a local
   // one; across processors it costs an interrupt, which on a virtual machine is dear.
-  if (gHostCpusKnown && launch.cpu >= 0 && launch.cpu < CPU_SETSIZE) {
+  // Most runs come from the processor the last one came from: this process is there already.
+  if (gHostCpusKnown && launch.cpu >= 0 && launch.cpu < CPU_SETSIZE && launch.cpu != gKeptCpu) {
     cpu_set_t one;
     CPU_ZERO(&one);
     CPU_SET(launch.cpu, &one);
-    ::sched_setaffinity(0, sizeof one, &one);
+    gKeptCpu = ::sched_setaffinity(0, sizeof one, &one) == 0 ? launch.cpu : -1;
   }
 #if defined(__SANITIZE_ADDRESS__)
   // The last program's frames never returned: their stale redzones would fault this one.
