@@ -23,6 +23,7 @@ for ((i = 0; i < n; i++)); do
   piped+=("${m% *}")
 done
 t=$(median "${host[@]}") b=$(median "${base[@]}") p=$(median "${piped[@]}")
+over="$(fmt %.0f "($t - $b) * 1e6 / $count") µs per step over the loop"
 row "$count steps of \`/bin/true\`" \
-  "$(fmt %.3f "$t") s ($(fmt %.0f "($t - $b) * 1e6 / $count") µs per step over the loop; the loop reading output through pipes: $(fmt %.2f "$p / $b")×)" \
+  "$(fmt %.3f "$t") s ($over; the loop reading output through pipes: $(fmt %.2f "$p / $b")×)" \
   "C \`posix_spawn\` loop $(fmt %.3f "$b") s" "$(fmt %.2f "$t / $b")×" "≤ 1.05×" "$(yes_no "$t / $b <= 1.05")"

@@ -777,7 +777,8 @@ bool SuperviseRun(int control, const TLaunch& launch, pid_t self) {
   ::sigprocmask(SIG_BLOCK, &held, nullptr);
   struct sigaction dfl {};
   dfl.sa_handler = SIG_DFL;
-  for (int sig : {SIGHUP, SIGINT, SIGTERM, SIGQUIT, SIGPIPE, SIGCHLD}) ::sigaction(sig, &dfl, nullptr);
+  for (int sig : {SIGHUP, SIGINT, SIGTERM, SIGQUIT, SIGPIPE, SIGCHLD})
+    ::sigaction(sig, &dfl, nullptr);
   ::prctl(PR_SET_CHILD_SUBREAPER, 1);
   gNullFd = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
   gHostCpusKnown = ::sched_getaffinity(0, sizeof gHostCpus, &gHostCpus) == 0;

@@ -697,8 +697,8 @@ TEST(WrenProcessPosix, ProgramGetsOnlyTheStandardDescriptorsAndTheHostsProcessor
 
 // A host may be started with signals ignored or blocked (by a parent that ignores SIGCHLD or
 // SIGPIPE and execs it, or by nohup): its programs still start with those signals at their
-// default and none blocked, and their exit codes still come back. Run in a forked copy, so that this
-// process keeps its own signals, with an alarm in case the run never ends.
+// default and none blocked, and their exit codes still come back. Run in a forked copy, so
+// that this process keeps its own signals, with an alarm in case the run never ends.
 TEST(WrenProcessPosix, ProgramGetsDefaultSignalsWhateverTheHostInherited) {
   for (const bool reuse : {false, true}) {
     int report[2];
@@ -734,7 +734,8 @@ TEST(WrenProcessPosix, ProgramGetsDefaultSignalsWhateverTheHostInherited) {
     ::close(report[1]);
     std::string text;
     char buffer[512];
-    for (ssize_t got; (got = ::read(report[0], buffer, sizeof buffer)) > 0;) text.append(buffer, got);
+    for (ssize_t got; (got = ::read(report[0], buffer, sizeof buffer)) > 0;)
+      text.append(buffer, got);
     ::close(report[0]);
     int status = 0;
     ::waitpid(copy, &status, 0);
