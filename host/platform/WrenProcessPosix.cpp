@@ -771,14 +771,15 @@ bool SuperviseRun(int control, const TLaunch& launch, pid_t self) {
   // programs inherit their default actions and have only the mask to clear. SIGCHLD is at its
   // default too: a host started with it ignored would have its programs reaped unseen, and
   // this process wait for them for ever. Blocked first: at its default, one would end it.
-  sigset_t held;
-  sigemptyset(&held);
-  for (int sig : {SIGHUP, SIGINT, SIGTERM, SIGQUIT, SIGPIPE}) sigaddset(&held, sig);
-  ::sigprocmask(SIG_BLOCK, &held, nullptr);
+  const int held[] = {SIGHUP, SIGINT, SIGTERM, SIGQUIT, SIGPIPE};
+  sigset_t mask;
+  sigemptyset(&mask);
+  for (int sig : held) sigaddset(&mask, sig);
+  ::sigprocmask(SIG_BLOCK, &mask, nullptr);
   struct sigaction dfl {};
   dfl.sa_handler = SIG_DFL;
-  for (int sig : {SIGHUP, SIGINT, SIGTERM, SIGQUIT, SIGPIPE, SIGCHLD})
-    ::sigaction(sig, &dfl, nullptr);
+  for (int sig : held) ::sigaction(sig, &dfl, nullptr);
+  ::sigaction(SIGCHLD, &dfl, nullptr);
   ::prctl(PR_SET_CHILD_SUBREAPER, 1);
   gNullFd = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
   gHostCpusKnown = ::sched_getaffinity(0, sizeof gHostCpus, &gHostCpus) == 0;
